@@ -1,0 +1,188 @@
+#include "generators/abstractgenerator.h"
+
+#include "database/objectdatabase.h"
+
+#include <QCoreApplication>
+#include <QDateTime>
+#include <QDir>
+#include <QFileInfo>
+#include <QMetaObject>
+#include <QSettings>
+
+AbstractGenerator::AbstractGenerator(QObject* parent)
+    : QObject(parent), m_version(QCoreApplication::applicationVersion()), m_file(new QFile(this))
+{
+}
+
+AbstractGenerator::~AbstractGenerator() = default;
+
+AbstractGenerator::GeneratorStatus AbstractGenerator::stop()
+{
+    if (!m_running)
+        return NotRunning;
+    m_cancelRequested = true;
+    return Ok;
+}
+
+QString AbstractGenerator::resultInfo()
+{
+    return QString();
+}
+
+AbstractGenerator::GeneratorStatus AbstractGenerator::setOutputDir(const QString& dir)
+{
+    if (m_running)
+        return Busy;
+    m_outputDir = dir;
+    const QFileInfo info(dir);
+    if (!info.exists())
+        return OutputDirMissing;
+    if (!info.isReadable())
+        return OutputDirUnreadable;
+    return Ok;
+}
+
+AbstractGenerator::GeneratorStatus AbstractGenerator::setDatabase(ObjectDataBase* database)
+{
+    if (m_running)
+        return Busy;
+    if (!database)
+        return NoDatabase;
+    m_database = database;
+    return database->getNodeList().isEmpty() ? NoDatabase : Ok;
+}
+
+AbstractGenerator::GeneratorStatus AbstractGenerator::setLine(quint8 line)
+{
+    if (m_running)
+        return Busy;
+    m_line = line;
+    if (m_database && !m_database->nodeExists(line))
+        return NoSuchLine;
+    return Ok;
+}
+
+AbstractGenerator::GeneratorStatus AbstractGenerator::setDeviceName(const QString& name)
+{
+    if (m_running)
+        return Busy;
+    m_deviceName = name;
+    return Ok;
+}
+
+AbstractGenerator::GeneratorStatus AbstractGenerator::setMultiLine(bool multiLine)
+{
+    if (m_running)
+        return Busy;
+    m_multiLine = multiLine;
+    return Ok;
+}
+
+// Progress arrives as queued signals; they are served here so that the
+// pipeline sees them before it deletes the generator.
+void AbstractGenerator::waitUntilDone()
+{
+    if (!m_workerThread)
+        return;
+    while (m_workerThread && !m_workerThread->isFinished())
+        QCoreApplication::processEvents();
+    QCoreApplication::processEvents();
+}
+
+bool AbstractGenerator::fileWritable(const QString& path)
+{
+    const QFileInfo info(path);
+    return !info.exists() || info.isWritable();
+}
+
+QString AbstractGenerator::formatWideInteger(int dataType, quint64 unsignedValue, qint64 signedValue)
+{
+    auto bytes = [](quint64 value, int count) {
+        QStringList parts;
+        for (int i = count - 1; i >= 0; --i)
+            parts << QStringLiteral("0x%1").arg((value >> (8 * i)) & 0xFF, 2, 16, QLatin1Char('0'));
+        return parts.join(QLatin1Char(','));
+    };
+    switch (dataType) {
+    case 12:
+    case 25:
+        return QStringLiteral("U48_SET(%1)").arg(bytes(unsignedValue, 6));
+    case 16:
+        return QStringLiteral("I24_SET(%1)").arg(bytes(static_cast<quint64>(signedValue), 3));
+    case 22:
+        return QStringLiteral("U24_SET(%1)").arg(bytes(unsignedValue, 3));
+    case 24:
+        return QStringLiteral("U40_SET(%1)").arg(bytes(unsignedValue, 5));
+    case 27:
+        return QStringLiteral("U64_SET(%1)").arg(bytes(unsignedValue, 8));
+    default:
+        return QString();
+    }
+}
+
+AbstractGenerator::GeneratorStatus AbstractGenerator::startWorker(const QString& objectName)
+{
+    if (m_running)
+        return Busy;
+    setObjectName(objectName);
+    m_workerThread = new QThread(this);
+    moveToThread(m_workerThread);
+    m_workerThread->start(QThread::InheritPriority);
+    QMetaObject::invokeMethod(this, "doJob", Qt::QueuedConnection);
+    m_running = true;
+    return Ok;
+}
+
+void AbstractGenerator::beginJob()
+{
+    m_running = true;
+    if (m_database)
+        m_database->allowThread(QThread::currentThread());
+}
+
+void AbstractGenerator::finishJob()
+{
+    m_running = false;
+    if (m_file->isOpen()) {
+        m_file->flush();
+        m_file->close();
+    }
+    if (m_workerThread)
+        m_workerThread->quit();
+    if (m_database)
+        m_database->disallowThread(QThread::currentThread());
+    Q_EMIT progress(100);
+}
+
+bool AbstractGenerator::openOutputFile(const QString& fileName)
+{
+    m_file->setFileName(QStringLiteral("%1/%2").arg(m_outputDir, fileName));
+    return m_file->open(QIODevice::WriteOnly | QIODevice::Text | QIODevice::Truncate);
+}
+
+void AbstractGenerator::readGenerateML()
+{
+    m_generateML = false;
+    if (m_database)
+        m_generateML = m_database->getMiscSetting(QStringLiteral("generateML")) == QLatin1String("true");
+}
+
+void AbstractGenerator::fail(const QString& text)
+{
+    m_failed = true;
+    m_errorText = text;
+}
+
+QString AbstractGenerator::banner(const QString& title, const QString& closing) const
+{
+    QSettings user(QCoreApplication::organizationName(),
+                   QCoreApplication::instance()->property("AppNameWithVersion").toString());
+    user.beginGroup(QStringLiteral("General"));
+    const QString format =
+        user.value(QStringLiteral("date_time_format"), QStringLiteral("dd MM yyyy HH:mm:ss")).toString();
+    QString text = QStringLiteral("/*\n");
+    text += QStringLiteral(" * %1 %2 - generated by %3 %4\n")
+                .arg(title, m_deviceName, QCoreApplication::applicationName(), m_version);
+    text += QStringLiteral(" * ") + QDateTime::currentDateTime().toString(format) + closing;
+    return text;
+}
