@@ -1,0 +1,20 @@
+#!/usr/bin/env bash
+# Sets up and builds trw, then runs the main job on an example project: a
+# copy of it is opened, checked and generated in build/example/.
+set -euo pipefail
+
+root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+build="${TRW_BUILD_DIR:-$root/build}"
+
+bash "$root/scripts/setup.sh"
+
+example="${1:-$root/examples/io_module.trwt}"
+workdir="$build/example"
+rm -rf "$workdir"
+mkdir -p "$workdir"
+cp "$example" "$workdir/"
+
+"$build/trw" -project "$workdir/$(basename "$example")"
+echo
+echo "Generated files in $workdir:"
+ls "$workdir"
