@@ -1,0 +1,257 @@
+#include "canopenlib/cohelper.h"
+
+#include <QHash>
+#include <QObject>
+
+namespace {
+
+struct DataTypeInfo
+{
+    quint16 number;
+    const char* name;
+    const char* shortName;
+    quint8 bits;
+    // Null for types without a numeric range.
+    const char* low;
+    const char* up;
+};
+
+// Signed and unsigned ranges are spelt out rather than computed, so that the
+// 64-bit ends read exactly as a C compiler or a device description expects them.
+const DataTypeInfo dataTypes[] = {
+    {CAN::Boolean, "BOOLEAN", "b", 1, "0", "1"},
+    {CAN::Integer8, "INTEGER8", "i8", 8, "-128", "127"},
+    {CAN::Integer16, "INTEGER16", "i16", 16, "-32768", "32767"},
+    {CAN::Integer32, "INTEGER32", "i32", 32, "-2147483648", "2147483647"},
+    {CAN::Unsigned8, "UNSIGNED8", "u8", 8, "0", "255"},
+    {CAN::Unsigned16, "UNSIGNED16", "u16", 16, "0", "65535"},
+    {CAN::Unsigned32, "UNSIGNED32", "u32", 32, "0", "4294967295"},
+    {CAN::Real32, "REAL32", "r32", 32, "-3.4028235e+38", "3.4028235e+38"},
+    {CAN::VisibleString, "VISIBLE_STRING", "vs", 0, nullptr, nullptr},
+    {CAN::OctetString, "OCTET_STRING", "os", 0, nullptr, nullptr},
+    {CAN::UnicodeString, "UNICODE_STRING", "us", 0, nullptr, nullptr},
+    {CAN::TimeOfDay, "TIME_OF_DAY", "u48", 48, nullptr, nullptr},
+    {CAN::TimeDifference, "TIME_DIFFERENCE", "u48", 48, nullptr, nullptr},
+    {CAN::Domain, "DOMAIN", "d", 0, nullptr, nullptr},
+    {CAN::Integer24, "INTEGER24", "i24", 24, "-8388608", "8388607"},
+    {CAN::Real64, "REAL64", "r64", 64, "-1.7976931348623157e+308", "1.7976931348623157e+308"},
+    {CAN::Integer40, "INTEGER40", "i40", 40, "-549755813888", "549755813887"},
+    {CAN::Integer48, "INTEGER48", "i48", 48, "-140737488355328", "140737488355327"},
+    {CAN::Integer56, "INTEGER56", "i56", 56, "-36028797018963968", "36028797018963967"},
+    {CAN::Integer64, "INTEGER64", "i64", 64, "-9223372036854775808", "9223372036854775807"},
+    {CAN::Unsigned24, "UNSIGNED24", "u24", 24, "0", "16777215"},
+    {CAN::Unsigned40, "UNSIGNED40", "u40", 40, "0", "1099511627775"},
+    {CAN::Unsigned48, "UNSIGNED48", "u48", 48, "0", "281474976710655"},
+    {CAN::Unsigned56, "UNSIGNED56", "u56", 56, "0", "72057594037927935"},
+    {CAN::Unsigned64, "UNSIGNED64", "u64", 64, "0", "18446744073709551615"},
+    {CAN::PdoCommunicationParameter, "PDO_COMMUNICATION_PARAMETER", "", 0, nullptr, nullptr},
+    {CAN::PdoMappingParameter, "PDO_MAPPING", "", 0, nullptr, nullptr},
+    {CAN::SdoParameter, "SDO_PARAMETER", "", 0, nullptr, nullptr},
+    {CAN::Identity, "IDENTITY", "", 0, nullptr, nullptr},
+
+    {CAN::Unsigned2, "UNSIGNED2", "u2", 2, "0", "3"},
+    {CAN::Unsigned3, "UNSIGNED3", "u3", 3, "0", "7"},
+    {CAN::Unsigned4, "UNSIGNED4", "u4", 4, "0", "15"},
+    {CAN::Unsigned5, "UNSIGNED5", "u5", 5, "0", "31"},
+    {CAN::Unsigned6, "UNSIGNED6", "u6", 6, "0", "63"},
+    {CAN::Unsigned7, "UNSIGNED7", "u7", 7, "0", "127"},
+    {CAN::Unsigned9, "UNSIGNED9", "u9", 9, "0", "511"},
+    {CAN::Unsigned10, "UNSIGNED10", "u10", 10, "0", "1023"},
+    {CAN::Unsigned11, "UNSIGNED11", "u11", 11, "0", "2047"},
+    {CAN::Unsigned12, "UNSIGNED12", "u12", 12, "0", "4095"},
+    {CAN::Unsigned13, "UNSIGNED13", "u13", 13, "0", "8191"},
+    {CAN::Unsigned14, "UNSIGNED14", "u14", 14, "0", "16383"},
+    {CAN::Unsigned15, "UNSIGNED15", "u15", 15, "0", "32767"},
+    {CAN::Unsigned19, "UNSIGNED19", "u19", 19, "0", "524287"},
+    {CAN::Unsigned18, "UNSIGNED18", "u18", 18, "0", "262143"},
+    {CAN::Unsigned21, "UNSIGNED21", "u21", 21, "0", "2097151"},
+    {CAN::VisStringNull, "VIS_STRING_NULL", "vs", 0, nullptr, nullptr},
+    {CAN::VisStringAsterisk, "VIS_STRING_ASTERIKS", "vs", 0, nullptr, nullptr},
+    {CAN::Utf8String, "UTF8_STRING", "utf8", 0, nullptr, nullptr},
+    {CAN::Unsigned29, "UNSIGNED29", "u29", 29, "0", "536870911"},
+};
+
+const DataTypeInfo* findDataType(quint16 number)
+{
+    static const QHash<quint16, const DataTypeInfo*> byNumber = [] {
+        QHash<quint16, const DataTypeInfo*> table;
+        for (const DataTypeInfo& info : dataTypes)
+            table.insert(info.number, &info);
+        return table;
+    }();
+    return byNumber.value(number, nullptr);
+}
+
+// Spellings found in device descriptions besides the names of the table.
+const struct
+{
+    const char* name;
+    CAN::CANopenDataType type;
+} dataTypeAliases[] = {
+    {"VIS_STRING", CAN::VisibleString},
+    {"VIS_STRING_ASTERISK", CAN::VisStringAsterisk},
+    {"UTF8", CAN::Utf8String},
+};
+
+const struct
+{
+    CANopen::ObjectCode code;
+    const char* name;
+} objectCodes[] = {
+    {CANopen::NullObject, "NULL"},     {CANopen::Domain, "DOMAIN"}, {CANopen::DefType, "DEFTYPE"},
+    {CANopen::DefStruct, "DEFSTRUCT"}, {CANopen::Var, "VAR"},       {CANopen::Array, "ARRAY"},
+    {CANopen::Record, "RECORD"},
+};
+
+} // namespace
+
+quint8 COHelper::getDataLengthBits(CAN::CANopenDataType type)
+{
+    const DataTypeInfo* info = findDataType(type);
+    return info ? info->bits : 0;
+}
+
+bool COHelper::getDefaultLimits(CAN::CANopenDataType type, QString& low, QString& up)
+{
+    const DataTypeInfo* info = findDataType(type);
+    if (!info || !info->low)
+        return false;
+    low = QLatin1String(info->low);
+    up = QLatin1String(info->up);
+    return true;
+}
+
+CAN::CANopenDataType COHelper::mapDataTypeString(const QString& name)
+{
+    static const QHash<QString, CAN::CANopenDataType> byName = [] {
+        QHash<QString, CAN::CANopenDataType> table;
+        for (const DataTypeInfo& info : dataTypes)
+            table.insert(QLatin1String(info.name), CAN::CANopenDataType(info.number));
+        for (const auto& alias : dataTypeAliases)
+            table.insert(QLatin1String(alias.name), alias.type);
+        return table;
+    }();
+    const QString key = name.trimmed().toUpper();
+    if (const auto it = byName.constFind(key); it != byName.constEnd())
+        return it.value();
+    bool ok = false;
+    const uint number = key.toUInt(&ok, 0);
+    if (ok && number <= 0xFFFF)
+        return CAN::CANopenDataType(number);
+    return CAN::Unknown;
+}
+
+QString COHelper::index2DataTypeString(quint16 type)
+{
+    if (const DataTypeInfo* info = findDataType(type))
+        return QLatin1String(info->name);
+    if (type == CAN::Unknown)
+        return QStringLiteral("UNKNOWN");
+    return QStringLiteral("0x%1").arg(type, 4, 16, QLatin1Char('0'));
+}
+
+QString COHelper::index2DataTypeShortString(quint16 type)
+{
+    const DataTypeInfo* info = findDataType(type);
+    return info ? QLatin1String(info->shortName) : QString();
+}
+
+CANopen::ObjectCategory COHelper::convertCategory(const QString& category)
+{
+    const QString word = category.trimmed().toLower();
+    if (word == QLatin1String("mandatory"))
+        return CANopen::Mandatory;
+    if (word == QLatin1String("conditional"))
+        return CANopen::Conditional;
+    return CANopen::Optional;
+}
+
+QString COHelper::normalizeAccessType(const QString& access)
+{
+    static const QHash<QString, QString> canonical = {
+        {QStringLiteral("ro"), QStringLiteral("ro")},
+        {QStringLiteral("readonly"), QStringLiteral("ro")},
+        {QStringLiteral("read"), QStringLiteral("ro")},
+        {QStringLiteral("r"), QStringLiteral("ro")},
+        {QStringLiteral("wo"), QStringLiteral("wo")},
+        {QStringLiteral("writeonly"), QStringLiteral("wo")},
+        {QStringLiteral("write"), QStringLiteral("wo")},
+        {QStringLiteral("w"), QStringLiteral("wo")},
+        {QStringLiteral("rw"), QStringLiteral("rw")},
+        {QStringLiteral("readwrite"), QStringLiteral("rw")},
+        {QStringLiteral("wr"), QStringLiteral("rw")},
+        {QStringLiteral("rwr"), QStringLiteral("rwr")},
+        {QStringLiteral("readwriteinput"), QStringLiteral("rwr")},
+        {QStringLiteral("rww"), QStringLiteral("rww")},
+        {QStringLiteral("readwriteoutput"), QStringLiteral("rww")},
+        {QStringLiteral("const"), QStringLiteral("const")},
+        {QStringLiteral("constant"), QStringLiteral("const")},
+    };
+    QString word = access.trimmed().toLower();
+    const QString compact = QString(word)
+                                .remove(QLatin1Char(' '))
+                                .remove(QLatin1Char('-'))
+                                .remove(QLatin1Char('_'))
+                                .remove(QLatin1Char('/'));
+    return canonical.value(compact, word);
+}
+
+CANopen::ObjectCode COHelper::string2objectCode(QString code, bool* ok)
+{
+    code = code.trimmed().toUpper();
+    if (code == QLatin1String("VARIABLE"))
+        code = QStringLiteral("VAR");
+    bool isNumber = false;
+    const uint number = code.toUInt(&isNumber, 0);
+    for (const auto& entry : objectCodes) {
+        if (code == QLatin1String(entry.name) || (isNumber && number == entry.code)) {
+            if (ok)
+                *ok = true;
+            return entry.code;
+        }
+    }
+    if (ok)
+        *ok = false;
+    return CANopen::Var;
+}
+
+QString COHelper::objectCode2String(CANopen::ObjectCode code)
+{
+    for (const auto& entry : objectCodes) {
+        if (entry.code == code)
+            return QLatin1String(entry.name);
+    }
+    return QString::number(code);
+}
+
+QString COHelper::pdoMapping2String(PDOMapping mapping)
+{
+    switch (mapping.value()) {
+    case PDOMapping::NotMappable:
+        return QObject::tr("not mappable");
+    case PDOMapping::Mappable:
+        return QObject::tr("mappable");
+    case PDOMapping::MappableTPDO:
+        return QObject::tr("mappable to TPDO only");
+    case PDOMapping::MappableRPDO:
+        return QObject::tr("mappable to RPDO only");
+    case PDOMapping::MappedByDefault:
+        return QObject::tr("mapped by default");
+    }
+    return QString::number(mapping.toUInt());
+}
+
+QString COHelper::implementation2String(quint8 implementation)
+{
+    switch (implementation) {
+    case 0:
+        return QStringLiteral("ManagedVariable");
+    case 1:
+        return QStringLiteral("ManagedConst");
+    case 2:
+        return QStringLiteral("Variable");
+    case 3:
+        return QStringLiteral("VirtualObject");
+    }
+    return QStringLiteral("Unknown");
+}
