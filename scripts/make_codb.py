@@ -14,6 +14,7 @@ The line format is the one CODBImporter reads: fields separated by ":",
 """
 
 import argparse
+import copy
 import re
 import sys
 import xml.etree.ElementTree as ElementTree
@@ -55,7 +56,9 @@ YAML_TYPES = {
 
 # Spelling slips of the sources that should not reach a reference database.
 NAME_FIXES = [("Highestt", "Highest"), ("demannd", "demand"), ("dimention", "dimension"),
-              ("sofware", "software")]
+              ("sofware", "software"), ("suported", "supported"), ("Acutal buffe ", "Actual buffer "),
+              ("Pyhsical", "Physical"), ("calatogue", "catalogue"), ("periode", "period"),
+              ("Bit mask mask", "Bit mask"), ("?#st", "1st"), ("Interger", "Integer")]
 
 CATEGORIES = ("mandatory", "optional", "conditional")
 ACCESS_TYPES = ("ro", "wo", "rw", "rwr", "rww", "const")
@@ -297,7 +300,7 @@ class Additions:
 
 def read_additions(path):
     """Profile id -> Additions."""
-    profiles, current = {}, None
+    profiles, current = {}, []
     headers = []
     for number, raw in enumerate(Path(path).read_text().splitlines(), 1):
         line = raw.rstrip()
@@ -305,20 +308,24 @@ def read_additions(path):
             continue
         try:
             if line.startswith("["):
-                current = profiles.setdefault(line.strip("[]"), Additions())
+                current = [profiles.setdefault(i.strip(), Additions()) for i in line.strip("[]").split(",")]
                 headers = []
             elif line.startswith("drop "):
                 for part in line[5:].split(","):
                     low, high = parse_range(part.strip())
-                    current.dropped.update(range(low, high + 1))
+                    for additions in current:
+                        additions.dropped.update(range(low, high + 1))
             elif line.startswith("set "):
-                current.corrections.append(set_correction([c.strip() for c in line[4:].split("|")]))
+                for additions in current:
+                    additions.corrections.append(set_correction([c.strip() for c in line[4:].split("|")]))
             elif line.startswith("rename "):
-                current.corrections.append(rename_correction([c.strip() for c in line[7:].split("|")]))
+                for additions in current:
+                    additions.corrections.append(rename_correction([c.strip() for c in line[7:].split("|")]))
             elif line[0].isspace():
                 add_sub_rows(headers, [c.strip() for c in line.split("|")])
             else:
-                headers = add_object_rows(current.objects, [c.strip() for c in line.split("|")])
+                headers = [header for additions in current
+                           for header in add_object_rows(additions.objects, [c.strip() for c in line.split("|")])]
         except (ValueError, IndexError, KeyError, TypeError) as error:
             sys.exit(f"{path}:{number}: {error}")
     for additions in profiles.values():
@@ -327,14 +334,15 @@ def read_additions(path):
     return profiles
 
 
-SETTABLE = {"access": str, "type": str, "default": str, "allowed": str, "pdo": lambda v: v == "y"}
+SETTABLE = {"access": str, "type": str, "default": str, "allowed": str, "name": str,
+            "pdo": lambda v: v == "y"}
 
 
 def set_correction(columns):
-    """set IIII[..JJJJ] | SS[..TT] | key=value, ...: corrects entries a source got wrong."""
+    """set IIII[..JJJJ] | SS[..TT] | key=value; ...: corrects entries a source got wrong."""
     indices, subs = parse_range(columns[0]), parse_range(columns[1])
     values = {}
-    for assignment in columns[2].split(","):
+    for assignment in columns[2].split(";"):
         key, _, value = (part.strip() for part in assignment.partition("="))
         values["datatype" if key == "type" else key] = SETTABLE[key](value)
 
@@ -452,11 +460,14 @@ def build(profile, additions):
         objects[0x1000] = device_type_object(profile.device_profile)
     for source in profile.sources:
         for index, obj in source().items():
-            objects.setdefault(index, obj)
+            # Data type definitions below 0x1000 are no objects of a device; the
+            # reader would keep their entries without the object.
+            if index >= 0x1000:
+                objects.setdefault(index, obj)
     own = additions.get(profile.ident, Additions())
     for index in own.dropped:
         objects.pop(index, None)
-    objects.update(own.objects)
+    objects.update(copy.deepcopy(own.objects))
     for correct in own.corrections:
         correct(objects)
     for obj in objects.values():
