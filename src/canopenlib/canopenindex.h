@@ -1,5 +1,6 @@
 #pragma once
 
+#include "canopenlib/canopentypes.h"
 #include "canopenlib/pdomapping.h"
 
 #include <QMap>

@@ -135,7 +135,7 @@ CAN::CANopenDataType COHelper::mapDataTypeString(const QString& name)
     if (const auto it = byName.constFind(key); it != byName.constEnd())
         return it.value();
     bool ok = false;
-    const uint number = key.toUInt(&ok, 0);
+    const quint64 number = parseUnsigned(key, &ok);
     if (ok && number <= 0xFFFF)
         return CAN::CANopenDataType(number);
     return CAN::Unknown;
@@ -202,7 +202,7 @@ CANopen::ObjectCode COHelper::string2objectCode(QString code, bool* ok)
     if (code == QLatin1String("VARIABLE"))
         code = QStringLiteral("VAR");
     bool isNumber = false;
-    const uint number = code.toUInt(&isNumber, 0);
+    const quint64 number = parseUnsigned(code, &isNumber);
     for (const auto& entry : objectCodes) {
         if (code == QLatin1String(entry.name) || (isNumber && number == entry.code)) {
             if (ok)
@@ -222,6 +222,14 @@ QString COHelper::objectCode2String(CANopen::ObjectCode code)
             return QLatin1String(entry.name);
     }
     return QString::number(code);
+}
+
+quint64 COHelper::parseUnsigned(QStringView text, bool* ok)
+{
+    const QStringView trimmed = text.trimmed();
+    if (trimmed.startsWith(QLatin1String("0x"), Qt::CaseInsensitive))
+        return trimmed.mid(2).toULongLong(ok, 16);
+    return trimmed.toULongLong(ok, 10);
 }
 
 QString COHelper::pdoMapping2String(PDOMapping mapping)

@@ -32,6 +32,10 @@ public:
     static CANopen::ObjectCode string2objectCode(QString code, bool* ok = nullptr);
     static QString objectCode2String(CANopen::ObjectCode code);
 
+    // Decimal, or hexadecimal behind "0x"; leading zeros of a decimal number
+    // don't make it octal, as they would for QString::toUInt with base 0.
+    static quint64 parseUnsigned(QStringView text, bool* ok);
+
     static QString pdoMapping2String(PDOMapping mapping);
     static QString implementation2String(quint8 implementation);
 };

@@ -1,0 +1,117 @@
+#include "canopenlib/edsinifile.h"
+
+#include <QDebug>
+#include <QFile>
+#include <QStringDecoder>
+
+const QStringView* EdsIniFile::Section::find(QLatin1String key) const
+{
+    for (auto it = entries.crbegin(); it != entries.crend(); ++it) {
+        if (it->first.compare(key, Qt::CaseInsensitive) == 0)
+            return &it->second;
+    }
+    return nullptr;
+}
+
+QString EdsIniFile::Section::value(QLatin1String key) const
+{
+    const QStringView* found = find(key);
+    return found ? found->toString() : QString();
+}
+
+QString EdsIniFile::Section::comment() const
+{
+    QString text;
+    for (qsizetype i = 0; i < commentLines.size(); ++i) {
+        if (i > 0)
+            text += QLatin1Char('\n');
+        text += commentLines.at(i);
+    }
+    return text;
+}
+
+void EdsIniFile::Section::mergeFrom(const Section& later)
+{
+    entries += later.entries;
+    commentLines += later.commentLines;
+}
+
+bool EdsIniFile::load(const QString& path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) {
+        qDebug() << Q_FUNC_INFO << "cannot open" << path << file.errorString();
+        return false;
+    }
+    parse(file.readAll());
+    return true;
+}
+
+void EdsIniFile::parse(const QByteArray& data)
+{
+    m_sections.clear();
+    m_sectionByName.clear();
+    m_current = -1;
+    m_text = decode(data);
+
+    const QStringView text(m_text);
+    qsizetype pos = 0;
+    while (pos < text.size()) {
+        qsizetype end = pos;
+        while (end < text.size() && text[end] != QLatin1Char('\n') && text[end] != QLatin1Char('\r'))
+            ++end;
+        handleLine(text.mid(pos, end - pos).trimmed());
+        pos = end + 1;
+    }
+}
+
+// Device descriptions are meant to be ASCII, but editors save them in UTF-8
+// as well as in Latin-1; a text that isn't valid UTF-8 is taken as Latin-1.
+QString EdsIniFile::decode(const QByteArray& data)
+{
+    QStringDecoder utf8(QStringDecoder::Utf8);
+    QString text = utf8.decode(data);
+    if (utf8.hasError())
+        text = QString::fromLatin1(data);
+    return text;
+}
+
+void EdsIniFile::handleLine(QStringView line)
+{
+    if (line.isEmpty())
+        return;
+    if (line.startsWith(QLatin1Char(';'))) {
+        if (line.startsWith(QLatin1String(";;")) && m_current >= 0)
+            m_sections[m_current].commentLines.append(line.mid(2));
+        return;
+    }
+    if (line.startsWith(QLatin1Char('['))) {
+        openSection(line.mid(1));
+        return;
+    }
+    const qsizetype equals = line.indexOf(QLatin1Char('='));
+    if (equals <= 0 || m_current < 0)
+        return;
+    m_sections[m_current].entries.append({line.left(equals).trimmed(), line.mid(equals + 1).trimmed()});
+}
+
+void EdsIniFile::openSection(QStringView header)
+{
+    const qsizetype close = header.indexOf(QLatin1Char(']'));
+    const QStringView name = (close < 0 ? header : header.left(close)).trimmed();
+    if (name.isEmpty()) {
+        m_current = -1;
+        return;
+    }
+    const QString key = name.toString().toLower();
+    const auto known = m_sectionByName.constFind(key);
+    if (known != m_sectionByName.constEnd()) {
+        m_current = known.value();
+        return;
+    }
+    Section section;
+    section.name = name;
+    m_current = m_sections.size();
+    m_sections.append(section);
+    m_sectionByName.insert(key, m_current);
+}
