@@ -6,6 +6,7 @@
 #include "database/projectconverter.h"
 #include "generators/abstractgenerator.h"
 #include "generators/canopen/propsfilewriter.h"
+#include "importers/edsimporter.h"
 #include "pipeline/generatorregistry.h"
 #include "pipeline/postgenprocessor.h"
 #include "trw_cli/outputhandlerbase.h"
@@ -82,9 +83,9 @@ bool GeneratorMainHandler::openProject(const QString& filePath)
 bool GeneratorMainHandler::applyDbModifier(const QString& path)
 {
     DatabaseModifier modifier(m_database.data());
-    if (modifier.load(path) && modifier.apply())
+    if (modifier.setModifierFile(path) && modifier.applyModifierFile())
         return true;
-    qDebug() << Q_FUNC_INFO << modifier.lastError();
+    qDebug() << Q_FUNC_INFO << modifier.lastFailedLine();
     return false;
 }
 
@@ -118,18 +119,27 @@ bool GeneratorMainHandler::importProject(const QString& path)
         if (isCANopenType(type))
             m_database->copyObjects(&other, line, line, 4096, 65535);
         if (isJ1939Type(type))
-            m_database->copyPGNs(&other, line, line, 0, 131071);
+            m_database->copyPGNs(&other, line, line, 0, 131071, ObjectDataBase::Invalid);
         if (isRawCanType(type))
-            m_database->copyCANIDs(&other, line, line, 0, 536870911);
+            m_database->copyCANIDs(&other, line, line, 0, 536870911, ObjectDataBase::Invalid);
     }
     return true;
 }
 
+// The importer runs on its own thread while this one waits; what it could
+// not read shows in the project, not in the result.
 bool GeneratorMainHandler::importWithImporter(const QString& path, const QString& suffix)
 {
-    Q_UNUSED(path)
-    Q_UNUSED(suffix)
-    return false;
+    if (suffix != QLatin1String("eds") && suffix != QLatin1String("dcf"))
+        return false;
+    EDSImporter importer;
+    importer.setIndexRange(4096, 49151);
+    importer.setLine(0);
+    importer.setDatabase(m_database);
+    importer.setFile(path);
+    importer.startImport();
+    importer.waitFinished();
+    return true;
 }
 
 bool GeneratorMainHandler::saveProject()
@@ -224,7 +234,7 @@ GeneratorMainHandler::RunFacts GeneratorMainHandler::prepareRun()
         m_database->cacheAllSubs(line, 0);
         m_database->cacheSubNames(line, 0);
     }
-    m_database->loadStringCache();
+    m_database->loadStringPool();
     return facts;
 }
 
@@ -695,7 +705,7 @@ void GeneratorMainHandler::writeCppOutput()
 void GeneratorMainHandler::finishRun()
 {
     QCoreApplication::processEvents();
-    m_database->clearStringCache();
+    m_database->clearStringPool();
     m_output->writeLine(tr("Generation finished."));
     runPostGenProcess();
     Q_EMIT finished(Success);

@@ -74,6 +74,13 @@ private:
     // One row of the generation order.
     struct Step
     {
+        Step(const QString& classic, const QString& v4, const QString& started, const QString& notWritable,
+             quint8 stepLine = 0, bool multiLineFlag = false)
+            : classicClass(classic), v4Class(v4), startedMessage(started), notWritableMessage(notWritable),
+              line(stepLine), withMultiLine(multiLineFlag)
+        {
+        }
+
         QString classicClass;
         QString v4Class;
         QString startedMessage;

@@ -1,12 +1,38 @@
 #include "pipeline/generatorregistry.h"
 
 #include "generators/abstractgenerator.h"
+#include "generators/canopen/codefinegenerator.h"
+#include "generators/canopen/gendefinegenerator.h"
+#include "generators/canopen/indicesgenerator.h"
+#include "generators/documents/edsgenerator.h"
 
 namespace {
+
+template <typename DefineGenerator>
+AbstractGenerator* createDefineGenerator(const GeneratorOptions& options)
+{
+    auto* generator = new DefineGenerator;
+    generator->setJ1939Present(options.j1939Present);
+    generator->setMixedProtocols(options.moreThanJ1939);
+    return generator;
+}
 
 QHash<QString, GeneratorRegistry::Entry> builtInGenerators()
 {
     QHash<QString, GeneratorRegistry::Entry> known;
+    known.insert(QStringLiteral("IndicesGenerator"), {[](const GeneratorOptions& options) -> AbstractGenerator* {
+                                                          auto* generator = new IndicesGenerator;
+                                                          generator->setLineList(options.lineList);
+                                                          return generator;
+                                                      },
+                                                      {}});
+    known.insert(QStringLiteral("CoDefineGenerator"), {createDefineGenerator<CoDefineGenerator>, {}});
+    known.insert(QStringLiteral("GenDefineGenerator"), {createDefineGenerator<GenDefineGenerator>, {}});
+    known.insert(QStringLiteral("EDSGenerator"),
+                 {[](const GeneratorOptions& options) -> AbstractGenerator* {
+                      return new EDSGenerator(options.edsDefine, options.canFd, options.classical);
+                  },
+                  {}});
     return known;
 }
 

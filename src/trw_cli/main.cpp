@@ -1,5 +1,6 @@
 #include "canopenlib/cohelper.h"
 #include "canopenlib/helper.h"
+#include "resources/trwresources.h"
 #include "trw_cli/climainapp.h"
 #include "trw_cli/clioutputhandler.h"
 #include "trw_cli/mcpmainapp.h"
@@ -37,6 +38,7 @@ int main(int argc, char* argv[])
 {
     qInstallMessageHandler(discardMessage);
     QCoreApplication application(argc, argv);
+    trwInitResources();
     QCoreApplication::setApplicationName(QStringLiteral("CANopen Tarnwick"));
     QCoreApplication::setApplicationVersion(QStringLiteral("4.3.2"));
     QCoreApplication::setOrganizationName(QStringLiteral("halvex"));

@@ -1,0 +1,233 @@
+#include "common/testhelpers.h"
+#include "database/objectdatabase.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QProcess>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <unistd.h>
+
+using testhelpers::readFile;
+using testhelpers::runTrw;
+
+namespace {
+
+const QString usage = QStringLiteral(
+    "CANopen Tarnwick 4.3.2 \n"
+    "\t-dbmod\t\tApply a db modification. Only for internal use.\n"
+    "\t-import\t\tSets an importfile. This argument is optional.\n"
+    "\t-project\t\tSets the project file to use. This argument is mandatory.\n"
+    "\t-s\t\tSaves the project file. Could be helpful in combination with import option.\n"
+    "\t-save\t\tSaves the project file. Could be helpful in combination with import option.\n"
+    "\t-stackpath\t\tSets the path to the stack. It is required for SRDO generation; otherwise optional.\n");
+
+// A project with one CANopen line and nothing else, saved as a .trwp file.
+QString makeProject(const QString& dir, const QString& name = QStringLiteral("device.trwp"), int lineType = 1)
+{
+    ObjectDataBase db;
+    EXPECT_TRUE(db.createNewDataBase());
+    db.setGeneralSetting(QStringLiteral("line0type"), QString::number(lineType));
+    const QString path = dir + QLatin1Char('/') + name;
+    EXPECT_TRUE(db.saveDatabase(path));
+    return path;
+}
+
+QString lastLine(const QString& out)
+{
+    const QStringList lines = out.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    return lines.isEmpty() ? QString() : lines.last();
+}
+
+TEST(CommandLine, ProgramNameAloneGivesUsageAndParameterError)
+{
+    const auto r = runTrw({});
+    EXPECT_EQ(r.exitCode, 4);
+    EXPECT_EQ(r.out, usage + QStringLiteral("Error - Parameter error.\n"));
+}
+
+TEST(CommandLine, HelpWinsOverAValidProjectAndOpensNothing)
+{
+    QTemporaryDir dir;
+    const QString project = makeProject(dir.path());
+    const QByteArray before = readFile(project);
+    for (const QStringList& args : {QStringList{"-project", project, "-help"}, QStringList{"-help", "-project", project},
+                                    QStringList{"-project", "/no/such/file.trwp", "-help"}}) {
+        const auto r = runTrw(args);
+        EXPECT_EQ(r.exitCode, 0);
+        EXPECT_EQ(r.out, usage);
+    }
+    EXPECT_EQ(readFile(project), before);
+    EXPECT_FALSE(QFile::exists(dir.path() + QStringLiteral("/__trwerrorlog.txt.bak")));
+}
+
+TEST(CommandLine, ProjectInLastPositionCountsAsAbsent)
+{
+    for (const QStringList& args : {QStringList{"-project"}, QStringList{"-save", "-project"}, QStringList{"-s"}}) {
+        const auto r = runTrw(args);
+        EXPECT_EQ(r.exitCode, 2);
+        EXPECT_EQ(r.out, QStringLiteral("Project not given.\n") + usage + QStringLiteral("Error - No project specified.\n"));
+    }
+}
+
+TEST(CommandLine, FirstProjectOccurrenceCounts)
+{
+    QTemporaryDir dir;
+    const QString project = makeProject(dir.path());
+    const QString missing = dir.path() + QStringLiteral("/missing.trwp");
+
+    auto r = runTrw({"-project", project, "-project", missing});
+    EXPECT_EQ(r.exitCode, 0) << qPrintable(r.out);
+
+    r = runTrw({"-project", missing, "-project", project});
+    EXPECT_EQ(r.exitCode, 3);
+    EXPECT_EQ(r.out, QStringLiteral("Error - Open project failed.\n"));
+}
+
+TEST(CommandLine, ProjectValueIsTakenEvenWhenItLooksLikeAnOption)
+{
+    const auto r = runTrw({"-project", "-save"});
+    EXPECT_EQ(r.exitCode, 3);
+    EXPECT_EQ(r.out, QStringLiteral("Error - Open project failed.\n"));
+}
+
+TEST(CommandLine, FirstRefusedImportStopsTheRun)
+{
+    QTemporaryDir dir;
+    const QString project = makeProject(dir.path());
+    const QByteArray before = readFile(project);
+    const QString x = dir.path() + QStringLiteral("/x.eds");
+    const QString y = dir.path() + QStringLiteral("/y.eds");
+    const auto r = runTrw({"-project", project, "-import", x, "-import", y, "-s"});
+    EXPECT_EQ(r.exitCode, 5);
+    EXPECT_EQ(r.out, QStringLiteral("Import failed: %1\nError - Import error.\n").arg(x));
+    EXPECT_EQ(readFile(project), before) << "nothing is saved after a failed import";
+}
+
+TEST(CommandLine, MissingModifierFileChangesNothingAndTheRunGoesOn)
+{
+    QTemporaryDir dir;
+    const QString project = makeProject(dir.path());
+    const auto r = runTrw({"-project", project, "-dbmod", dir.path() + QStringLiteral("/none.txt")});
+    EXPECT_EQ(r.exitCode, 0);
+    EXPECT_TRUE(r.out.contains(QStringLiteral("Generation finished.\n")));
+}
+
+TEST(CommandLine, CleanRunPrintsTheCheckFrameAndKeepsTheLogAsBak)
+{
+    QTemporaryDir dir;
+    const QString project = makeProject(dir.path());
+    const auto r = runTrw({"-project", project});
+    EXPECT_EQ(r.exitCode, 0);
+    EXPECT_TRUE(r.out.startsWith(QStringLiteral("\nCheck of model consistency started\n"
+                                                "\nCheck of model consistency finished.\n\n")))
+        << qPrintable(r.out);
+    EXPECT_TRUE(r.out.contains(QStringLiteral("Generation finished.\n")));
+    EXPECT_EQ(lastLine(r.out), QStringLiteral("Generation completed."));
+    EXPECT_FALSE(QFile::exists(dir.path() + QStringLiteral("/__trwerrorlog.txt")));
+    EXPECT_TRUE(readFile(dir.path() + QStringLiteral("/__trwerrorlog.txt.bak"))
+                    .startsWith("\nCheck of model consistency started\n"));
+}
+
+TEST(CommandLine, LinesWithoutTypeAreWarnedAboutPerLine)
+{
+    QTemporaryDir dir;
+    const QString project = makeProject(dir.path(), QStringLiteral("untyped.trwp"), 3);
+    const auto r = runTrw({"-project", project});
+    EXPECT_EQ(r.exitCode, 0);
+    EXPECT_TRUE(r.out.contains(QStringLiteral("Warning line type not set for line 0.\n"))) << qPrintable(r.out);
+}
+
+TEST(CommandLine, SaveWritesTheForcedSettingsIntoTheFile)
+{
+    QTemporaryDir dir;
+    const QString project = makeProject(dir.path());
+    const auto r = runTrw({"-project", project, "-stackpath", "/opt/stack", "-save"});
+    EXPECT_EQ(r.exitCode, 0);
+    ObjectDataBase db;
+    ASSERT_TRUE(db.openDataBase(project, true));
+    EXPECT_EQ(db.getGeneralSetting(QStringLiteral("use_core_headers")), QStringLiteral("V4"));
+    EXPECT_EQ(db.getGeneralSetting(QStringLiteral("new_init_structure")), QStringLiteral("1"));
+    EXPECT_EQ(db.getMiscSetting(QStringLiteral("costackpath")), QStringLiteral("/opt/stack"));
+    EXPECT_TRUE(QFile::exists(project + QStringLiteral(".bak")));
+}
+
+TEST(CommandLine, McpAnywhereStartsTheServerAndLeavesOtherArgumentsAlone)
+{
+    const auto r = runTrw({"-project", "/no/such/file.trwp", "--mcp"});
+    EXPECT_EQ(r.exitCode, 0);
+    EXPECT_FALSE(r.out.contains(QStringLiteral("Error -")));
+}
+
+// Files that are no project: nothing is opened, the file is left as it was.
+TEST(CommandLine, BrokenProjectFilesFailToOpenAndStayUntouched)
+{
+    QTemporaryDir dir;
+    const QString notSqlite = dir.path() + QStringLiteral("/text.trwp");
+    QFile f(notSqlite);
+    ASSERT_TRUE(f.open(QIODevice::WriteOnly));
+    f.write("this is not an SQLite database\n");
+    f.close();
+    const QString empty = dir.path() + QStringLiteral("/empty.trwp");
+    QFile e(empty);
+    ASSERT_TRUE(e.open(QIODevice::WriteOnly));
+    e.close();
+    const QString folder = dir.path() + QStringLiteral("/folder.trwp");
+    QDir().mkdir(folder);
+    QString noNodes = makeProject(dir.path(), QStringLiteral("nonodes.trwp"));
+    {
+        ObjectDataBase db;
+        ASSERT_TRUE(db.openDataBase(noNodes, true));
+        ASSERT_TRUE(db.deleteNode(0));
+        ASSERT_TRUE(db.saveDatabase(noNodes));
+    }
+    for (const QString& path : {notSqlite, empty, folder, noNodes, dir.path() + QStringLiteral("/missing.trwp")}) {
+        const QByteArray before = readFile(path);
+        const auto r = runTrw({"-project", path, "-s"});
+        EXPECT_EQ(r.exitCode, 3) << qPrintable(path);
+        EXPECT_EQ(r.out, QStringLiteral("Error - Open project failed.\n")) << qPrintable(path);
+        EXPECT_EQ(readFile(path), before) << qPrintable(path);
+    }
+}
+
+// As root every folder is writable; the check then runs as an unprivileged user.
+TEST(CommandLine, UnwritableOutputFolderEndsWithCode8)
+{
+    QTemporaryDir dir;
+    const QString projectDir = dir.path() + QStringLiteral("/ro");
+    QDir().mkdir(projectDir);
+    const QString project = makeProject(projectDir);
+    QStringList args{"-project", project};
+    QString program = QStringLiteral(TRW_BINARY);
+    if (geteuid() == 0) {
+        if (QFileInfo(QStringLiteral("/usr/bin/setpriv")).exists() == false)
+            GTEST_SKIP() << "no setpriv to drop root";
+        QFile::setPermissions(dir.path(), QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner |
+                                              QFileDevice::ReadOther | QFileDevice::ExeOther);
+        QFile::setPermissions(project, QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ReadOther);
+        QTemporaryDir home;
+        QFile::setPermissions(home.path(), QFileDevice::ReadOther | QFileDevice::WriteOther | QFileDevice::ExeOther |
+                                               QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
+        args = QStringList{"--reuid=65534", "--regid=65534", "--clear-groups", "env", "HOME=" + home.path(),
+                           "XDG_DATA_HOME=" + home.path(), "XDG_CONFIG_HOME=" + home.path(), program} + args;
+        QProcess p;
+        p.start(QStringLiteral("/usr/bin/setpriv"), args);
+        p.waitForFinished(60000);
+        const QString out = QString::fromUtf8(p.readAllStandardOutput());
+        EXPECT_EQ(p.exitCode(), 8) << qPrintable(out);
+        EXPECT_TRUE(out.contains(QStringLiteral("ABORT - The output folder %1 is not writeable.\n").arg(projectDir)));
+        EXPECT_EQ(lastLine(out), QStringLiteral("Error - The output folder is not writeable"));
+        return;
+    }
+    QFile::setPermissions(projectDir, QFileDevice::ReadOwner | QFileDevice::ExeOwner);
+    const auto r = runTrw(args);
+    QFile::setPermissions(projectDir, QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
+    EXPECT_EQ(r.exitCode, 8);
+    EXPECT_TRUE(r.out.contains(QStringLiteral("ABORT - The output folder %1 is not writeable.\n").arg(projectDir)));
+    EXPECT_EQ(lastLine(r.out), QStringLiteral("Error - The output folder is not writeable"));
+}
+
+} // namespace
