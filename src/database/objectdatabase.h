@@ -330,13 +330,168 @@ private:
 
     // J1939 and raw CAN store
 public:
+    // A PGN or CAN identifier exists once per direction: number and direction are its identity.
+    enum Direction : quint8
+    {
+        Invalid = 0,
+        Transmit = 85,
+        Receive = 119
+    };
+
+    struct PGN
+    {
+        QString name;
+        QString desc;
+        quint32 number = 0;
+        quint8 edp_dp_key = 0;
+        quint8 priority = 0;
+        quint16 cycletime_ms = 0;
+        quint16 inhibittime_ms = 0;
+        // Number of SPNs of the PGN.
+        quint16 mappingcount = 0;
+        quint8 direction = 0;
+        // A safety PGN, sent as safety data message.
+        bool issafe = false;
+        // Safety-relevant validation time.
+        quint16 srvt_ms = 0;
+        quint8 FD_TrailerFormat = 0;
+        quint8 FD_AssuranceType = 0;
+        quint8 FD_AssuranceDataSize = 0;
+        quint8 multisourceaddress = 0;
+        quint8 safetytype = 0;
+        quint32 FD_DataId = 0;
+    };
+
+    struct SPN
+    {
+        // Rank inside the PGN.
+        quint32 pos = 0;
+        QString name;
+        QString desc;
+        QString defaultvalue = QStringLiteral("0");
+        int datatype = 0;
+        quint32 pgnnumber = 0;
+        quint32 spnnumber = 0;
+        quint8 direction = 0;
+        int implementation = 2;
+        QString varname;
+        quint16 bitsize = 0;
+        // SAE slot or data format.
+        quint16 slot_df = 0;
+        // First bit in the message.
+        quint16 bitposition = 0;
+    };
+
+    struct CANID
+    {
+        QString name;
+        QString desc;
+        quint32 id = 0;
+        quint16 cycletime_ms = 0;
+        quint16 inhibittime_ms = 0;
+        quint16 mappingcount = 0;
+        quint8 direction = 0;
+    };
+
+    struct DataElement
+    {
+        quint32 pos = 0;
+        QString name;
+        QString desc;
+        QString defaultvalue = QStringLiteral("0");
+        int datatype = 0;
+        quint32 canid = 0;
+        quint32 number = 0;
+        quint8 direction = 0;
+        int implementation = 2;
+        QString varname;
+        quint16 bitsize = 0;
+        quint16 bitpos = 0;
+    };
+
+    // PGNs; direction 0 in a list query means both directions.
+    bool addPGN(unsigned char line, unsigned int number, PGN data);
+    bool getPGN(quint8 line, quint32 number, quint8 direction, PGN& out);
+    bool pgnExists(quint8 line, quint32 number, quint8 direction);
+    QList<quint32> getPGNList(quint8 line, quint8 direction, bool excludeSafe = false);
+    // "--" for an unknown PGN.
+    QString getPGNName(quint8 line, quint32 number, quint8 direction);
+    quint16 getPGNMappingCount(quint8 line, quint32 number, quint8 direction);
+    // Removes the SPNs of the PGN too.
+    bool deletePGN(quint8 line, quint32 number, quint8 direction);
+
+    // SPNs, addressed by PGN, direction and SPN number.
+    bool addSPN(quint8 line, quint32 pgnnumber, quint8 direction, quint32 spnnumber, SPN data);
+    bool getSPN(quint8 line, quint32 pgnnumber, quint8 direction, quint32 spnnumber, SPN& out);
+    bool spnExists(quint8 line, quint32 pgnnumber, quint8 direction, quint32 spnnumber);
+    QString getSPNName(quint8 line, quint32 pgnnumber, quint8 direction, quint32 spnnumber);
+    int getSPNDatatype(quint8 line, quint32 pgnnumber, quint8 direction, quint32 spnnumber);
+    bool deleteSPN(quint8 line, quint32 pgnnumber, quint8 direction, quint32 spnnumber);
+    // In the order of pos.
+    QList<quint32> getSPNList(quint8 line, quint32 pgnnumber, quint8 direction);
+    // Fills the SPN cache with the line, dropping what it held; writes don't update it.
+    void cacheAllSPNs(quint8 line);
+    void clearSPNCache();
+
+    // Raw CAN identifiers and their data elements.
+    bool addCANID(unsigned char line, unsigned int id, CANID data);
+    bool getCANID(quint8 line, quint32 id, quint8 direction, CANID& out);
+    bool canIdExists(quint8 line, quint32 id, quint8 direction);
+    QList<quint32> getCANIDList(quint8 line, quint8 direction);
+    QString getCANIDName(quint8 line, quint32 id, quint8 direction);
+    bool deleteCANID(quint8 line, quint32 id, quint8 direction);
+    bool addDataElement(quint8 line, quint32 canid, quint8 direction, quint32 number, DataElement data);
+    bool getDataElement(quint8 line, quint32 canid, quint8 direction, quint32 number, DataElement& out);
+    bool deleteDataElement(quint8 line, quint32 canid, quint8 direction, quint32 number);
+    // In the order of number.
+    QList<quint32> getDataElementList(quint8 line, quint32 canid, quint8 direction);
+    QString getDataElementName(quint8 line, quint32 canid, quint8 direction, quint32 number);
+
+    // Copies of the PGNs or identifiers of one direction with numbers from..to, inclusive.
+    bool copyPGNs(ObjectDataBase* source, quint8 fromLine, quint8 toLine, quint32 from, quint32 to,
+                  quint8 direction);
+    bool copyCANIDs(ObjectDataBase* source, quint8 fromLine, quint8 toLine, quint32 from, quint32 to,
+                    quint8 direction);
+
+    // Sets mappingcount of every PGN to the number of its SPNs.
+    bool repairMappingCounts();
+
+    // UDS service table of a line, one row per service identifier.
     bool setUDSServiceActive(quint8 line, quint8 sid, bool active);
     bool setUDSServiceSessions(quint8 line, quint8 sid, QString sessions);
+    bool setUDSServiceUserLevels(quint8 line, quint8 sid, QString userlevels);
+    bool setUDSServiceAuthentication(quint8 line, quint8 sid, QString authentication);
+    bool getUDSServiceActive(quint8 line, quint8 sid);
+    QString getUDSServiceSessions(quint8 line, quint8 sid);
+    QString getUDSServiceUserLevels(quint8 line, quint8 sid);
+    QString getUDSServiceAuthentication(quint8 line, quint8 sid);
+    // Service identifier to active flag.
+    QMap<quint8, bool> getUDSServiceList(quint8 line);
 
 private:
+    struct UdsServiceRow
+    {
+        QString active = QStringLiteral("0");
+        QString sessions;
+        QString userlevels;
+        QString authentication;
+    };
+
     bool setSpnDirectionsFromPgns(quint8 line);
     bool recalculateBitPositions(quint8 line, quint8 direction);
-    bool repairMappingCounts();
+    void recalculateDataElementBitPositions(quint8 line, quint32 canid, quint8 direction);
+    void recalculateSpnBitPositions(quint8 line, quint32 pgnnumber, quint8 direction);
+    void addMissingPgnColumns(quint8 line);
+    // The first column of the first row; invalid when there is no row.
+    QVariant readFirstValue(const QString& statement);
+    QList<quint32> readNumbers(const QString& statement);
+    UdsServiceRow readUdsService(quint8 line, quint8 sid, const QString& columns);
+    bool writeUdsService(quint8 line, quint8 sid, const UdsServiceRow& row);
+    bool execLogged(QSqlQuery& query, const QString& statement);
+
+    // The SPN cache of one line: SPN numbers per PGN and direction in pos order, and the records.
+    QMap<quint8, QHash<quint64, QList<quint32>>> m_spnListCache;
+    QMap<quint8, QHash<quint64, SPN>> m_spnCache;
 };
 
 Q_DECLARE_METATYPE(ObjectDataBase::ChangeSet)

@@ -1,76 +1,818 @@
 #include "database/objectdatabase.h"
 
+#include "canopenlib/cohelper.h"
+
 #include <QDebug>
 #include <QSqlError>
 #include <QSqlQuery>
 
-// ---- UDS service table
+namespace {
 
-bool ObjectDataBase::setUDSServiceActive(quint8 line, quint8 sid, bool active)
+const QString unknownName = QStringLiteral("--");
+
+quint64 pgnKey(quint32 pgnnumber, quint8 direction)
 {
-    QSqlQuery query(m_db);
-    QString sessions;
-    QString userlevels;
-    QString authentication;
-    if (exec(query,
-             QStringLiteral("select sessions,userlevels,authentication from UDSSettings%1 where sid = %2")
-                 .arg(line)
-                 .arg(sid)) &&
-        query.next()) {
-        sessions = query.value(0).toString();
-        userlevels = query.value(1).toString();
-        authentication = query.value(2).toString();
-    }
-    const QString statement =
-        QStringLiteral("insert or replace into UDSSettings%1 values(%2,%3,'%4','%5','%6')")
-            .arg(QString::number(line), QString::number(sid), QString::number(active ? 1 : 0), sessions,
-                 userlevels, authentication);
+    return (quint64(pgnnumber) << 8) | direction;
+}
+
+quint64 spnKey(quint32 pgnnumber, quint8 direction, quint32 spnnumber)
+{
+    return (quint64(pgnnumber) << 40) | (quint64(direction) << 32) | spnnumber;
+}
+
+QString number(qint64 value)
+{
+    return QString::number(value);
+}
+
+// Strings and octet strings have no width of their type; their bitsize counts.
+quint16 elementWidth(int datatype, quint16 bitsize)
+{
+    if (datatype == CAN::OctetString || datatype == CAN::VisStringNull || datatype == CAN::VisStringAsterisk)
+        return bitsize;
+    return COHelper::getDataLengthBits(static_cast<CAN::CANopenDataType>(datatype));
+}
+
+// Old tables of line 0 were created with a misspelt bit position column, so
+// rows of SPNs and DataElements are read by column position.
+enum SpnColumn
+{
+    SpnPgnNumber,
+    SpnNumber,
+    SpnDatatype,
+    SpnImplementation,
+    SpnVarname,
+    SpnDefaultValue,
+    SpnName,
+    SpnDesc,
+    SpnPos,
+    SpnBitsize,
+    SpnDirection,
+    SpnSlotDf,
+    SpnBitposition
+};
+
+enum DataElementColumn
+{
+    ElementCanId,
+    ElementNumber,
+    ElementDatatype,
+    ElementImplementation,
+    ElementVarname,
+    ElementDefaultValue,
+    ElementName,
+    ElementDesc,
+    ElementPos,
+    ElementBitsize,
+    ElementDirection,
+    ElementBitpos
+};
+
+} // namespace
+
+bool ObjectDataBase::execLogged(QSqlQuery& query, const QString& statement)
+{
     if (exec(query, statement))
         return true;
     qDebug() << Q_FUNC_INFO << statement << query.lastError().text();
     return false;
+}
+
+QVariant ObjectDataBase::readFirstValue(const QString& statement)
+{
+    QSqlQuery query(m_db);
+    if (exec(query, statement) && query.next())
+        return query.value(0);
+    return QVariant();
+}
+
+QList<quint32> ObjectDataBase::readNumbers(const QString& statement)
+{
+    QList<quint32> numbers;
+    QSqlQuery query(m_db);
+    query.setForwardOnly(true);
+    if (!execLogged(query, statement))
+        return numbers;
+    while (query.next())
+        numbers.append(query.value(0).toUInt());
+    return numbers;
+}
+
+// ---- PGNs
+
+// Tables of older files lack the safety and CAN FD columns.
+void ObjectDataBase::addMissingPgnColumns(quint8 line)
+{
+    static const QStringList laterColumns{QStringLiteral("issafe"),
+                                          QStringLiteral("srvt_ms"),
+                                          QStringLiteral("FD_TrailerFormat"),
+                                          QStringLiteral("FD_AssuranceType"),
+                                          QStringLiteral("FD_AssuranceDataSize"),
+                                          QStringLiteral("multisourceaddress"),
+                                          QStringLiteral("safetytype"),
+                                          QStringLiteral("FD_DataID")};
+    QSqlQuery query(m_db);
+    if (!exec(query, QStringLiteral("SELECT name FROM PRAGMA_TABLE_INFO('PGNs%1') ORDER BY name").arg(line)))
+        return;
+    QStringList present;
+    while (query.next())
+        present.append(query.value(0).toString());
+    if (present.isEmpty())
+        return;
+    for (const QString& column : laterColumns) {
+        if (!present.contains(column, Qt::CaseInsensitive))
+            execLogged(query, QStringLiteral("alter table PGNs%1 add %2 integer").arg(number(line), column));
+    }
+}
+
+bool ObjectDataBase::addPGN(unsigned char line, unsigned int pgnNumber, PGN data)
+{
+    addMissingPgnColumns(line);
+    const QString descId = number(internString(data.desc));
+    const QString nameId = number(internString(data.name));
+    QString statement;
+    if (pgnExists(line, pgnNumber, data.direction)) {
+        statement =
+            QStringLiteral(
+                "update PGNs%1 set name = %2, desc = %3, edp_dp_key = %4, priority = %5, cycletime_ms = "
+                "%6, inhibittime_ms = %7, mappingcount = %8, issafe = %11, srvt_ms = %12, "
+                "FD_TrailerFormat = %13, FD_AssuranceType = %14, multisourceaddress = %16, "
+                "FD_AssuranceDataSize = %15, safetytype = %17, FD_DataID = %18 where number = %10 and "
+                "direction = %9")
+                .arg(number(line), nameId, descId, number(data.edp_dp_key), number(data.priority),
+                     number(data.cycletime_ms), number(data.inhibittime_ms), number(data.mappingcount),
+                     number(data.direction), number(pgnNumber), number(data.issafe ? 1 : 0),
+                     number(data.srvt_ms), number(data.FD_TrailerFormat), number(data.FD_AssuranceType),
+                     number(data.FD_AssuranceDataSize), number(data.multisourceaddress),
+                     number(data.safetytype), number(data.FD_DataId));
+    } else {
+        statement =
+            QStringLiteral("insert into PGNs%1 "
+                           "values(%2,%3,%4,%5,%6,%7,%8,%9,%10,%11,%12,%13,%14,%15,%16,%17,%18)")
+                .arg(number(line), number(pgnNumber), number(data.edp_dp_key), number(data.priority),
+                     number(data.cycletime_ms), number(data.inhibittime_ms), number(data.mappingcount),
+                     number(data.direction), nameId, descId, number(data.issafe ? 1 : 0),
+                     number(data.srvt_ms), number(data.FD_TrailerFormat), number(data.FD_AssuranceType),
+                     number(data.FD_AssuranceDataSize), number(data.multisourceaddress),
+                     number(data.safetytype), number(data.FD_DataId));
+    }
+    QSqlQuery query(m_db);
+    return execLogged(query, statement);
+}
+
+bool ObjectDataBase::getPGN(quint8 line, quint32 pgnNumber, quint8 direction, PGN& out)
+{
+    QSqlQuery query(m_db);
+    const QString statement =
+        QStringLiteral(
+            "select edp_dp_key,priority,cycletime_ms,inhibittime_ms,mappingcount,direction,name,desc,"
+            "issafe,srvt_ms,FD_TrailerFormat,FD_AssuranceType,FD_AssuranceDataSize,multisourceaddress,"
+            "safetytype,FD_DataId from PGNs%2 where number = %1 and direction = %3")
+            .arg(number(pgnNumber), number(line), number(direction));
+    if (!execLogged(query, statement) || !query.next())
+        return false;
+    out.number = pgnNumber;
+    out.edp_dp_key = query.value(0).toUInt();
+    out.priority = query.value(1).toUInt();
+    out.cycletime_ms = query.value(2).toUInt();
+    out.inhibittime_ms = query.value(3).toUInt();
+    out.mappingcount = query.value(4).toUInt();
+    out.direction = query.value(5).toUInt();
+    out.name = stringById(query.value(6).toInt());
+    out.desc = stringById(query.value(7).toInt());
+    out.issafe = query.value(8).toInt() != 0;
+    out.srvt_ms = query.value(9).toUInt();
+    out.FD_TrailerFormat = query.value(10).toUInt();
+    out.FD_AssuranceType = query.value(11).toUInt();
+    out.FD_AssuranceDataSize = query.value(12).toUInt();
+    out.multisourceaddress = query.value(13).toUInt();
+    out.safetytype = query.value(14).toUInt();
+    out.FD_DataId = query.value(15).toUInt();
+    return true;
+}
+
+bool ObjectDataBase::pgnExists(quint8 line, quint32 pgnNumber, quint8 direction)
+{
+    QSqlQuery query(m_db);
+    return exec(query, QStringLiteral("select number from PGNs%1 where number = %2 and direction = %3")
+                           .arg(number(line), number(pgnNumber), number(direction))) &&
+           query.next();
+}
+
+QList<quint32> ObjectDataBase::getPGNList(quint8 line, quint8 direction, bool excludeSafe)
+{
+    if (direction == Invalid) {
+        return readNumbers(QStringLiteral("select number from PGNs%1 %2 order by number asc")
+                               .arg(number(line), excludeSafe
+                                                      ? QStringLiteral("where issafe = 0 or issafe is NULL")
+                                                      : QString()));
+    }
+    return readNumbers(
+        QStringLiteral("select number from PGNs%1 where direction = %2 %3 order by number asc")
+            .arg(number(line), number(direction),
+                 excludeSafe ? QStringLiteral("AND (issafe = 0 or issafe is NULL)") : QString()));
+}
+
+QString ObjectDataBase::getPGNName(quint8 line, quint32 pgnNumber, quint8 direction)
+{
+    const QVariant nameId =
+        readFirstValue(QStringLiteral("select name from PGNs%2 where number = %1 and direction = %3")
+                           .arg(number(pgnNumber), number(line), number(direction)));
+    return nameId.isValid() ? stringById(nameId.toInt()) : unknownName;
+}
+
+quint16 ObjectDataBase::getPGNMappingCount(quint8 line, quint32 pgnNumber, quint8 direction)
+{
+    return readFirstValue(
+               QStringLiteral("select mappingcount from PGNs%1 where number = %2 and direction = %3")
+                   .arg(number(line), number(pgnNumber), number(direction)))
+        .toUInt();
+}
+
+bool ObjectDataBase::deletePGN(quint8 line, quint32 pgnNumber, quint8 direction)
+{
+    QSqlQuery query(m_db);
+    const bool spnsDeleted =
+        execLogged(query, QStringLiteral("delete from SPNs%1 where pgnnumber = %2 and direction = %3")
+                              .arg(number(line), number(pgnNumber), number(direction)));
+    const bool pgnDeleted =
+        execLogged(query, QStringLiteral("delete from PGNs%1 where number = %2 and direction = %3")
+                              .arg(number(line), number(pgnNumber), number(direction)));
+    return spnsDeleted && pgnDeleted;
+}
+
+// ---- SPNs
+
+namespace {
+
+void fillSpn(const QSqlQuery& query, ObjectDataBase::SPN& out, ObjectDataBase& database)
+{
+    out.pgnnumber = query.value(SpnPgnNumber).toUInt();
+    out.spnnumber = query.value(SpnNumber).toUInt();
+    out.datatype = query.value(SpnDatatype).toInt();
+    out.implementation = query.value(SpnImplementation).toInt();
+    out.varname = query.value(SpnVarname).toString();
+    out.defaultvalue = query.value(SpnDefaultValue).toString();
+    out.name = database.stringById(query.value(SpnName).toInt());
+    out.desc = database.stringById(query.value(SpnDesc).toInt());
+    out.pos = query.value(SpnPos).toUInt();
+    out.bitsize = query.value(SpnBitsize).toUInt();
+    out.direction = query.value(SpnDirection).toUInt();
+    out.slot_df = query.value(SpnSlotDf).toUInt();
+    out.bitposition = query.value(SpnBitposition).toUInt();
+}
+
+void fillDataElement(const QSqlQuery& query, ObjectDataBase::DataElement& out, ObjectDataBase& database)
+{
+    out.canid = query.value(ElementCanId).toUInt();
+    out.number = query.value(ElementNumber).toUInt();
+    out.datatype = query.value(ElementDatatype).toInt();
+    out.implementation = query.value(ElementImplementation).toInt();
+    out.varname = query.value(ElementVarname).toString();
+    out.defaultvalue = query.value(ElementDefaultValue).toString();
+    out.name = database.stringById(query.value(ElementName).toInt());
+    out.desc = database.stringById(query.value(ElementDesc).toInt());
+    out.pos = query.value(ElementPos).toUInt();
+    out.bitsize = query.value(ElementBitsize).toUInt();
+    out.direction = query.value(ElementDirection).toUInt();
+    out.bitpos = query.value(ElementBitpos).toUInt();
+}
+
+} // namespace
+
+bool ObjectDataBase::addSPN(quint8 line, quint32 pgnnumber, quint8 direction, quint32 spnnumber, SPN data)
+{
+    const QString descId = number(internString(data.desc));
+    const QString nameId = number(internString(data.name));
+    QString statement;
+    if (spnExists(line, pgnnumber, direction, spnnumber)) {
+        statement =
+            QStringLiteral("update SPNs%1 set name = %2, desc = %3, defaultvalue = '%4', datatype = %5, "
+                           "implementation = %6, varname = '%7', pos = %10, bitsize = %11, slot_df = %13, "
+                           "bitposition = %14 where pgnnumber = %8 and spnnumber = %9 and direction = %12")
+                .arg(number(line), nameId, descId, data.defaultvalue, number(data.datatype),
+                     number(data.implementation), data.varname, number(pgnnumber), number(spnnumber),
+                     number(data.pos), number(data.bitsize), number(direction), number(data.slot_df),
+                     number(data.bitposition));
+    } else {
+        statement =
+            QStringLiteral("insert into SPNs%1 values(%2,%3,%4,%5,'%6','%7',%8,%9,%10,%11,%12,%13,%14)")
+                .arg(number(line), number(pgnnumber), number(spnnumber), number(data.datatype),
+                     number(data.implementation), data.varname, data.defaultvalue, nameId, descId,
+                     number(data.pos), number(data.bitsize), number(direction), number(data.slot_df),
+                     number(data.bitposition));
+    }
+    QSqlQuery query(m_db);
+    return execLogged(query, statement);
+}
+
+bool ObjectDataBase::getSPN(quint8 line, quint32 pgnnumber, quint8 direction, quint32 spnnumber, SPN& out)
+{
+    const auto cachedLine = m_spnCache.constFind(line);
+    if (cachedLine != m_spnCache.constEnd()) {
+        const auto cached = cachedLine->constFind(spnKey(pgnnumber, direction, spnnumber));
+        if (cached != cachedLine->constEnd()) {
+            out = cached.value();
+            return true;
+        }
+    }
+    QSqlQuery query(m_db);
+    const QString statement =
+        QStringLiteral("select * from SPNs%1 where pgnnumber = %2 and spnnumber = %3 and direction = %4")
+            .arg(number(line), number(pgnnumber), number(spnnumber), number(direction));
+    if (!execLogged(query, statement) || !query.next())
+        return false;
+    fillSpn(query, out, *this);
+    return true;
+}
+
+bool ObjectDataBase::spnExists(quint8 line, quint32 pgnnumber, quint8 direction, quint32 spnnumber)
+{
+    QSqlQuery query(m_db);
+    return exec(query,
+                QStringLiteral(
+                    "select spnnumber from SPNs%1 where pgnnumber = %2 and spnnumber = %3 and direction = %4")
+                    .arg(number(line), number(pgnnumber), number(spnnumber), number(direction))) &&
+           query.next();
+}
+
+QString ObjectDataBase::getSPNName(quint8 line, quint32 pgnnumber, quint8 direction, quint32 spnnumber)
+{
+    SPN spn;
+    return getSPN(line, pgnnumber, direction, spnnumber, spn) ? spn.name : unknownName;
+}
+
+int ObjectDataBase::getSPNDatatype(quint8 line, quint32 pgnnumber, quint8 direction, quint32 spnnumber)
+{
+    SPN spn;
+    return getSPN(line, pgnnumber, direction, spnnumber, spn) ? spn.datatype : 0;
+}
+
+bool ObjectDataBase::deleteSPN(quint8 line, quint32 pgnnumber, quint8 direction, quint32 spnnumber)
+{
+    QSqlQuery query(m_db);
+    return execLogged(
+        query, QStringLiteral("delete from SPNs%1 where pgnnumber = %2 and spnnumber = %3 and direction = %4")
+                   .arg(number(line), number(pgnnumber), number(spnnumber), number(direction)));
+}
+
+QList<quint32> ObjectDataBase::getSPNList(quint8 line, quint32 pgnnumber, quint8 direction)
+{
+    const auto cachedLine = m_spnListCache.constFind(line);
+    if (cachedLine != m_spnListCache.constEnd()) {
+        const auto cached = cachedLine->constFind(pgnKey(pgnnumber, direction));
+        if (cached != cachedLine->constEnd())
+            return cached.value();
+    }
+    return readNumbers(
+        QStringLiteral("select spnnumber from SPNs%1 where pgnnumber = %3 and direction= %2 order by pos asc")
+            .arg(number(line), number(direction), number(pgnnumber)));
+}
+
+void ObjectDataBase::cacheAllSPNs(quint8 line)
+{
+    clearSPNCache();
+    QHash<quint64, QList<quint32>>& lists = m_spnListCache[line];
+    QHash<quint64, SPN>& records = m_spnCache[line];
+    QSqlQuery query(m_db);
+    query.setForwardOnly(true);
+    if (!execLogged(query, QStringLiteral("SELECT * from SPNs%1 order by pgnnumber asc, pos asc").arg(line)))
+        return;
+    while (query.next()) {
+        SPN spn;
+        fillSpn(query, spn, *this);
+        lists[pgnKey(spn.pgnnumber, spn.direction)].append(spn.spnnumber);
+        records.insert(spnKey(spn.pgnnumber, spn.direction, spn.spnnumber), spn);
+    }
+}
+
+void ObjectDataBase::clearSPNCache()
+{
+    m_spnListCache.clear();
+    m_spnCache.clear();
+}
+
+// ---- Raw CAN identifiers and data elements
+
+bool ObjectDataBase::addCANID(unsigned char line, unsigned int id, CANID data)
+{
+    const QString descId = number(internString(data.desc));
+    const QString nameId = number(internString(data.name));
+    QString statement;
+    if (canIdExists(line, id, data.direction)) {
+        statement =
+            QStringLiteral(
+                "update CANIDs%1 set name = %2, desc = %3, cycletime_ms = %4, inhibittime_ms = %5, "
+                "mappingcount = %6 where id = %7 and direction = %8")
+                .arg(number(line), nameId, descId, number(data.cycletime_ms), number(data.inhibittime_ms),
+                     number(data.mappingcount), number(id), number(data.direction));
+    } else {
+        statement = QStringLiteral("insert into CANIDs%1 values(%2,%3,%4,%5,%6,%7,%8)")
+                        .arg(number(line), number(id), number(data.cycletime_ms), number(data.inhibittime_ms),
+                             number(data.mappingcount), number(data.direction), nameId, descId);
+    }
+    QSqlQuery query(m_db);
+    return execLogged(query, statement);
+}
+
+bool ObjectDataBase::getCANID(quint8 line, quint32 id, quint8 direction, CANID& out)
+{
+    QSqlQuery query(m_db);
+    const QString statement =
+        QStringLiteral(
+            "select cycletime_ms,inhibittime_ms,mappingcount,direction,name,desc from CANIDs%1 where id = "
+            "%2 and direction = %3")
+            .arg(number(line), number(id), number(direction));
+    if (!execLogged(query, statement) || !query.next())
+        return false;
+    out.id = id;
+    out.cycletime_ms = query.value(0).toUInt();
+    out.inhibittime_ms = query.value(1).toUInt();
+    out.mappingcount = query.value(2).toUInt();
+    out.direction = query.value(3).toUInt();
+    out.name = stringById(query.value(4).toInt());
+    out.desc = stringById(query.value(5).toInt());
+    return true;
+}
+
+bool ObjectDataBase::canIdExists(quint8 line, quint32 id, quint8 direction)
+{
+    QSqlQuery query(m_db);
+    return exec(query, QStringLiteral("select id from CANIDs%1 where id = %2 and direction = %3")
+                           .arg(number(line), number(id), number(direction))) &&
+           query.next();
+}
+
+QList<quint32> ObjectDataBase::getCANIDList(quint8 line, quint8 direction)
+{
+    if (direction == Invalid)
+        return readNumbers(QStringLiteral("select id from CANIDs%1 order by id asc").arg(line));
+    return readNumbers(QStringLiteral("select id from CANIDs%1 where direction = %2 order by id asc")
+                           .arg(line)
+                           .arg(direction));
+}
+
+QString ObjectDataBase::getCANIDName(quint8 line, quint32 id, quint8 direction)
+{
+    const QVariant nameId =
+        readFirstValue(QStringLiteral("select name from CANIDs%1 where id = %2 and direction = %3")
+                           .arg(number(line), number(id), number(direction)));
+    return nameId.isValid() ? stringById(nameId.toInt()) : unknownName;
+}
+
+bool ObjectDataBase::deleteCANID(quint8 line, quint32 id, quint8 direction)
+{
+    QSqlQuery query(m_db);
+    const bool elementsDeleted =
+        execLogged(query, QStringLiteral("delete from DataElements%1 where canid = %2 and direction = %3")
+                              .arg(number(line), number(id), number(direction)));
+    const bool idDeleted =
+        execLogged(query, QStringLiteral("delete from CANIDs%1 where id = %2 and direction = %3")
+                              .arg(number(line), number(id), number(direction)));
+    return elementsDeleted && idDeleted;
+}
+
+// Unlike an SPN's, the update of a data element keeps its pos and bitsize.
+bool ObjectDataBase::addDataElement(quint8 line, quint32 canid, quint8 direction, quint32 elementNumber,
+                                    DataElement data)
+{
+    const QString descId = number(internString(data.desc));
+    const QString nameId = number(internString(data.name));
+    QSqlQuery query(m_db);
+    const bool exists =
+        exec(query, QStringLiteral("select number from DataElements%1 where canid = %2 and number = %3 and "
+                                   "direction = %4")
+                        .arg(number(line), number(canid), number(elementNumber), number(direction))) &&
+        query.next();
+    QString statement;
+    if (exists) {
+        statement =
+            QStringLiteral("update DataElements%1 set name = %2, desc = %3, defaultvalue = '%4', datatype = "
+                           "%5, implementation = %6, varname = '%7', bitpos = %11 where canid = %8 and "
+                           "number = %9 and direction = %10")
+                .arg(number(line), nameId, descId, data.defaultvalue, number(data.datatype),
+                     number(data.implementation), data.varname, number(canid), number(elementNumber),
+                     number(direction), number(data.bitpos));
+    } else {
+        statement =
+            QStringLiteral("insert into DataElements%1 values(%2,%3,%4,%5,'%6','%7',%8,%9,%10,%11,%12,%13)")
+                .arg(number(line), number(canid), number(elementNumber), number(data.datatype),
+                     number(data.implementation), data.varname, data.defaultvalue, nameId, descId,
+                     number(data.pos), number(data.bitsize), number(direction), number(data.bitpos));
+    }
+    return execLogged(query, statement);
+}
+
+bool ObjectDataBase::getDataElement(quint8 line, quint32 canid, quint8 direction, quint32 elementNumber,
+                                    DataElement& out)
+{
+    QSqlQuery query(m_db);
+    const QString statement =
+        QStringLiteral("select * from DataElements%1 where canid = %2 and number = %3 and direction = %4")
+            .arg(number(line), number(canid), number(elementNumber), number(direction));
+    if (!execLogged(query, statement) || !query.next())
+        return false;
+    fillDataElement(query, out, *this);
+    return true;
+}
+
+bool ObjectDataBase::deleteDataElement(quint8 line, quint32 canid, quint8 direction, quint32 elementNumber)
+{
+    QSqlQuery query(m_db);
+    return execLogged(
+        query,
+        QStringLiteral("delete from DataElements%1 where canid = %2 and number = %3 and direction = %4")
+            .arg(number(line), number(canid), number(elementNumber), number(direction)));
+}
+
+QList<quint32> ObjectDataBase::getDataElementList(quint8 line, quint32 canid, quint8 direction)
+{
+    return readNumbers(
+        QStringLiteral(
+            "select number from DataElements%1 where canid = %3 and direction= %2 order by number asc")
+            .arg(number(line), number(direction), number(canid)));
+}
+
+QString ObjectDataBase::getDataElementName(quint8 line, quint32 canid, quint8 direction,
+                                           quint32 elementNumber)
+{
+    DataElement element;
+    return getDataElement(line, canid, direction, elementNumber, element) ? element.name : unknownName;
+}
+
+// ---- Copies between lines and projects
+
+bool ObjectDataBase::copyPGNs(ObjectDataBase* source, quint8 fromLine, quint8 toLine, quint32 from,
+                              quint32 to, quint8 direction)
+{
+    if (direction == Invalid) {
+        const bool received = copyPGNs(source, fromLine, toLine, from, to, Receive);
+        return copyPGNs(source, fromLine, toLine, from, to, Transmit) && received;
+    }
+    bool ok = true;
+    const QList<quint32> numbers = source->getPGNList(fromLine, direction);
+    for (quint32 pgnNumber : numbers) {
+        PGN pgn;
+        if (pgnNumber < from || pgnNumber > to || !source->getPGN(fromLine, pgnNumber, direction, pgn))
+            continue;
+        deletePGN(toLine, pgnNumber, direction);
+        ok = addPGN(toLine, pgnNumber, pgn) && ok;
+        const QList<quint32> spns = source->getSPNList(fromLine, pgnNumber, direction);
+        for (quint32 spnNumber : spns) {
+            SPN spn;
+            if (source->getSPN(fromLine, pgnNumber, direction, spnNumber, spn))
+                ok = addSPN(toLine, pgnNumber, direction, spnNumber, spn) && ok;
+        }
+    }
+    return ok;
+}
+
+bool ObjectDataBase::copyCANIDs(ObjectDataBase* source, quint8 fromLine, quint8 toLine, quint32 from,
+                                quint32 to, quint8 direction)
+{
+    if (direction == Invalid) {
+        const bool received = copyCANIDs(source, fromLine, toLine, from, to, Receive);
+        return copyCANIDs(source, fromLine, toLine, from, to, Transmit) && received;
+    }
+    bool ok = true;
+    const QList<quint32> ids = source->getCANIDList(fromLine, direction);
+    for (quint32 id : ids) {
+        CANID canId;
+        if (id < from || id > to || !source->getCANID(fromLine, id, direction, canId))
+            continue;
+        deleteCANID(toLine, id, direction);
+        if (!addCANID(toLine, id, canId)) {
+            qDebug() << Q_FUNC_INFO << "addCANID() failed: " << id;
+            ok = false;
+            continue;
+        }
+        const QList<quint32> elements = source->getDataElementList(fromLine, id, direction);
+        for (quint32 elementNumber : elements) {
+            DataElement element;
+            if (source->getDataElement(fromLine, id, direction, elementNumber, element))
+                ok = addDataElement(toLine, id, direction, elementNumber, element) && ok;
+        }
+    }
+    return ok;
+}
+
+// ---- UDS service table
+
+ObjectDataBase::UdsServiceRow ObjectDataBase::readUdsService(quint8 line, quint8 sid, const QString& columns)
+{
+    UdsServiceRow row;
+    QSqlQuery query(m_db);
+    if (!exec(query, QStringLiteral("select %1 from UDSSettings%2 where sid = %3")
+                         .arg(columns, number(line), number(sid))) ||
+        !query.next())
+        return row;
+    const QStringList names = columns.split(QLatin1Char(','));
+    for (int column = 0; column < names.size(); ++column) {
+        const QVariant value = query.value(column);
+        const QString& name = names.at(column);
+        if (name == QLatin1String("active"))
+            row.active = number(value.toInt());
+        else if (name == QLatin1String("sessions"))
+            row.sessions = value.toString();
+        else if (name == QLatin1String("userlevels"))
+            row.userlevels = value.toString();
+        else if (name == QLatin1String("authentication"))
+            row.authentication = value.toString();
+    }
+    return row;
+}
+
+bool ObjectDataBase::writeUdsService(quint8 line, quint8 sid, const UdsServiceRow& row)
+{
+    QSqlQuery query(m_db);
+    return execLogged(
+        query,
+        QStringLiteral("insert or replace into UDSSettings%1 values(%2,%3,'%4','%5','%6')")
+            .arg(number(line), number(sid), row.active, row.sessions, row.userlevels, row.authentication));
+}
+
+bool ObjectDataBase::setUDSServiceActive(quint8 line, quint8 sid, bool active)
+{
+    UdsServiceRow row = readUdsService(line, sid, QStringLiteral("sessions,userlevels,authentication"));
+    row.active = number(active ? 1 : 0);
+    return writeUdsService(line, sid, row);
 }
 
 bool ObjectDataBase::setUDSServiceSessions(quint8 line, quint8 sid, QString sessions)
 {
+    UdsServiceRow row = readUdsService(line, sid, QStringLiteral("active,userlevels,authentication"));
+    row.sessions = sessions;
+    return writeUdsService(line, sid, row);
+}
+
+bool ObjectDataBase::setUDSServiceUserLevels(quint8 line, quint8 sid, QString userlevels)
+{
+    UdsServiceRow row = readUdsService(line, sid, QStringLiteral("active,sessions,authentication"));
+    row.userlevels = userlevels;
+    return writeUdsService(line, sid, row);
+}
+
+bool ObjectDataBase::setUDSServiceAuthentication(quint8 line, quint8 sid, QString authentication)
+{
+    UdsServiceRow row = readUdsService(line, sid, QStringLiteral("active,sessions,userlevels"));
+    row.authentication = authentication;
+    return writeUdsService(line, sid, row);
+}
+
+bool ObjectDataBase::getUDSServiceActive(quint8 line, quint8 sid)
+{
+    return readUdsService(line, sid, QStringLiteral("active")).active.toInt() != 0;
+}
+
+QString ObjectDataBase::getUDSServiceSessions(quint8 line, quint8 sid)
+{
+    return readUdsService(line, sid, QStringLiteral("sessions")).sessions;
+}
+
+QString ObjectDataBase::getUDSServiceUserLevels(quint8 line, quint8 sid)
+{
+    return readUdsService(line, sid, QStringLiteral("userlevels")).userlevels;
+}
+
+QString ObjectDataBase::getUDSServiceAuthentication(quint8 line, quint8 sid)
+{
+    return readUdsService(line, sid, QStringLiteral("authentication")).authentication;
+}
+
+QMap<quint8, bool> ObjectDataBase::getUDSServiceList(quint8 line)
+{
+    QMap<quint8, bool> services;
     QSqlQuery query(m_db);
-    QString active = QStringLiteral("0");
-    QString userlevels;
-    QString authentication;
-    if (exec(query,
-             QStringLiteral("select active,userlevels,authentication from UDSSettings%1 where sid = %2")
-                 .arg(line)
-                 .arg(sid)) &&
-        query.next()) {
-        active = QString::number(query.value(0).toInt());
-        userlevels = query.value(1).toString();
-        authentication = query.value(2).toString();
-    }
-    const QString statement =
-        QStringLiteral("insert or replace into UDSSettings%1 values(%2,%3,'%4','%5','%6')")
-            .arg(QString::number(line), QString::number(sid), active, sessions, userlevels, authentication);
-    if (exec(query, statement))
-        return true;
-    qDebug() << Q_FUNC_INFO << statement << query.lastError().text();
-    return false;
+    if (!execLogged(query, QStringLiteral("select active, sid from UDSSettings%1").arg(line)))
+        return services;
+    while (query.next())
+        services.insert(static_cast<quint8>(query.value(1).toUInt()), query.value(0).toInt() != 0);
+    return services;
 }
 
 // ---- Repairs run when a project of an older format is opened
 
+// Before SPNs had a direction of their own, they took their PGN's.
 bool ObjectDataBase::setSpnDirectionsFromPgns(quint8 line)
 {
-    Q_UNUSED(line)
-    return true;
+    QSqlQuery query(m_db);
+    QHash<quint32, int> pgnDirections;
+    if (!execLogged(query, QStringLiteral("select number,direction from PGNs%1").arg(line)))
+        return false;
+    while (query.next())
+        pgnDirections.insert(query.value(0).toUInt(), query.value(1).toInt());
+
+    QList<quint32> spnPgns;
+    if (!execLogged(query, QStringLiteral("select pgnnumber,direction from SPNs%1").arg(line)))
+        return false;
+    while (query.next()) {
+        const quint32 pgnnumber = query.value(0).toUInt();
+        if (pgnDirections.contains(pgnnumber) && !spnPgns.contains(pgnnumber))
+            spnPgns.append(pgnnumber);
+    }
+
+    bool ok = true;
+    for (quint32 pgnnumber : std::as_const(spnPgns)) {
+        query.prepare(QStringLiteral("update SPNs%1 SET direction = :direction where pgnnumber = :pgnnumber")
+                          .arg(line));
+        query.bindValue(QStringLiteral(":direction"), pgnDirections.value(pgnnumber));
+        query.bindValue(QStringLiteral(":pgnnumber"), pgnnumber);
+        if (!exec(query)) {
+            qDebug() << Q_FUNC_INFO << query.lastQuery() << query.lastError().text();
+            ok = false;
+        }
+    }
+    return ok;
 }
 
 bool ObjectDataBase::recalculateBitPositions(quint8 line, quint8 direction)
 {
-    Q_UNUSED(line)
-    Q_UNUSED(direction)
+    const QList<quint32> canIds = getCANIDList(line, direction);
+    for (quint32 canid : canIds)
+        recalculateDataElementBitPositions(line, canid, direction);
+    const QList<quint32> pgns = getPGNList(line, direction);
+    for (quint32 pgnnumber : pgns)
+        recalculateSpnBitPositions(line, pgnnumber, direction);
     return true;
+}
+
+// Files before bit positions were stored have 0 everywhere; the elements were
+// packed one after the other.
+void ObjectDataBase::recalculateDataElementBitPositions(quint8 line, quint32 canid, quint8 direction)
+{
+    QList<DataElement> elements;
+    const QList<quint32> numbers = getDataElementList(line, canid, direction);
+    for (quint32 elementNumber : numbers) {
+        DataElement element;
+        if (getDataElement(line, canid, direction, elementNumber, element))
+            elements.append(element);
+    }
+    if (elements.size() < 2 || elements.at(0).bitpos != 0 || elements.at(1).bitpos != 0)
+        return;
+    QSqlQuery query(m_db);
+    quint32 bitCount = 0;
+    for (const DataElement& element : std::as_const(elements)) {
+        if (element.number != 0) {
+            execLogged(query,
+                       QStringLiteral("update DataElements%1 set bitpos = %2 where canid = %3 and number = "
+                                      "%4 and direction = %5")
+                           .arg(number(line), number(bitCount), number(canid), number(element.number),
+                                number(direction)));
+        }
+        bitCount += elementWidth(element.datatype, element.bitsize);
+    }
+}
+
+void ObjectDataBase::recalculateSpnBitPositions(quint8 line, quint32 pgnnumber, quint8 direction)
+{
+    QList<SPN> spns;
+    const QList<quint32> numbers = getSPNList(line, pgnnumber, direction);
+    for (quint32 spnnumber : numbers) {
+        SPN spn;
+        if (getSPN(line, pgnnumber, direction, spnnumber, spn))
+            spns.append(spn);
+    }
+    if (spns.size() < 2 || spns.at(0).bitposition != 0 || spns.at(1).bitposition != 0)
+        return;
+    QSqlQuery query(m_db);
+    quint32 bitCount = 0;
+    for (const SPN& spn : std::as_const(spns)) {
+        if (spn.spnnumber != 0) {
+            execLogged(query,
+                       QStringLiteral("update SPNs%1 set bitposition = %2 where pgnnumber = %3 and spnnumber "
+                                      "= %4 and direction = %5")
+                           .arg(number(line), number(bitCount), number(pgnnumber), number(spn.spnnumber),
+                                number(direction)));
+        }
+        bitCount += elementWidth(spn.datatype, spn.bitsize);
+    }
 }
 
 bool ObjectDataBase::repairMappingCounts()
 {
-    return true;
+    m_db.transaction();
+    QSqlQuery query(m_db);
+    bool ok = true;
+    const QList<quint8> lines = getNodeList();
+    for (quint8 line : lines) {
+        cacheAllSPNs(line);
+        for (quint8 direction : {quint8(Receive), quint8(Transmit)}) {
+            const QList<quint32> pgns = getPGNList(line, direction);
+            for (quint32 pgnnumber : pgns) {
+                const int count = getSPNList(line, pgnnumber, direction).size();
+                if (getPGNMappingCount(line, pgnnumber, direction) == count)
+                    continue;
+                ok =
+                    execLogged(query,
+                               QStringLiteral("update PGNs%1 SET mappingcount = %2 where number = %3 AND "
+                                              "direction = %4 ")
+                                   .arg(number(line), number(count), number(pgnnumber), number(direction))) &&
+                    ok;
+            }
+        }
+    }
+    m_db.commit();
+    // The cache served the count only; later writes would leave it stale.
+    clearSPNCache();
+    return ok;
 }

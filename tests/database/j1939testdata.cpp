@@ -1,0 +1,135 @@
+#include "j1939testdata.h"
+
+namespace j1939testdata {
+
+ObjectDataBase::PGN pgn(quint8 direction, const QString& name, bool safe)
+{
+    ObjectDataBase::PGN record;
+    record.name = name;
+    record.desc = QStringLiteral("about ") + name;
+    record.edp_dp_key = 0;
+    record.priority = 6;
+    record.cycletime_ms = 100;
+    record.inhibittime_ms = 20;
+    record.mappingcount = 0;
+    record.direction = direction;
+    record.issafe = safe;
+    record.srvt_ms = 250;
+    record.FD_TrailerFormat = 2;
+    record.FD_AssuranceType = 1;
+    record.FD_AssuranceDataSize = 4;
+    record.multisourceaddress = 1;
+    record.safetytype = 3;
+    record.FD_DataId = 70000;
+    return record;
+}
+
+ObjectDataBase::SPN spn(quint32 pos, int datatype, quint16 bitsize, const QString& name)
+{
+    ObjectDataBase::SPN record;
+    record.pos = pos;
+    record.name = name;
+    record.desc = QStringLiteral("about ") + name;
+    record.defaultvalue = QStringLiteral("0x12");
+    record.datatype = datatype;
+    record.implementation = 2;
+    record.varname = name.simplified().remove(QLatin1Char(' ')).remove(QLatin1Char('\''));
+    record.bitsize = bitsize;
+    record.slot_df = 9;
+    record.bitposition = 0;
+    return record;
+}
+
+ObjectDataBase::CANID canId(quint8 direction, const QString& name)
+{
+    ObjectDataBase::CANID record;
+    record.name = name;
+    record.desc = QStringLiteral("about ") + name;
+    record.cycletime_ms = 50;
+    record.inhibittime_ms = 5;
+    record.mappingcount = 2;
+    record.direction = direction;
+    return record;
+}
+
+ObjectDataBase::DataElement element(quint32 pos, int datatype, quint16 bitsize, const QString& name)
+{
+    ObjectDataBase::DataElement record;
+    record.pos = pos;
+    record.name = name;
+    record.desc = QStringLiteral("about ") + name;
+    record.defaultvalue = QStringLiteral("7");
+    record.datatype = datatype;
+    record.implementation = 0;
+    record.varname = name;
+    record.bitsize = bitsize;
+    record.bitpos = 0;
+    return record;
+}
+
+QStringList fields(const ObjectDataBase::PGN& r)
+{
+    return {r.name,
+            r.desc,
+            QString::number(r.number),
+            QString::number(r.edp_dp_key),
+            QString::number(r.priority),
+            QString::number(r.cycletime_ms),
+            QString::number(r.inhibittime_ms),
+            QString::number(r.mappingcount),
+            QString::number(r.direction),
+            QString::number(r.issafe),
+            QString::number(r.srvt_ms),
+            QString::number(r.FD_TrailerFormat),
+            QString::number(r.FD_AssuranceType),
+            QString::number(r.FD_AssuranceDataSize),
+            QString::number(r.multisourceaddress),
+            QString::number(r.safetytype),
+            QString::number(r.FD_DataId)};
+}
+
+QStringList fields(const ObjectDataBase::SPN& r)
+{
+    return {QString::number(r.pos),
+            r.name,
+            r.desc,
+            r.defaultvalue,
+            QString::number(r.datatype),
+            QString::number(r.pgnnumber),
+            QString::number(r.spnnumber),
+            QString::number(r.direction),
+            QString::number(r.implementation),
+            r.varname,
+            QString::number(r.bitsize),
+            QString::number(r.slot_df),
+            QString::number(r.bitposition)};
+}
+
+QStringList fields(const ObjectDataBase::CANID& r)
+{
+    return {r.name,
+            r.desc,
+            QString::number(r.id),
+            QString::number(r.cycletime_ms),
+            QString::number(r.inhibittime_ms),
+            QString::number(r.mappingcount),
+            QString::number(r.direction)};
+}
+
+QStringList fields(const ObjectDataBase::DataElement& r)
+{
+    return {QString::number(r.pos),
+            r.name,
+            r.desc,
+            r.defaultvalue,
+            QString::number(r.datatype),
+            QString::number(r.canid),
+            QString::number(r.number),
+            QString::number(r.direction),
+            QString::number(r.implementation),
+            r.varname,
+            QString::number(r.bitsize),
+            QString::number(r.bitpos)};
+}
+
+} // namespace j1939testdata
