@@ -18,28 +18,13 @@ namespace {
 struct ParseResult
 {
     bool loaded = false;
-    QList<CANopen::CANopenIndex> objects;
-    QList<CANopenSubindex> subs;
+    QHash<quint16, CANopen::CANopenIndex> objects;
+    QHash<quint32, CANopenSubindex> subs;
     // "1018" for an object, "1018.2" for a subindex, in the order of the signals.
     QStringList order;
     QMap<QString, QString> compactNames;
 
-    const CANopen::CANopenIndex* object(quint16 index) const
-    {
-        for (const CANopen::CANopenIndex& record : objects) {
-            if (record.index == index)
-                return &record;
-        }
-        return nullptr;
-    }
-    const CANopenSubindex* sub(quint16 index, quint8 subindex) const
-    {
-        for (const CANopenSubindex& record : subs) {
-            if (record.index == index && record.subindex == subindex)
-                return &record;
-        }
-        return nullptr;
-    }
+    CANopenSubindex sub(quint16 index, quint8 subindex) const { return subs.value(index * 256u + subindex); }
 };
 
 ParseResult parseFile(const QString& path, quint16 compactIndex = 0)
@@ -47,11 +32,11 @@ ParseResult parseFile(const QString& path, quint16 compactIndex = 0)
     ParseResult result;
     EdsParser parser;
     QObject::connect(&parser, &EdsParser::newIndex, [&result](const CANopen::CANopenIndex& record) {
-        result.objects.append(record);
+        result.objects.insert(record.index, record);
         result.order.append(QString::number(record.index, 16));
     });
     QObject::connect(&parser, &EdsParser::newSubIndex, [&result](const CANopenSubindex& record) {
-        result.subs.append(record);
+        result.subs.insert(record.index * 256u + record.subindex, record);
         result.order.append(QStringLiteral("%1.%2").arg(record.index, 0, 16).arg(record.subindex));
     });
     result.loaded = parser.LoadEds(path);
@@ -59,323 +44,206 @@ ParseResult parseFile(const QString& path, quint16 compactIndex = 0)
     return result;
 }
 
+QString writeFile(const QTemporaryDir& dir, const QByteArray& content)
+{
+    const QString path = dir.filePath(QStringLiteral("device.eds"));
+    QFile file(path);
+    if (file.open(QIODevice::WriteOnly | QIODevice::Truncate))
+        file.write(content);
+    return path;
+}
+
 ParseResult parseText(const QByteArray& content, quint16 compactIndex = 0)
 {
     QTemporaryDir dir;
-    const QString path = dir.filePath(QStringLiteral("device.eds"));
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly))
-        return {};
-    file.write(content);
-    file.close();
-    return parseFile(path, compactIndex);
+    return parseFile(writeFile(dir, content), compactIndex);
 }
-
-const QByteArray basicDevice = R"([FileInfo]
-FileName=basic.eds
-
-[1000]
-ParameterName=Device type
-ObjectType=0x7
-DataType=0x0007
-AccessType=ro
-DefaultValue=0x00000191
-PDOMapping=0
-
-[1018]
-ParameterName=Identity object
-ObjectType=0x9
-SubNumber=2
-
-[1018sub0]
-ParameterName=Highest sub-index supported
-ObjectType=0x7
-DataType=0x0005
-AccessType=const
-DefaultValue=1
-PDOMapping=0
-
-[1018sub1]
-ParameterName=Vendor-ID
-ObjectType=0x7
-DataType=0x0007
-AccessType=ro
-PDOMapping=0
-
-[6000]
-ParameterName=Read input 8 bit
-ObjectType=0x8
-DataType=0x0005
-AccessType=ro
-SubNumber=3
-
-[6000sub0]
-ParameterName=Number of inputs
-DataType=0x0005
-AccessType=ro
-DefaultValue=2
-
-[6000sub1]
-ParameterName=Input 1
-AccessType=ro
-PDOMapping=1
-LowLimit=0x10
-HighLimit=0x20
-ObjFlags=3
-
-[6000sub2]
-ParameterName=Input 2
-PDOMapping=1
-LowLimit=5
-)";
 
 } // namespace
 
 TEST(EdsParser, ObjectsAndSubindicesInFileOrderWithTheirProperties)
 {
-    const ParseResult result = parseText(basicDevice);
+    const ParseResult result = parseText(R"([FileInfo]
+FileName=basic.eds
+[1000]
+ParameterName=Device type
+ObjectType=0x7
+DataType=0x0007
+DefaultValue=0x00000191
+PDOMapping=0
+[1018]
+ParameterName=Identity object
+ObjectType=0x9
+SubNumber=2
+[1018sub0]
+DataType=0x0005
+AccessType=const
+DefaultValue=1
+[1018sub1]
+ParameterName=Vendor-ID
+DataType=0x0007
+[6000]
+ObjectType=0x8
+DataType=0x0005
+AccessType=ro
+[6000sub1]
+ParameterName=Input 1
+PDOMapping=1
+LowLimit=0x10
+HighLimit=0x20
+ObjFlags=3
+[6000sub2]
+LowLimit=5
+)");
     ASSERT_TRUE(result.loaded);
-    EXPECT_EQ(result.order, QStringList({"1000", "1000.0", "1018", "1018.0", "1018.1", "6000", "6000.0",
-                                         "6000.1", "6000.2"}));
+    EXPECT_EQ(result.order,
+              QStringList({"1000", "1000.0", "1018", "1018.0", "1018.1", "6000", "6000.1", "6000.2"}));
 
-    const CANopen::CANopenIndex* deviceType = result.object(0x1000);
-    ASSERT_TRUE(deviceType);
-    EXPECT_EQ(deviceType->name, QStringLiteral("Device type"));
-    EXPECT_EQ(deviceType->objecttype, 7);
-    EXPECT_EQ(deviceType->datatype, 7);
-    const CANopenSubindex* deviceTypeValue = result.sub(0x1000, 0);
-    ASSERT_TRUE(deviceTypeValue);
-    EXPECT_EQ(deviceTypeValue->name, QStringLiteral("Device type"));
-    EXPECT_EQ(deviceTypeValue->defaultvalue, QStringLiteral("0x00000191"));
-    EXPECT_TRUE(deviceTypeValue->defaultineds);
-    EXPECT_TRUE(deviceTypeValue->pdomapping.isEqualToType(PDOMapping::NotMappable));
+    EXPECT_EQ(result.objects[0x1000].objecttype, 7);
+    EXPECT_EQ(result.objects[0x1000].datatype, 7);
+    const CANopenSubindex deviceType = result.sub(0x1000, 0);
+    EXPECT_EQ(deviceType.name, QStringLiteral("Device type"));
+    EXPECT_EQ(deviceType.defaultvalue, QStringLiteral("0x00000191"));
+    EXPECT_TRUE(deviceType.defaultineds);
 
-    EXPECT_EQ(result.object(0x1018)->objecttype, 9);
-    EXPECT_EQ(result.object(0x1018)->subnumber, 2);
-    EXPECT_EQ(result.sub(0x1018, 0)->accesstype, QStringLiteral("const"));
-    EXPECT_FALSE(result.sub(0x1018, 1)->defaultineds);
+    EXPECT_EQ(result.objects[0x1018].subnumber, 2);
+    EXPECT_EQ(result.sub(0x1018, 0).accesstype, QStringLiteral("const"));
+    EXPECT_EQ(result.sub(0x1018, 0).name, QStringLiteral("unnamed subindex"));
+    EXPECT_FALSE(result.sub(0x1018, 1).defaultineds);
 
-    const CANopenSubindex* input = result.sub(0x6000, 1);
-    ASSERT_TRUE(input);
-    EXPECT_EQ(input->datatype, 5) << "array elements take the array's data type";
-    EXPECT_TRUE(input->pdomapping.isEqualToType(PDOMapping::Mappable));
-    EXPECT_TRUE(input->limitineds);
-    EXPECT_EQ(input->lowlimit, QStringLiteral("0x10"));
-    EXPECT_EQ(input->uplimit, QStringLiteral("0x20"));
-    EXPECT_TRUE(input->refuseread);
-    EXPECT_TRUE(input->refusewrite);
-    EXPECT_FALSE(result.sub(0x6000, 0)->limitineds);
-
-    const CANopenSubindex* halfLimited = result.sub(0x6000, 2);
-    EXPECT_EQ(halfLimited->lowlimit, QStringLiteral("5"));
-    EXPECT_EQ(halfLimited->uplimit, QStringLiteral("255"));
-    EXPECT_EQ(halfLimited->accesstype, QStringLiteral("ro"));
+    const CANopenSubindex input = result.sub(0x6000, 1);
+    EXPECT_EQ(input.datatype, 5) << "array elements take the array's data type";
+    EXPECT_TRUE(input.pdomapping.isEqualToType(PDOMapping::Mappable));
+    EXPECT_TRUE(input.limitineds);
+    EXPECT_EQ(input.lowlimit + input.uplimit, QStringLiteral("0x100x20"));
+    EXPECT_TRUE(input.refuseread && input.refusewrite);
+    EXPECT_EQ(result.sub(0x6000, 2).uplimit, QStringLiteral("255")) << "the missing end from the type";
+    EXPECT_EQ(result.sub(0x6000, 2).accesstype, QStringLiteral("ro"));
 }
 
 TEST(EdsParser, LineEndsEncodingsKeyCaseAndBlanks)
 {
-    const struct
-    {
-        const char* label;
-        QByteArray content;
-    } variants[] = {
-        {"CRLF and Latin-1", "[2000]\r\nParameterName=Temperatur \xe4u\xdf\r\nDataType=0x0003\r\n"},
-        {"CR only and UTF-8", "[2000]\rParameterName=Temperatur \xc3\xa4u\xc3\x9f\rDataType=0x0003\r"},
-        {"UTF-8 with BOM", "\xef\xbb\xbf[2000]\nParameterName=Temperatur \xc3\xa4u\xc3\x9f\nDataType=3\n"},
-        {"key case and blanks", "  [2000]  \n  PARAMETERNAME =  Temperatur \xc3\xa4u\xc3\x9f \n"
-                                "datatype\t=\tINTEGER16\n"},
+    const QByteArray variants[] = {
+        "[2000]\r\nParameterName=Temperatur \xe4u\xdf\r\nDataType=0x0003\r\n",
+        "[2000]\rParameterName=Temperatur \xc3\xa4u\xc3\x9f\rDataType=0x0003\r",
+        "\xef\xbb\xbf[2000]\nParameterName=Temperatur \xc3\xa4u\xc3\x9f\nDataType=3\n",
+        "  [2000]  \n  PARAMETERNAME =  Temperatur \xc3\xa4u\xc3\x9f \ndatatype\t=\tINTEGER16\n",
     };
-    for (const auto& variant : variants) {
-        SCOPED_TRACE(variant.label);
-        const ParseResult result = parseText(variant.content);
+    for (const QByteArray& content : variants) {
+        SCOPED_TRACE(content.toStdString());
+        const ParseResult result = parseText(content);
         ASSERT_EQ(result.objects.size(), 1);
-        EXPECT_EQ(result.objects.first().name, QString::fromUtf8("Temperatur \xc3\xa4u\xc3\x9f"));
-        EXPECT_EQ(result.objects.first().datatype, 3);
-        EXPECT_EQ(result.objects.first().objecttype, 7);
+        EXPECT_EQ(result.objects[0x2000].name, QString::fromUtf8("Temperatur \xc3\xa4u\xc3\x9f"));
+        EXPECT_EQ(result.objects[0x2000].datatype, 3);
     }
 }
 
-TEST(EdsParser, CommentsListsDuplicatesAndNodeIdExpressions)
+TEST(EdsParser, CommentsObjectListsDuplicatesAndConfigurationValues)
 {
-    const QByteArray content = R"(; written by hand
+    const ParseResult result = parseText(R"(; written by hand
 [MandatoryObjects]
 SupportedObjects=1
 1=0x1000
-
 [1000]
 ParameterName=First name
 DataType=0x0007
 ;;Device type of the drive.
 ;;
 ;;Second paragraph.
-
 [OptionalObjects]
-SupportedObjects=1
 1=0x1400
-
 [1400]
-ParameterName=RPDO communication
 ObjectType=9
-
 [1400sub1]
-ParameterName=COB-ID
-DataType=0x0007
-AccessType=rw
-DefaultValue=$NODEID+0x200 ; relative to the node
-
+DefaultValue=$NODEID+0x200
+ParameterValue=0x203
+Denotation=Conveyor
 [1000]
 ParameterName=Second name
 AccessType=RO
-)";
-    const ParseResult result = parseText(content);
+)");
     EXPECT_EQ(result.order, QStringList({"1000", "1000.0", "1400", "1400.1"}));
-    const CANopen::CANopenIndex* deviceType = result.object(0x1000);
-    EXPECT_EQ(deviceType->name, QStringLiteral("Second name"));
-    EXPECT_EQ(deviceType->category, CANopen::Mandatory);
-    EXPECT_EQ(deviceType->description, QStringLiteral("Device type of the drive.\n\nSecond paragraph."));
-    EXPECT_EQ(result.sub(0x1000, 0)->description, deviceType->description);
-    EXPECT_EQ(result.sub(0x1000, 0)->datatype, 7);
-    EXPECT_EQ(result.sub(0x1000, 0)->accesstype, QStringLiteral("ro"));
-    EXPECT_EQ(result.object(0x1400)->category, CANopen::Optional);
-    EXPECT_EQ(result.sub(0x1400, 1)->defaultvalue, QStringLiteral("$NODEID+0x200 ; relative to the node"));
+    const CANopen::CANopenIndex deviceType = result.objects[0x1000];
+    EXPECT_EQ(deviceType.name, QStringLiteral("Second name"));
+    EXPECT_EQ(deviceType.category, CANopen::Mandatory);
+    EXPECT_EQ(deviceType.description, QStringLiteral("Device type of the drive.\n\nSecond paragraph."));
+    EXPECT_EQ(result.sub(0x1000, 0).description, deviceType.description);
+    EXPECT_EQ(result.sub(0x1000, 0).accesstype, QStringLiteral("ro"));
+    EXPECT_EQ(result.objects[0x1400].category, CANopen::Optional);
+    const CANopenSubindex cobId = result.sub(0x1400, 1);
+    EXPECT_EQ(cobId.defaultvalue, QStringLiteral("$NODEID+0x200"));
+    EXPECT_EQ(cobId.currentvalue, QStringLiteral("0x203"));
+    EXPECT_EQ(cobId.denotation, QStringLiteral("Conveyor"));
 }
 
 TEST(EdsParser, SubindexSectionsWhereverTheyStand)
 {
-    const QByteArray content = R"([1018sub1]
+    const ParseResult result = parseText(R"([1018sub1]
 ParameterName=Vendor-ID
-DataType=0x0007
-
 [1018]
-ParameterName=Identity
 ObjectType=0x9
-
 [1000]
-ParameterName=Device type
 DataType=0x0007
 DefaultValue=0x191
-
 [1000sub1]
-ParameterName=Stray subindex of a variable
 DefaultValue=0x55
-
 [1018sub0]
-DataType=0x0005
 DefaultValue=1
-
 [1018SUB01]
-AccessType=ro
-
+AccessType=rw
 [5555sub1]
 ParameterName=Subindex without its object
-)";
-    const ParseResult result = parseText(content);
+)");
     EXPECT_EQ(result.order, QStringList({"1018", "1018.1", "1018.0", "1000", "1000.0"}));
-    EXPECT_EQ(result.sub(0x1000, 0)->defaultvalue, QStringLiteral("0x191"));
-    EXPECT_EQ(result.sub(0x1018, 1)->name, QStringLiteral("Vendor-ID"));
-    EXPECT_EQ(result.sub(0x1018, 1)->accesstype, QStringLiteral("ro"));
-    EXPECT_EQ(result.sub(0x1018, 0)->name, QStringLiteral("unnamed subindex"));
-    EXPECT_FALSE(result.object(0x5555));
+    EXPECT_EQ(result.sub(0x1000, 0).defaultvalue, QStringLiteral("0x191"));
+    EXPECT_EQ(result.sub(0x1018, 1).name, QStringLiteral("Vendor-ID"));
+    EXPECT_EQ(result.sub(0x1018, 1).accesstype, QStringLiteral("rw"));
 }
 
-TEST(EdsParser, ValuesThatDoNotParse)
+TEST(EdsParser, WordsAndValuesThatDoNotParse)
 {
-    const QByteArray content = R"([2000]
-ParameterName=Unknown type number
+    const ParseResult result = parseText(R"([2000]
 DataType=0x0040
-ObjectType=0x7
-
 [2001]
-ParameterName=Type word unknown
 DataType=FLOAT
 ObjFlags=zz
 PDOMapping=maybe
-
 [2002]
-ParameterName=Object code unknown, subindices follow
 ObjectType=STRUCTURE
 SubNumber=many
-
 [2002sub0]
 DataType=0x0005
-
 [2003]
-ParameterName=Object code missing, compact array
 CompactSubObj=2
-DataType=0x0006
-)";
-    const ParseResult result = parseText(content);
-    EXPECT_EQ(result.object(0x2000)->datatype, 0x40);
-    EXPECT_EQ(result.sub(0x2000, 0)->datatype, 0x40);
-    EXPECT_EQ(result.object(0x2001)->datatype, 0);
-    EXPECT_FALSE(result.sub(0x2001, 0)->refuseread);
-    EXPECT_TRUE(result.sub(0x2001, 0)->pdomapping.isEqualToType(PDOMapping::NotMappable));
-    EXPECT_EQ(result.object(0x2002)->objecttype, CANopen::Record);
-    EXPECT_EQ(result.object(0x2002)->subnumber, 0);
-    EXPECT_TRUE(result.sub(0x2002, 0));
-    EXPECT_EQ(result.object(0x2003)->objecttype, CANopen::Array);
-}
-
-TEST(EdsParser, WordsForObjectTypeAndDataType)
-{
-    const QByteArray content = R"([6007]
-ParameterName=Abort connection option code
+[6007]
 ObjectType=VAR
 DataType=INTEGER16
 AccessType=RW
 PDOMapping=1
-DefaultValue=0
-
 [60FE]
-ParameterName=Digital outputs
 ObjectType=ARRAY
 DataType=UNSIGNED32
-AccessType=RO
-
 [60FEsub2]
-ParameterName=Digital outputs/bit mask
-)";
-    const ParseResult result = parseText(content);
-    EXPECT_EQ(result.object(0x6007)->objecttype, CANopen::Var);
-    EXPECT_EQ(result.sub(0x6007, 0)->datatype, 3);
-    EXPECT_EQ(result.sub(0x6007, 0)->accesstype, QStringLiteral("rw"));
-    EXPECT_TRUE(result.sub(0x6007, 0)->pdomapping.isEqualToType(PDOMapping::Mappable));
-    EXPECT_EQ(result.object(0x60FE)->objecttype, CANopen::Array);
-    EXPECT_EQ(result.sub(0x60FE, 2)->datatype, 7);
-    EXPECT_EQ(result.sub(0x60FE, 2)->accesstype, QStringLiteral("ro"));
-}
-
-TEST(EdsParser, DeviceConfigurationValues)
-{
-    const QByteArray content = R"([DeviceComissioning]
-NodeID=3
-
-[2100]
-ParameterName=Speed
-DataType=0x0006
-AccessType=rw
-DefaultValue=100
-ParameterValue=250
-Denotation=Conveyor speed
-
-[2101]
-ParameterName=Label
-DataType=0x0009
-AccessType=ro
-DefaultValue=Pump )"
-                               "\xc3\xa4\n";
-    const ParseResult result = parseText(content);
-    const CANopenSubindex* speed = result.sub(0x2100, 0);
-    ASSERT_TRUE(speed);
-    EXPECT_EQ(speed->defaultvalue, QStringLiteral("100"));
-    EXPECT_EQ(speed->currentvalue, QStringLiteral("250"));
-    EXPECT_EQ(speed->denotation, QStringLiteral("Conveyor speed"));
-    EXPECT_EQ(result.sub(0x2101, 0)->size, 7);
+ParameterName=bit mask
+)");
+    EXPECT_EQ(result.sub(0x2000, 0).datatype, 0x40);
+    EXPECT_EQ(result.sub(0x2001, 0).datatype, 0);
+    EXPECT_FALSE(result.sub(0x2001, 0).refuseread);
+    EXPECT_TRUE(result.sub(0x2001, 0).pdomapping.isEqualToType(PDOMapping::NotMappable));
+    EXPECT_EQ(result.objects[0x2002].objecttype, CANopen::Record);
+    EXPECT_TRUE(result.subs.contains(0x2002 * 256u));
+    EXPECT_EQ(result.objects[0x2003].objecttype, CANopen::Array);
+    EXPECT_EQ(result.objects[0x6007].objecttype, CANopen::Var);
+    EXPECT_EQ(result.sub(0x6007, 0).datatype, 3);
+    EXPECT_EQ(result.sub(0x6007, 0).accesstype, QStringLiteral("rw"));
+    EXPECT_TRUE(result.sub(0x6007, 0).pdomapping.isEqualToType(PDOMapping::Mappable));
+    EXPECT_EQ(result.objects[0x60FE].objecttype, CANopen::Array);
+    EXPECT_EQ(result.sub(0x60FE, 2).datatype, 7);
 }
 
 TEST(EdsParser, CompactArraysLeaveTheirSubindicesToTheReader)
 {
-    const QByteArray content = R"([3004]
+    const ParseResult result = parseText(R"([3004]
 CompactSubObj=3
 ParameterName=Sensor Status
 ObjectType=8
@@ -383,24 +251,22 @@ DataType=0x0006
 AccessType=rw
 DefaultValue=3
 PDOMapping=1
-
 [3004Name]
 NrOfEntries=2
 1=Sensor Status 1
 0x03=Sensor Status 3
-
 [3004sub1]
 ParameterName=Ignored beside CompactSubObj
-)";
-    const ParseResult result = parseText(content, 0x3004);
+)",
+                                         0x3004);
     EXPECT_EQ(result.order, QStringList({"3004"}));
-    const CANopen::CANopenIndex* status = result.object(0x3004);
-    EXPECT_EQ(status->compactsubobj, 3);
-    EXPECT_EQ(status->datatype, 6);
-    EXPECT_EQ(status->accesstype, QStringLiteral("rw"));
-    EXPECT_EQ(status->defaultvalue, QStringLiteral("3"));
-    EXPECT_TRUE(status->defaultineds);
-    EXPECT_TRUE(status->pdomapping.isEqualToType(PDOMapping::Mappable));
+    const CANopen::CANopenIndex status = result.objects[0x3004];
+    EXPECT_EQ(status.compactsubobj, 3);
+    EXPECT_EQ(status.datatype, 6);
+    EXPECT_EQ(status.accesstype, QStringLiteral("rw"));
+    EXPECT_EQ(status.defaultvalue, QStringLiteral("3"));
+    EXPECT_TRUE(status.defaultineds);
+    EXPECT_TRUE(status.pdomapping.isEqualToType(PDOMapping::Mappable));
     const QMap<QString, QString> expectedNames{{"1", "Sensor Status 1"}, {"3", "Sensor Status 3"}};
     EXPECT_EQ(result.compactNames, expectedNames);
 }
@@ -410,26 +276,19 @@ TEST(EdsParser, BrokenFilesNeitherCrashNorHang)
     QByteArray garbage;
     for (int i = 0; i < 200000; ++i)
         garbage.append(char((i * 7919 + 13) % 256));
-    const QByteArray hugeLine = QByteArray("[x]y=z;").repeated(1024 * 1024);
-
-    const struct
-    {
-        const char* label;
-        QByteArray content;
-    } files[] = {
-        {"empty", ""},
-        {"binary garbage", garbage},
-        {"one huge line", hugeLine},
-        {"only brackets", "[\n[]\n]\n[[[[\n=\n==\n"},
-        {"only header sections", "[FileInfo]\nFileName=x\n[DeviceInfo]\nVendorName=y\n"},
+    const QByteArray files[] = {
+        "",
+        garbage,
+        QByteArray("[x]y=z;").repeated(1024 * 1024),
+        "[\n[]\n]\n[[[[\n=\n==\n",
+        "[FileInfo]\nFileName=x\n[DeviceInfo]\nVendorName=y\n",
     };
-    for (const auto& file : files) {
-        SCOPED_TRACE(file.label);
-        const ParseResult result = parseText(file.content);
+    for (const QByteArray& content : files) {
+        SCOPED_TRACE(content.left(40).toStdString());
+        const ParseResult result = parseText(content);
         EXPECT_FALSE(result.loaded);
         EXPECT_TRUE(result.objects.isEmpty());
     }
-
     QTemporaryDir dir;
     EXPECT_FALSE(parseFile(dir.filePath(QStringLiteral("absent.eds"))).loaded);
     EXPECT_FALSE(parseFile(dir.path()).loaded);
@@ -450,12 +309,7 @@ TEST(EdsParser, LargeFileParsesQuickly)
         }
     }
     QTemporaryDir dir;
-    const QString path = dir.filePath(QStringLiteral("large.eds"));
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write(content);
-    file.close();
-
+    const QString path = writeFile(dir, content);
     const std::clock_t start = std::clock();
     const ParseResult result = parseFile(path);
     const double milliseconds = double(std::clock() - start) * 1000.0 / CLOCKS_PER_SEC;
