@@ -1,0 +1,283 @@
+// Scripted sessions with the built program in server mode: raw bytes in,
+// replies compared byte for byte.
+
+#include "common/testhelpers.h"
+
+#include <QDir>
+#include <QFile>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QThread>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+QString runServer(const QByteArray& input, const QStringList& extraArguments = {})
+{
+    const testhelpers::RunResult result =
+        testhelpers::runTrw(QStringList{QStringLiteral("--mcp")} + extraArguments, QString(), input);
+    EXPECT_EQ(result.exitCode, 0);
+    return result.out;
+}
+
+QByteArray methodNotFound(const QByteArray& id, const QByteArray& method)
+{
+    return R"({"error":{"code":-32601,"message":"Method not found: )" + method + R"("},"id":)" + id +
+           R"(,"jsonrpc":"2.0"})" + "\n";
+}
+
+QByteArray deeplyNested(int depth)
+{
+    return R"({"id":1,"method":"ping","params":{"a":)" + QByteArray(depth, '[') + QByteArray(depth, ']') +
+           "}}\n";
+}
+
+struct ExchangeCase
+{
+    const char* name;
+    QByteArray input;
+    QByteArray expected;
+};
+
+class McpExchange : public ::testing::TestWithParam<ExchangeCase>
+{
+};
+
+TEST_P(McpExchange, RepliesByteForByte)
+{
+    EXPECT_EQ(runServer(GetParam().input), QString::fromUtf8(GetParam().expected));
+}
+
+const QByteArray ping = R"({"jsonrpc":"2.0","id":9,"method":"ping"})";
+
+INSTANTIATE_TEST_SUITE_P(
+    ProtocolLoop, McpExchange,
+    ::testing::Values(
+        ExchangeCase{"WhiteSpaceLine", " \t  \r\n", ""}, ExchangeCase{"EmptyLines", "\n\n\n", ""},
+        ExchangeCase{"InitializedNotification",
+                     R"({"jsonrpc":"2.0","method":"notifications/initialized"})"
+                     "\n",
+                     ""},
+        ExchangeCase{"UnknownNotification",
+                     R"({"jsonrpc":"2.0","method":"notifications/whatever"})"
+                     "\n",
+                     ""},
+        ExchangeCase{"NotificationOfAToolCallRunsNothing",
+                     R"({"method":"tools/call","params":{"name":"no_such_tool"}})"
+                     "\n",
+                     ""},
+        ExchangeCase{"BatchArray",
+                     R"([{"jsonrpc":"2.0","id":1,"method":"initialize"}])"
+                     "\n",
+                     ""},
+        ExchangeCase{"ScalarDocuments", "42\n\"initialize\"\nnull\n", ""},
+        ExchangeCase{"Garbage", "hello {\n}{\n\x01\x02\x03\n", ""},
+        ExchangeCase{"InvalidUtf8", "{\"id\":1,\"method\":\"ping\xff\xfe\"}\n", ""},
+        ExchangeCase{"DeepNesting", deeplyNested(100000), ""},
+        ExchangeCase{"UnknownMethod", ping + "\n", methodNotFound("9", "ping")},
+        ExchangeCase{"MissingMethod",
+                     R"({"jsonrpc":"2.0","id":7})"
+                     "\n",
+                     methodNotFound("7", "")},
+        ExchangeCase{"MethodIsComparedExactly",
+                     R"({"id":3,"method":"Initialize"})"
+                     "\n",
+                     methodNotFound("3", "Initialize")},
+        ExchangeCase{"StringIdBecomesZero",
+                     R"({"id":"abc","method":"ping"})"
+                     "\n",
+                     methodNotFound("0", "ping")},
+        ExchangeCase{"NullIdIsARequest",
+                     R"({"id":null,"method":"ping"})"
+                     "\n",
+                     methodNotFound("0", "ping")},
+        ExchangeCase{"ToolCallWithoutName",
+                     R"({"jsonrpc":"2.0","id":3,"method":"tools/call","params":{}})"
+                     "\n",
+                     R"({"error":{"code":-32601,"message":"Unknown tool: "},"id":3,"jsonrpc":"2.0"})"
+                     "\n"},
+        ExchangeCase{"ToolCallWithoutParams",
+                     R"({"id":4,"method":"tools/call","params":"open_project"})"
+                     "\n",
+                     R"({"error":{"code":-32601,"message":"Unknown tool: "},"id":4,"jsonrpc":"2.0"})"
+                     "\n"},
+        ExchangeCase{
+            "UnknownTool",
+            R"({"id":5,"method":"tools/call","params":{"name":"Open_Project"}})"
+            "\n",
+            R"({"error":{"code":-32601,"message":"Unknown tool: Open_Project"},"id":5,"jsonrpc":"2.0"})"
+            "\n"},
+        ExchangeCase{"CarriageReturnLineFeed", ping + "\r\n", methodNotFound("9", "ping")},
+        ExchangeCase{"PaddedWithBlanks", "  \t" + ping + " \t \n", methodNotFound("9", "ping")},
+        ExchangeCase{"NoFinalLineFeed", ping, methodNotFound("9", "ping")},
+        ExchangeCase{"GarbageDoesNotStopTheLoop", "garbage\n[1,2]\n" + ping + "\n",
+                     methodNotFound("9", "ping")},
+        ExchangeCase{"NestingLimitDoesNotStopTheLoop", deeplyNested(5000) + ping + "\n",
+                     methodNotFound("9", "ping")},
+        ExchangeCase{"UnsupportedResourceUri",
+                     R"({"id":2,"method":"resources/read","params":{"uri":"file:///etc/passwd"}})"
+                     "\n",
+                     R"({"error":{"code":-32602,"message":"Unsupported resource URI (only codb://... is )"
+                     R"(implemented): file:///etc/passwd"},"id":2,"jsonrpc":"2.0"})"
+                     "\n"},
+        ExchangeCase{"ResourceSchemeIsCaseSensitive",
+                     R"({"id":2,"method":"resources/read","params":{"uri":"CODB://402"}})"
+                     "\n",
+                     R"({"error":{"code":-32602,"message":"Unsupported resource URI (only codb://... is )"
+                     R"(implemented): CODB://402"},"id":2,"jsonrpc":"2.0"})"
+                     "\n"}),
+    [](const ::testing::TestParamInfo<ExchangeCase>& info) { return std::string(info.param.name); });
+
+TEST(McpSession, InitializeAnswersWithTheServerIdentityAndInstructions)
+{
+    const QByteArray expected =
+        R"({"id":1,"jsonrpc":"2.0","result":{"capabilities":{"resources":{},"tools":{}},"instructions":)"
+        R"("CAN Tarnwick MCP server. Send one request at a time and wait for its response before sending the )"
+        R"(next one: all tools work on one shared project database, and generate or import_file may run for )"
+        R"(minutes.\nCall open_project before any tool that reads or writes project data. Changes stay in )"
+        R"(memory until save_project is called.\nThe reference profiles behind list_profiles, )"
+        R"(list_profile_indices, get_profile_index and import_profile_indices are read-only internal CANopen )"
+        R"(profile databases, not projects: they are addressed by a profile id such as \"402\" or \"454-2\", )"
+        R"(they cannot be opened, edited or saved, and single objects are taken out of them with )"
+        R"(import_profile_indices.\n","protocolVersion":"2024-11-05","serverInfo":{"name":"trw-mcp",)"
+        R"("version":"4.3.2"}}})"
+        "\n";
+    const QByteArray request =
+        R"({"jsonrpc":"2.0","id":1,"method":"initialize","params":{"protocolVersion":"2099-01-01"}})"
+        "\n";
+    EXPECT_EQ(runServer(request), QString::fromUtf8(expected));
+}
+
+TEST(McpSession, ToolsListWithStringIdStartsWithOpenProject)
+{
+    const QString out = runServer(R"({"id":"abc","method":"tools/list"})"
+                                  "\n");
+    EXPECT_TRUE(out.startsWith(QStringLiteral(
+        R"({"id":0,"jsonrpc":"2.0","result":{"tools":[{"description":"Open a .trwp project file",)"
+        R"("inputSchema":{"properties":{"path":{"description":"Absolute file path","type":"string"}},)"
+        R"("required":["path"],"type":"object"},"name":"open_project"},)")))
+        << out.left(400).toStdString();
+    EXPECT_TRUE(out.endsWith(QStringLiteral("]}}\n")));
+    EXPECT_EQ(out.count(QLatin1Char('\n')), 1);
+}
+
+TEST(McpSession, ALineOfTenMegabytesIsAnswered)
+{
+    const QByteArray padding(10 * 1024 * 1024, 'x');
+    const QByteArray request = R"({"id":11,"method":"ping","params":{"padding":")" + padding + "\"}}\n";
+    EXPECT_EQ(runServer(request), QString::fromUtf8(methodNotFound("11", "ping")));
+}
+
+TEST(McpSession, EveryLineOfOutputIsAJsonRpcReplyInRequestOrder)
+{
+    const QByteArray input =
+        "\n  \n" + ping + "\n" + R"({"method":"notifications/initialized"})" + "\n" + "not json at all\n" +
+        R"({"id":1,"method":"initialize"})" + "\n" + R"([{"id":2,"method":"tools/list"}])" + "\n" +
+        R"({"id":3,"method":"tools/list"})" + "\n" +
+        R"({"id":4,"method":"tools/call","params":{"name":"nope"}})" + "\r\n" +
+        R"({"id":5,"method":"tools/call","params":{"name":"list_lines","arguments":{}}})" + "\n" +
+        R"({"id":6,"method":"resources/list"})" + "\n" +
+        R"({"id":7,"method":"resources/read","params":{"uri":"codb://nothing-here"}})";
+    const QStringList lines = runServer(input).split(QLatin1Char('\n'));
+    ASSERT_EQ(lines.size(), 8) << lines.join(QLatin1Char('\n')).left(2000).toStdString();
+    EXPECT_TRUE(lines.last().isEmpty());
+    const QList<int> expectedIds{9, 1, 3, 4, 5, 6, 7};
+    for (int i = 0; i < expectedIds.size(); ++i) {
+        QJsonParseError error;
+        const QJsonDocument document = QJsonDocument::fromJson(lines.at(i).toUtf8(), &error);
+        ASSERT_EQ(error.error, QJsonParseError::NoError) << lines.at(i).left(200).toStdString();
+        ASSERT_TRUE(document.isObject());
+        const QJsonObject reply = document.object();
+        EXPECT_EQ(reply.value(QStringLiteral("jsonrpc")).toString(), QStringLiteral("2.0"));
+        EXPECT_EQ(reply.value(QStringLiteral("id")).toInt(-1), expectedIds.at(i));
+        EXPECT_NE(reply.contains(QStringLiteral("result")), reply.contains(QStringLiteral("error")));
+    }
+}
+
+// The reader must hand over each line as soon as it is complete, not wait for
+// more input; an agent sends the next request only after the reply.
+TEST(McpSession, AnswersEachRequestBeforeTheNextOneIsSent)
+{
+    QProcess server;
+    server.start(QStringLiteral(TRW_BINARY), {QStringLiteral("--mcp")});
+    ASSERT_TRUE(server.waitForStarted());
+    for (int id = 1; id <= 3; ++id) {
+        // The second request arrives in two pieces, as it may from a pipe.
+        server.write(R"({"id":)" + QByteArray::number(id));
+        if (id == 2) {
+            server.waitForBytesWritten(1000);
+            QThread::msleep(200);
+        }
+        server.write(R"(,"method":"ping"})"
+                     "\n");
+        QByteArray reply;
+        while (!reply.endsWith('\n') && server.waitForReadyRead(10000))
+            reply += server.readAllStandardOutput();
+        EXPECT_EQ(reply, methodNotFound(QByteArray::number(id), "ping"));
+    }
+    server.closeWriteChannel();
+    ASSERT_TRUE(server.waitForFinished(10000));
+    EXPECT_EQ(server.exitStatus(), QProcess::NormalExit);
+    EXPECT_EQ(server.exitCode(), 0);
+    EXPECT_TRUE(server.readAllStandardOutput().isEmpty());
+}
+
+TEST(McpSession, EndOfInputEndsTheServer)
+{
+    EXPECT_EQ(runServer(QByteArray()), QString());
+}
+
+class McpProfileFolder : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        ASSERT_TRUE(folder.isValid());
+        write(QStringLiteral("v402.codb"), "# CiA 402 drives and motion control\n[1000]\n");
+        write(QStringLiteral("454-2.codb"),
+              "#------------------\n#pragma once\n# - -\n#\n[1000]\n#   Energy bus, part 2  \n");
+        write(QStringLiteral("301.codb"), QByteArray("[1000]\n").repeated(15) + "# too late\n");
+        write(QStringLiteral("notes.txt"), "# not a profile\n");
+        ASSERT_TRUE(QDir(folder.path()).mkdir(QStringLiteral("folder.codb")));
+    }
+
+    void write(const QString& name, const QByteArray& content)
+    {
+        QFile file(folder.filePath(name));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(content);
+    }
+
+    QTemporaryDir folder;
+};
+
+TEST_F(McpProfileFolder, ResourcesListNamesEveryProfileFileWithItsDescription)
+{
+    const QString out = runServer(R"({"id":1,"method":"resources/list"})"
+                                  "\n",
+                                  {QStringLiteral("-codbpath"), folder.path()});
+    EXPECT_EQ(out,
+              QStringLiteral(
+                  R"({"id":1,"jsonrpc":"2.0","result":{"resources":[)"
+                  R"({"mimeType":"application/json","name":"DS-301","uri":"codb://301"},)"
+                  R"({"description":"Energy bus, part 2","mimeType":"application/json","name":"DS-454-2",)"
+                  R"("uri":"codb://454-2"},)"
+                  R"({"description":"CiA 402 drives and motion control","mimeType":"application/json",)"
+                  R"("name":"DS-402","uri":"codb://402"}]}})"
+                  "\n"));
+}
+
+TEST_F(McpProfileFolder, AnEmptyCodbPathValueKeepsTheBuiltInProfiles)
+{
+    const QByteArray request = R"({"id":1,"method":"resources/list"})"
+                               "\n";
+    const QString builtIn = runServer(request);
+    EXPECT_EQ(runServer(request, {QStringLiteral("-codbpath")}), builtIn);
+    EXPECT_EQ(runServer(request, {QStringLiteral("-codbpath"), QString()}), builtIn);
+    EXPECT_NE(runServer(request, {QStringLiteral("-codbpath"), folder.path()}), builtIn);
+}
+
+} // namespace
