@@ -71,15 +71,20 @@ const DataTypeInfo dataTypes[] = {
     {CAN::Unsigned29, "UNSIGNED29", "u29", 29, "0", "536870911"},
 };
 
+const QHash<quint16, const DataTypeInfo*>& dataTypesByNumber()
+{
+    static const QHash<quint16, const DataTypeInfo*> table = [] {
+        QHash<quint16, const DataTypeInfo*> byNumber;
+        for (const DataTypeInfo& info : dataTypes)
+            byNumber.insert(info.number, &info);
+        return byNumber;
+    }();
+    return table;
+}
+
 const DataTypeInfo* findDataType(quint16 number)
 {
-    static const QHash<quint16, const DataTypeInfo*> byNumber = [] {
-        QHash<quint16, const DataTypeInfo*> table;
-        for (const DataTypeInfo& info : dataTypes)
-            table.insert(info.number, &info);
-        return table;
-    }();
-    return byNumber.value(number, nullptr);
+    return dataTypesByNumber().value(number, nullptr);
 }
 
 // Spellings found in device descriptions besides the names of the table.
@@ -103,7 +108,26 @@ const struct
     {CANopen::Record, "RECORD"},
 };
 
+const QHash<QString, CAN::CANopenDataType>& dataTypesByName()
+{
+    static const QHash<QString, CAN::CANopenDataType> table = [] {
+        QHash<QString, CAN::CANopenDataType> byName;
+        for (const DataTypeInfo& info : dataTypes)
+            byName.insert(QLatin1String(info.name), CAN::CANopenDataType(info.number));
+        for (const auto& alias : dataTypeAliases)
+            byName.insert(QLatin1String(alias.name), alias.type);
+        return byName;
+    }();
+    return table;
+}
+
 } // namespace
+
+COHelper::COHelper()
+{
+    dataTypesByNumber();
+    dataTypesByName();
+}
 
 quint8 COHelper::getDataLengthBits(CAN::CANopenDataType type)
 {
@@ -123,15 +147,8 @@ bool COHelper::getDefaultLimits(CAN::CANopenDataType type, QString& low, QString
 
 CAN::CANopenDataType COHelper::mapDataTypeString(const QString& name)
 {
-    static const QHash<QString, CAN::CANopenDataType> byName = [] {
-        QHash<QString, CAN::CANopenDataType> table;
-        for (const DataTypeInfo& info : dataTypes)
-            table.insert(QLatin1String(info.name), CAN::CANopenDataType(info.number));
-        for (const auto& alias : dataTypeAliases)
-            table.insert(QLatin1String(alias.name), alias.type);
-        return table;
-    }();
     const QString key = name.trimmed().toUpper();
+    const QHash<QString, CAN::CANopenDataType>& byName = dataTypesByName();
     if (const auto it = byName.constFind(key); it != byName.constEnd())
         return it.value();
     bool ok = false;

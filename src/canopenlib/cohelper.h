@@ -11,7 +11,9 @@
 class COHelper
 {
 public:
-    COHelper() = default;
+    // The tool creates one instance at start, which builds the data type
+    // lookup tables up front rather than inside the first generator run.
+    COHelper();
 
     // 0 for strings, DOMAIN and the structured types: their size is not fixed.
     static quint8 getDataLengthBits(CAN::CANopenDataType type);
