@@ -8,7 +8,7 @@ build="${TRW_BUILD_DIR:-$root/build}"
 
 bash "$root/scripts/setup.sh"
 
-example="${1:-$root/examples/io_module.trwt}"
+example="${1:-$root/examples/cia401_io_module/cia401_io_module.trwt}"
 workdir="$build/example"
 rm -rf "$workdir"
 mkdir -p "$workdir"

@@ -1,5 +1,6 @@
 #include "trw_cli/clioutputhandler.h"
 
+#include <QIODevice>
 #include <QRegularExpression>
 
 #include <cstdio>
