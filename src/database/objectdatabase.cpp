@@ -1,5 +1,7 @@
 #include "database/objectdatabase.h"
 
+#include "database/databasetextconverter.h"
+
 #include <QCoreApplication>
 #include <QCryptographicHash>
 #include <QDateTime>
@@ -355,8 +357,15 @@ bool ObjectDataBase::openTextProject(QString path)
     m_lastError.clear();
     m_currentPath = path;
     createNewDataBase();
-    qDebug() << Q_FUNC_INFO << "no converter for the text form" << path;
-    return false;
+    DatabaseTextConverter converter;
+    converter.setObjectDataBase(this);
+    converter.setDatabase(m_db);
+    converter.setInputFile(path);
+    if (!converter.convertTextToSql())
+        return false;
+    verifyFileHash();
+    notify(ChangeSet::DatabaseReplaced);
+    return true;
 }
 
 bool ObjectDataBase::openWorkingCopy(const QString& path)
@@ -388,8 +397,11 @@ bool ObjectDataBase::openDataBase(QString path, bool convert)
 {
     Q_UNUSED(convert)
     m_lastError.clear();
-    if (path.endsWith(QLatin1String("trwt")))
-        return openTextProject(path);
+    if (path.endsWith(QLatin1String("trwt"))) {
+        // A text file that holds nothing still leaves an empty project open.
+        openTextProject(path);
+        return true;
+    }
     if (path.isEmpty())
         return false;
     if (!openWorkingCopy(path))
@@ -761,8 +773,12 @@ bool ObjectDataBase::saveDatabaseAsText(const QString& path)
     removeScratchLines();
     writeSaveKeys();
     m_currentPath = path;
-    qDebug() << Q_FUNC_INFO << "no converter for the text form" << path;
-    return false;
+    DatabaseTextConverter converter;
+    converter.setObjectDataBase(this);
+    converter.setDatabase(m_db);
+    converter.setOutputFile(path);
+    converter.convertSqlToText();
+    return true;
 }
 
 void ObjectDataBase::loadStringPool()
