@@ -319,8 +319,14 @@ private:
     QStringList m_workingCopies;
     QHash<QString, int> m_stringIds;
     QHash<int, QString> m_strings;
-    // Sub-index records per line, keyed by index * 256 + sub-index.
-    QMap<quint8, QHash<quint32, SUBINDEX_DATA_T>> m_subIndexCache;
+    // The sub-index records of one line, found by index * 256 + sub-index. The records sit in one list
+    // so that filling a line doesn't move tens of thousands of them around as a hash table grows.
+    struct SubIndexCacheLine
+    {
+        QHash<quint32, qsizetype> positions;
+        QList<SUBINDEX_DATA_T> records;
+    };
+    QMap<quint8, SubIndexCacheLine> m_subIndexCache;
     // Display names keyed by index * 65536 + line * 256 + sub-index.
     QHash<quint32, QString> m_subNameCache;
     bool m_hashMismatch = false;

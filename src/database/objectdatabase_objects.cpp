@@ -496,13 +496,14 @@ void ObjectDataBase::updateCachedSubIndex(quint8 line, quint16 index, quint8 sub
     auto cachedLine = m_subIndexCache.find(line);
     if (cachedLine == m_subIndexCache.end())
         return;
-    auto cached = cachedLine->find(subIndexKey(index, subindex));
-    if (cached == cachedLine->end())
+    const auto position = cachedLine->positions.constFind(subIndexKey(index, subindex));
+    if (position == cachedLine->positions.constEnd())
         return;
-    *cached = data;
+    SUBINDEX_DATA_T& cached = cachedLine->records[position.value()];
+    cached = data;
     // A read of the row gives no metadata for an empty map; the cache must read the same.
     if (!hasMetadata(data.metadata))
-        cached->metadata.reset();
+        cached.metadata.reset();
 }
 
 void ObjectDataBase::fillSubIndexFromRow(const QSqlQuery& query, SUBINDEX_DATA_T& out)
@@ -542,9 +543,9 @@ bool ObjectDataBase::getSubIndex(quint8 line, quint16 index, quint8 subindex, SU
 {
     const auto cachedLine = m_subIndexCache.constFind(line);
     if (cachedLine != m_subIndexCache.constEnd()) {
-        const auto cached = cachedLine->constFind(subIndexKey(index, subindex));
-        if (cached != cachedLine->constEnd()) {
-            out = *cached;
+        const auto position = cachedLine->positions.constFind(subIndexKey(index, subindex));
+        if (position != cachedLine->positions.constEnd()) {
+            out = cachedLine->records.at(position.value());
             return true;
         }
     }
@@ -682,18 +683,26 @@ void ObjectDataBase::cacheAllSubs(unsigned char line, unsigned short index)
     if (index != 0)
         statement += QStringLiteral(" where objectindex = %1").arg(index);
 
-    QHash<quint32, SUBINDEX_DATA_T> records;
     QSqlQuery query(m_db);
     query.setForwardOnly(true);
+    SubIndexCacheLine& cached = m_subIndexCache[line];
+    if (exec(query, QStringLiteral("select count(*) from SubObjects%1").arg(line)) && query.next()) {
+        cached.positions.reserve(query.value(0).toInt());
+        cached.records.reserve(query.value(0).toInt());
+    }
     if (!exec(query, statement))
         qDebug() << Q_FUNC_INFO << statement << query.lastError().text();
     while (query.next()) {
-        SUBINDEX_DATA_T record;
-        fillSubIndexFromRow(query, record);
-        records.insert(subIndexKey(quint16(query.value(29).toUInt()), quint8(query.value(30).toUInt())),
-                       record);
+        const quint32 key = subIndexKey(quint16(query.value(29).toUInt()), quint8(query.value(30).toUInt()));
+        const auto known = cached.positions.constFind(key);
+        if (known != cached.positions.constEnd()) {
+            // Old tables without the unique constraint may hold a key twice; the later row counts.
+            fillSubIndexFromRow(query, cached.records[known.value()]);
+            continue;
+        }
+        fillSubIndexFromRow(query, cached.records.emplaceBack());
+        cached.positions.insert(key, cached.records.size() - 1);
     }
-    m_subIndexCache.insert(line, records);
 }
 
 void ObjectDataBase::cacheSubNames(unsigned char line, unsigned short index)

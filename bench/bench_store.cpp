@@ -1,0 +1,136 @@
+// Times the object dictionary store on a large project: 4 lines with 1,000
+// objects of 10 sub-indices each, written in bulk, cached per line and read
+// back once through the cache.
+
+#include "database/objectdatabase.h"
+
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QTextStream>
+
+#include <sys/resource.h>
+
+namespace {
+
+constexpr int lineCount = 4;
+constexpr int objectsPerLine = 1000;
+constexpr int subsPerObject = 10;
+constexpr quint16 firstIndex = 0x2000;
+
+constexpr qint64 bulkWriteLimitMs = 1500;
+constexpr qint64 cacheFillLimitMs = 300;
+constexpr qint64 readLimitMs = 100;
+constexpr long peakLimitKb = 200 * 1024;
+
+QList<ObjectDataBase::SubEntry> entriesOfLine(quint8 line)
+{
+    QList<ObjectDataBase::SubEntry> entries;
+    entries.reserve(objectsPerLine * subsPerObject);
+    for (int object = 0; object < objectsPerLine; ++object) {
+        for (int sub = 0; sub < subsPerObject; ++sub) {
+            ObjectDataBase::SubEntry entry;
+            entry.line = line;
+            entry.index = quint16(firstIndex + object);
+            entry.subindex = quint8(sub);
+            entry.data.name = sub == 0 ? QStringLiteral("Highest sub-index supported")
+                                       : QStringLiteral("Channel %1").arg(sub);
+            entry.data.datatype = sub == 0 ? 5 : 7;
+            entry.data.accesstype = sub == 0 ? QStringLiteral("const") : QStringLiteral("rw");
+            entry.data.defaultvalue =
+                sub == 0 ? QString::number(subsPerObject - 1) : QString::number(object * sub);
+            entry.data.varname = QStringLiteral("var_%1_%2_%3").arg(line).arg(object).arg(sub);
+            entries.append(entry);
+        }
+    }
+    return entries;
+}
+
+// Processor time of the process, to tell the store's own cost from waiting on a busy machine.
+qint64 cpuMs()
+{
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    return qint64(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) * 1000 +
+           (usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1000;
+}
+
+long peakResidentKb()
+{
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    return usage.ru_maxrss;
+}
+
+QString verdict(bool ok)
+{
+    return ok ? QStringLiteral("ok") : QStringLiteral("TOO SLOW");
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    QCoreApplication app(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("CANopen Tarnwick"));
+    QCoreApplication::setApplicationVersion(QStringLiteral("4.3.2"));
+    QCoreApplication::setOrganizationName(QStringLiteral("halvex"));
+    QTextStream out(stdout);
+
+    ObjectDataBase db;
+    if (!db.createNewDataBase()) {
+        out << "cannot create a project\n";
+        return 1;
+    }
+    QList<ObjectDataBase::SubEntry> entries;
+    for (quint8 line = 0; line < lineCount; ++line) {
+        if (line != 0)
+            db.addNode(line, NODE_DATA_T());
+        for (int object = 0; object < objectsPerLine; ++object) {
+            INDEX_DATA_T index;
+            index.name = QStringLiteral("Object %1").arg(object);
+            index.objecttype = 8;
+            db.addIndex(line, quint16(firstIndex + object), index);
+        }
+        entries += entriesOfLine(line);
+    }
+
+    QElapsedTimer timer;
+    timer.start();
+    qint64 cpuStart = cpuMs();
+    const bool written = db.addSubIndices(entries);
+    const qint64 bulkWriteMs = timer.elapsed();
+    const qint64 bulkWriteCpuMs = cpuMs() - cpuStart;
+
+    timer.restart();
+    cpuStart = cpuMs();
+    for (quint8 line = 0; line < lineCount; ++line)
+        db.cacheAllSubs(line, 0);
+    const qint64 cacheFillMs = timer.elapsed();
+    const qint64 cacheFillCpuMs = cpuMs() - cpuStart;
+
+    timer.restart();
+    cpuStart = cpuMs();
+    int found = 0;
+    SUBINDEX_DATA_T record;
+    for (const ObjectDataBase::SubEntry& entry : std::as_const(entries)) {
+        if (db.getSubIndex(entry.line, entry.index, entry.subindex, record))
+            ++found;
+    }
+    const qint64 readMs = timer.elapsed();
+    const qint64 readCpuMs = cpuMs() - cpuStart;
+    const long peakKb = peakResidentKb();
+
+    out << "bulk write of " << entries.size() << " sub-indices: " << bulkWriteMs << " ms (limit "
+        << bulkWriteLimitMs << "), cpu " << bulkWriteCpuMs << " ms "
+        << verdict(bulkWriteMs <= bulkWriteLimitMs) << "\n";
+    out << "cache fill of " << lineCount << " lines: " << cacheFillMs << " ms (limit " << cacheFillLimitMs
+        << "), cpu " << cacheFillCpuMs << " ms " << verdict(cacheFillMs <= cacheFillLimitMs) << "\n";
+    out << "reads of " << found << " sub-indices: " << readMs << " ms (limit " << readLimitMs << "), cpu "
+        << readCpuMs << " ms " << verdict(readMs <= readLimitMs) << "\n";
+    out << "peak memory: " << peakKb / 1024 << " MB (limit " << peakLimitKb / 1024 << ") "
+        << (peakKb <= peakLimitKb ? "ok" : "TOO LARGE") << "\n";
+
+    const bool allWithin = written && found == entries.size() && bulkWriteMs <= bulkWriteLimitMs &&
+                           cacheFillMs <= cacheFillLimitMs && readMs <= readLimitMs && peakKb <= peakLimitKb;
+    return allWithin ? 0 : 1;
+}
