@@ -405,11 +405,11 @@ void DatabaseTextConverter::importGroup(const QString& group)
     else if (group.contains(QLatin1String("Objects")))
         importObjects(group);
     else if (group.contains(QLatin1String("UDSSettings")))
-        importUDSSettings(group, line);
+        importKeyedRecords(group, line, QStringLiteral("sid"));
     else if (group.contains(QLatin1String("J1939Settings")))
         importKeyValueSettings(group, &ObjectDataBase::setJ1939Setting, false);
     else if (group.contains(QLatin1String("PGNs")))
-        importPGNs(group, line);
+        importKeyedRecords(group, line, QStringLiteral("number"));
     else if (group.contains(QLatin1String("SPNs")))
         importSPNs(group, line);
     else
@@ -490,20 +490,21 @@ void DatabaseTextConverter::importSubObjects(const QString& table)
     settings->endGroup();
 }
 
-void DatabaseTextConverter::importPGNs(const QString& table, int line)
+// One record per group below the table, the group named by the record's key.
+void DatabaseTextConverter::importKeyedRecords(const QString& table, int line, const QString& keyColumn)
 {
     settings->beginGroup(table);
-    const QStringList pgns = settings->childGroups();
-    for (const QString& pgnGroup : pgns) {
-        quint32 number = 0;
-        if (!parseRecordNumber(pgnGroup, number)) {
-            qDebug() << Q_FUNC_INFO << "not a PGN:" << table << pgnGroup;
+    const QStringList groups = settings->childGroups();
+    for (const QString& group : groups) {
+        quint32 key = 0;
+        if (!parseRecordNumber(group, key)) {
+            qDebug() << Q_FUNC_INFO << "not a number:" << table << group;
             continue;
         }
-        settings->beginGroup(pgnGroup);
+        settings->beginGroup(group);
         QMap<QString, QString> values = recordValues();
         settings->endGroup();
-        values.insert(QStringLiteral("number"), QString::number(number));
+        values.insert(keyColumn, QString::number(key));
         insertRecord(table, line, values);
     }
     settings->endGroup();
@@ -533,26 +534,6 @@ void DatabaseTextConverter::importSPNs(const QString& table, int line)
             insertRecord(table, line, values);
         }
         settings->endGroup();
-    }
-    settings->endGroup();
-}
-
-void DatabaseTextConverter::importUDSSettings(const QString& table, int line)
-{
-    settings->beginGroup(table);
-    const QStringList services = settings->childGroups();
-    for (const QString& serviceGroup : services) {
-        bool ok = false;
-        const uint sid = serviceGroup.toUInt(&ok, 10);
-        if (!ok) {
-            qDebug() << Q_FUNC_INFO << "not a service:" << table << serviceGroup;
-            continue;
-        }
-        settings->beginGroup(serviceGroup);
-        QMap<QString, QString> values = recordValues();
-        settings->endGroup();
-        values.insert(QStringLiteral("sid"), QString::number(sid));
-        insertRecord(table, line, values);
     }
     settings->endGroup();
 }

@@ -64,9 +64,8 @@ private:
                                 bool doubleQuotes);
     void importObjects(const QString& table);
     void importSubObjects(const QString& table);
-    void importPGNs(const QString& table, int line);
+    void importKeyedRecords(const QString& table, int line, const QString& keyColumn);
     void importSPNs(const QString& table, int line);
-    void importUDSSettings(const QString& table, int line);
     void insertRecord(const QString& table, int line, const QMap<QString, QString>& keyValues);
     QMap<QString, QString> recordValues();
     QString sqlValue(const QString& declaredType, const QString& text);

@@ -490,6 +490,9 @@ private:
     void addMissingPgnColumns(quint8 line);
     // The first column of the first row; invalid when there is no row.
     QVariant readFirstValue(const QString& statement);
+    bool rowExists(const QString& statement);
+    // The text of a name id read by the statement; "--" when there is no row.
+    QString readName(const QString& statement);
     QList<quint32> readNumbers(const QString& statement);
     UdsServiceRow readUdsService(quint8 line, quint8 sid, const QString& columns);
     bool writeUdsService(quint8 line, quint8 sid, const UdsServiceRow& row);

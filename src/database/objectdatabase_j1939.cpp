@@ -86,6 +86,18 @@ QVariant ObjectDataBase::readFirstValue(const QString& statement)
     return QVariant();
 }
 
+bool ObjectDataBase::rowExists(const QString& statement)
+{
+    QSqlQuery query(m_db);
+    return exec(query, statement) && query.next();
+}
+
+QString ObjectDataBase::readName(const QString& statement)
+{
+    const QVariant nameId = readFirstValue(statement);
+    return nameId.isValid() ? stringById(nameId.toInt()) : unknownName;
+}
+
 QList<quint32> ObjectDataBase::readNumbers(const QString& statement)
 {
     QList<quint32> numbers;
@@ -193,10 +205,8 @@ bool ObjectDataBase::getPGN(quint8 line, quint32 pgnNumber, quint8 direction, PG
 
 bool ObjectDataBase::pgnExists(quint8 line, quint32 pgnNumber, quint8 direction)
 {
-    QSqlQuery query(m_db);
-    return exec(query, QStringLiteral("select number from PGNs%1 where number = %2 and direction = %3")
-                           .arg(number(line), number(pgnNumber), number(direction))) &&
-           query.next();
+    return rowExists(QStringLiteral("select number from PGNs%1 where number = %2 and direction = %3")
+                         .arg(number(line), number(pgnNumber), number(direction)));
 }
 
 QList<quint32> ObjectDataBase::getPGNList(quint8 line, quint8 direction, bool excludeSafe)
@@ -215,10 +225,8 @@ QList<quint32> ObjectDataBase::getPGNList(quint8 line, quint8 direction, bool ex
 
 QString ObjectDataBase::getPGNName(quint8 line, quint32 pgnNumber, quint8 direction)
 {
-    const QVariant nameId =
-        readFirstValue(QStringLiteral("select name from PGNs%2 where number = %1 and direction = %3")
-                           .arg(number(pgnNumber), number(line), number(direction)));
-    return nameId.isValid() ? stringById(nameId.toInt()) : unknownName;
+    return readName(QStringLiteral("select name from PGNs%2 where number = %1 and direction = %3")
+                        .arg(number(pgnNumber), number(line), number(direction)));
 }
 
 quint16 ObjectDataBase::getPGNMappingCount(quint8 line, quint32 pgnNumber, quint8 direction)
@@ -328,12 +336,10 @@ bool ObjectDataBase::getSPN(quint8 line, quint32 pgnnumber, quint8 direction, qu
 
 bool ObjectDataBase::spnExists(quint8 line, quint32 pgnnumber, quint8 direction, quint32 spnnumber)
 {
-    QSqlQuery query(m_db);
-    return exec(query,
-                QStringLiteral(
-                    "select spnnumber from SPNs%1 where pgnnumber = %2 and spnnumber = %3 and direction = %4")
-                    .arg(number(line), number(pgnnumber), number(spnnumber), number(direction))) &&
-           query.next();
+    return rowExists(
+        QStringLiteral(
+            "select spnnumber from SPNs%1 where pgnnumber = %2 and spnnumber = %3 and direction = %4")
+            .arg(number(line), number(pgnnumber), number(spnnumber), number(direction)));
 }
 
 QString ObjectDataBase::getSPNName(quint8 line, quint32 pgnnumber, quint8 direction, quint32 spnnumber)
@@ -437,10 +443,8 @@ bool ObjectDataBase::getCANID(quint8 line, quint32 id, quint8 direction, CANID& 
 
 bool ObjectDataBase::canIdExists(quint8 line, quint32 id, quint8 direction)
 {
-    QSqlQuery query(m_db);
-    return exec(query, QStringLiteral("select id from CANIDs%1 where id = %2 and direction = %3")
-                           .arg(number(line), number(id), number(direction))) &&
-           query.next();
+    return rowExists(QStringLiteral("select id from CANIDs%1 where id = %2 and direction = %3")
+                         .arg(number(line), number(id), number(direction)));
 }
 
 QList<quint32> ObjectDataBase::getCANIDList(quint8 line, quint8 direction)
@@ -454,10 +458,8 @@ QList<quint32> ObjectDataBase::getCANIDList(quint8 line, quint8 direction)
 
 QString ObjectDataBase::getCANIDName(quint8 line, quint32 id, quint8 direction)
 {
-    const QVariant nameId =
-        readFirstValue(QStringLiteral("select name from CANIDs%1 where id = %2 and direction = %3")
-                           .arg(number(line), number(id), number(direction)));
-    return nameId.isValid() ? stringById(nameId.toInt()) : unknownName;
+    return readName(QStringLiteral("select name from CANIDs%1 where id = %2 and direction = %3")
+                        .arg(number(line), number(id), number(direction)));
 }
 
 bool ObjectDataBase::deleteCANID(quint8 line, quint32 id, quint8 direction)
@@ -478,12 +480,11 @@ bool ObjectDataBase::addDataElement(quint8 line, quint32 canid, quint8 direction
 {
     const QString descId = number(internString(data.desc));
     const QString nameId = number(internString(data.name));
-    QSqlQuery query(m_db);
     const bool exists =
-        exec(query, QStringLiteral("select number from DataElements%1 where canid = %2 and number = %3 and "
-                                   "direction = %4")
-                        .arg(number(line), number(canid), number(elementNumber), number(direction))) &&
-        query.next();
+        rowExists(QStringLiteral(
+                      "select number from DataElements%1 where canid = %2 and number = %3 and direction = %4")
+                      .arg(number(line), number(canid), number(elementNumber), number(direction)));
+    QSqlQuery query(m_db);
     QString statement;
     if (exists) {
         statement =
