@@ -1,0 +1,79 @@
+#include "cleanproject.h"
+
+namespace cleanproject {
+
+namespace {
+
+constexpr int managedConst = 1;
+
+} // namespace
+
+SUBINDEX_DATA_T subRecord(int dataType, const QString& access, const QString& value)
+{
+    SUBINDEX_DATA_T record;
+    record.name = QStringLiteral("entry");
+    record.datatype = dataType;
+    record.accesstype = access;
+    record.defaultvalue = value;
+    return record;
+}
+
+void addProjectSettings(ObjectDataBase& db)
+{
+    db.setGeneralSetting(QStringLiteral("co_timer_interval"), QStringLiteral("1000"));
+}
+
+void addLineSettings(ObjectDataBase& db, quint8 line)
+{
+    db.setGeneralSettingForLine(QStringLiteral("co_node_id"), QString::number(line + 1), line);
+    db.setGeneralSettingForLine(QStringLiteral("receivebuffersize"), QStringLiteral("10"), line);
+    db.setGeneralSettingForLine(QStringLiteral("transmitbuffersize"), QStringLiteral("5"), line);
+}
+
+namespace {
+
+void addObject(ObjectDataBase& db, quint8 line, quint16 index, int objectCode, const QString& name)
+{
+    INDEX_DATA_T data;
+    data.name = name;
+    data.objecttype = objectCode;
+    db.addIndex(line, index, data);
+}
+
+void addVariable(ObjectDataBase& db, quint8 line, quint16 index, int dataType, const QString& access,
+                 const QString& value)
+{
+    addObject(db, line, index, 7, QStringLiteral("variable"));
+    db.addSubIndex(line, index, 0, subRecord(dataType, access, value));
+}
+
+} // namespace
+
+void addMandatoryObjects(ObjectDataBase& db, quint8 line)
+{
+    addVariable(db, line, 0x1000, 7, QStringLiteral("ro"), QStringLiteral("0x00000191"));
+    addVariable(db, line, 0x1001, 5, QStringLiteral("ro"), QStringLiteral("0"));
+    addVariable(db, line, 0x1017, 6, QStringLiteral("rw"), QStringLiteral("1000"));
+    addObject(db, line, 0x1018, 9, QStringLiteral("Identity Object"));
+    SUBINDEX_DATA_T count = subRecord(5, QStringLiteral("const"), QStringLiteral("4"));
+    count.implementation = managedConst;
+    db.addSubIndex(line, 0x1018, 0, count);
+    const QStringList identity = {QStringLiteral("0x1234"), QStringLiteral("0x10"), QStringLiteral("1"),
+                                  QStringLiteral("0")};
+    for (int sub = 1; sub <= 4; ++sub)
+        db.addSubIndex(line, 0x1018, quint8(sub), subRecord(7, QStringLiteral("ro"), identity.at(sub - 1)));
+}
+
+bool saveCanopenProject(const QString& path, int lineType)
+{
+    ObjectDataBase db;
+    if (!db.createNewDataBase())
+        return false;
+    db.setGeneralSetting(QStringLiteral("line0type"), QString::number(lineType));
+    addProjectSettings(db);
+    addLineSettings(db, 0);
+    addMandatoryObjects(db, 0);
+    return db.saveDatabase(path);
+}
+
+} // namespace cleanproject
