@@ -1,0 +1,136 @@
+#include "generatortestsupport.h"
+
+#include "common/testhelpers.h"
+#include "generators/abstractgenerator.h"
+
+#include <QFile>
+#include <QProcess>
+#include <QRegularExpression>
+
+namespace generatortest {
+
+void addObject(ObjectDataBase& db, quint8 line, quint16 index, const QString& name, int objectType, QList<Sub> subs)
+{
+    INDEX_DATA_T object;
+    object.name = name;
+    object.objecttype = objectType;
+    db.addIndex(line, index, object);
+    if (subs.isEmpty())
+        subs << Sub{0, name};
+    for (const Sub& entry : std::as_const(subs)) {
+        SUBINDEX_DATA_T sub;
+        sub.name = entry.name;
+        sub.datatype = entry.datatype;
+        sub.defaultvalue = entry.defaultvalue;
+        sub.accesstype = entry.accesstype;
+        sub.implementation = entry.implementation;
+        sub.nvstorage = entry.nvstorage;
+        db.addSubIndex(line, index, entry.subindex, sub);
+    }
+}
+
+void addLine(ObjectDataBase& db, quint8 line, int type)
+{
+    if (line != 0)
+        db.addNode(line, NODE_DATA_T());
+    db.setGeneralSetting(QStringLiteral("line%1type").arg(line), QString::number(type));
+}
+
+void cacheLines(ObjectDataBase& db)
+{
+    const QList<quint8> lines = db.getNodeList();
+    for (quint8 line : lines) {
+        db.cacheAllSubs(line, 0);
+        db.cacheSubNames(line, 0);
+        db.cacheAllSPNs(line);
+    }
+    db.loadStringPool();
+}
+
+QString runGenerator(AbstractGenerator& generator, ObjectDataBase& db, const QString& dir, const QString& fileName,
+                     bool multiLine)
+{
+    generator.setOutputDir(dir);
+    generator.setDatabase(&db);
+    generator.setDeviceName(QStringLiteral("device"));
+    generator.setLine(0);
+    generator.setMultiLine(multiLine);
+    generator.start();
+    generator.waitUntilDone();
+    return QString::fromUtf8(testhelpers::readFile(dir + QLatin1Char('/') + fileName));
+}
+
+QString withoutBanner(const QString& text)
+{
+    return text.section(QLatin1Char('\n'), 3);
+}
+
+namespace {
+
+CompileResult runCompiler(const QStringList& arguments, const QString& dir)
+{
+    QProcess gcc;
+    gcc.setWorkingDirectory(dir);
+    gcc.setProcessChannelMode(QProcess::MergedChannels);
+    gcc.start(QStringLiteral("gcc"), arguments);
+    gcc.waitForFinished(60000);
+    return {gcc.exitStatus() == QProcess::NormalExit && gcc.exitCode() == 0, QString::fromUtf8(gcc.readAll())};
+}
+
+// One initialiser per value define; the names of the tool and of the list of
+// node-id functions are no numbers and get their own forms.
+// Defines inside the block of a target that isn't built are left alone.
+QString usesOfDefines(const QString& header, QStringList& used)
+{
+    static const QRegularExpression valueDefine(QStringLiteral("^#define\\s+([A-Za-z_][A-Za-z0-9_]*)\\s+(\\S.*)$"),
+                                                QRegularExpression::MultilineOption);
+    QString uses;
+    QRegularExpressionMatchIterator it = valueDefine.globalMatch(header);
+    while (it.hasNext()) {
+        const QString name = it.next().captured(1);
+        if (used.contains(name))
+            continue;
+        used << name;
+        uses += QStringLiteral("#ifdef %1\n").arg(name);
+        if (name == QLatin1String("GEN_TOOL_NAME"))
+            uses += QStringLiteral("static const char use_%1[] = TEXT_OF(%1);\n").arg(name);
+        else if (name == QLatin1String("CO_NODE_ID_FUNCTIONS"))
+            uses += QStringLiteral("static void *const use_%1[] = { %1 };\n").arg(name);
+        else
+            uses += QStringLiteral("static const unsigned long long use_%1[] = { %1 };\n").arg(name);
+        uses += QStringLiteral("#endif\n");
+    }
+    return uses;
+}
+
+} // namespace
+
+CompileResult compileHeaders(const QString& dir, const QStringList& headers, const QString& prelude)
+{
+    QString unit = QStringLiteral("#include <stddef.h>\n#define TEXT_OF_(x) #x\n#define TEXT_OF(x) TEXT_OF_(x)\n");
+    unit += prelude;
+    for (const QString& header : headers)
+        unit += QStringLiteral("#include \"%1\"\n").arg(header);
+    QStringList used;
+    for (const QString& header : headers)
+        unit += usesOfDefines(QString::fromUtf8(testhelpers::readFile(dir + QLatin1Char('/') + header)), used);
+    unit += QStringLiteral("int main(void) { return 0; }\n");
+    QFile file(dir + QStringLiteral("/use_headers.c"));
+    if (!file.open(QIODevice::WriteOnly))
+        return {false, QStringLiteral("cannot write the translation unit")};
+    file.write(unit.toUtf8());
+    file.close();
+
+    CompileResult preprocessed = runCompiler({QStringLiteral("-E"), QStringLiteral("-I."),
+                                              QStringLiteral("use_headers.c"), QStringLiteral("-o"),
+                                              QStringLiteral("use_headers.i")},
+                                             dir);
+    if (!preprocessed.ok)
+        return preprocessed;
+    return runCompiler({QStringLiteral("-std=c99"), QStringLiteral("-fsyntax-only"), QStringLiteral("-Wall"),
+                        QStringLiteral("-Werror"), QStringLiteral("-Wno-unused-const-variable"), QStringLiteral("-I."),
+                        QStringLiteral("use_headers.c")},
+                       dir);
+}
+
+} // namespace generatortest
