@@ -277,6 +277,41 @@ bool GeneratorMainHandler::runModelCheck(const RunFacts& facts, bool ignoreCheck
     return true;
 }
 
+// Runs without the headings and the log of a generation run; corrections
+// reach the open project, and the file only by a later save.
+int GeneratorMainHandler::checkModel(QStringList& messages)
+{
+    messages.clear();
+    if (!m_database) {
+        messages << tr("No project open.");
+        return 1;
+    }
+    QList<quint8> lineList;
+    for (quint8 line : m_database->getNodeList()) {
+        if (line < firstScratchLine)
+            lineList << line;
+    }
+    for (quint8 line : std::as_const(lineList))
+        m_database->cacheAllSubs(line, 0);
+
+    ModelChecker checker;
+    connect(&checker, &ModelChecker::newError, this, [&messages](const QString& text) { messages << text; });
+    bool corrected = false;
+    int errorCount = checker.checkProject(m_database, m_outputDir);
+    for (quint8 line : std::as_const(lineList)) {
+        const int type = lineType(line);
+        if (isCANopenType(type))
+            errorCount += checker.checkCANopenLine(line, m_database, corrected);
+        if (isJ1939Type(type))
+            errorCount += checker.checkJ1939Line(lineList.size(), line, m_database, stackHandledPgns);
+        if (isRawCanType(type))
+            errorCount += checker.checkRawCANLine(line, m_database);
+        if (!isCANopenType(type) && !isJ1939Type(type) && !isRawCanType(type))
+            messages << tr("Warning: line type not set for line %1.").arg(line);
+    }
+    return errorCount;
+}
+
 // The log stays beside the project when the check fails; after a clean check
 // it moves to ".bak", which is never overwritten.
 void GeneratorMainHandler::writeCheckLog(int errorCount, bool ignoreCheckErrors)
@@ -295,7 +330,10 @@ void GeneratorMainHandler::writeCheckLog(int errorCount, bool ignoreCheckErrors)
 
 QString GeneratorMainHandler::message(const QString& text) const
 {
-    return text.arg(m_outputDir, m_projectBaseName);
+    // Most messages name only the folder; the EDS messages also name the project.
+    if (text.contains(QLatin1String("%2")))
+        return text.arg(m_outputDir, m_projectBaseName);
+    return text.arg(m_outputDir);
 }
 
 void GeneratorMainHandler::removeOutputFile(const QString& relativeName) const

@@ -40,6 +40,8 @@ public:
     void generate(bool ignoreCheckErrors);
     bool saveProject();
     void runPostGenProcess();
+    // The model check alone, for the MCP server: every message goes into messages; returns the error count.
+    int checkModel(QStringList& messages);
 
     QSharedPointer<ObjectDataBase> database() const { return m_database; }
     QString outputDir() const { return m_outputDir; }
