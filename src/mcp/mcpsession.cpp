@@ -1,6 +1,8 @@
 #include "mcp/mcpsession.h"
 #include "mcp/mcpstdinreader.h"
 
+#include "database/objectdatabase.h"
+
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QTextStream>
@@ -68,6 +70,29 @@ QSharedPointer<ObjectDataBase> MCPSession::ensureDatabase(int id)
     if (!database)
         sendToolText(id, tr("Internal error: no database available."), true);
     return database;
+}
+
+bool MCPSession::ensureCanopenLine(int id, ObjectDataBase& database, quint8 line)
+{
+    const int type = database.getGeneralSetting(QStringLiteral("line%1type").arg(line)).toInt();
+    if (type == 1 || type == 5 || type == 6)
+        return true;
+    sendToolText(id,
+                 tr("Line %1 is not a CANopen line (lineTypeCode=%2) - this tool only applies to CANopen "
+                    "lines.")
+                     .arg(line)
+                     .arg(type),
+                 true);
+    return false;
+}
+
+QString MCPSession::modelCheckSummary()
+{
+    QStringList messages;
+    const int errors = m_generatorHandler->checkModel(messages);
+    if (errors == 0)
+        return tr("check_model: OK (0 errors).");
+    return tr("check_model: %1 error(s):\n%2").arg(errors).arg(messages.join(QLatin1Char('\n')));
 }
 
 void MCPSession::setReadingEnabled(bool enabled)

@@ -47,6 +47,13 @@ public:
     bool ensureArguments(int id, const QJsonObject& arguments, const QStringList& keys,
                          const QString& missingMessage);
     QSharedPointer<ObjectDataBase> ensureDatabase(int id);
+    // The object dictionary tools work on lines that carry CANopen only; a
+    // line that does not exist has type 0 and fails here too.
+    bool ensureCanopenLine(int id, ObjectDataBase& database, quint8 line);
+
+    // Appended to the reply of every successful edit, so the client learns
+    // whether the project would still generate.
+    QString modelCheckSummary();
 
     void setReadingEnabled(bool enabled);
 
