@@ -9,7 +9,8 @@
 
 namespace generatortest {
 
-void addObject(ObjectDataBase& db, quint8 line, quint16 index, const QString& name, int objectType, QList<Sub> subs)
+void addObject(ObjectDataBase& db, quint8 line, quint16 index, const QString& name, int objectType,
+               QList<Sub> subs)
 {
     INDEX_DATA_T object;
     object.name = name;
@@ -47,8 +48,8 @@ void cacheLines(ObjectDataBase& db)
     db.loadStringPool();
 }
 
-QString runGenerator(AbstractGenerator& generator, ObjectDataBase& db, const QString& dir, const QString& fileName,
-                     bool multiLine)
+QString runGenerator(AbstractGenerator& generator, ObjectDataBase& db, const QString& dir,
+                     const QString& fileName, bool multiLine)
 {
     generator.setOutputDir(dir);
     generator.setDatabase(&db);
@@ -74,7 +75,8 @@ CompileResult runCompiler(const QStringList& arguments, const QString& dir)
     gcc.setProcessChannelMode(QProcess::MergedChannels);
     gcc.start(QStringLiteral("gcc"), arguments);
     gcc.waitForFinished(60000);
-    return {gcc.exitStatus() == QProcess::NormalExit && gcc.exitCode() == 0, QString::fromUtf8(gcc.readAll())};
+    return {gcc.exitStatus() == QProcess::NormalExit && gcc.exitCode() == 0,
+            QString::fromUtf8(gcc.readAll())};
 }
 
 // One initialiser per value define; the names of the tool and of the list of
@@ -82,8 +84,9 @@ CompileResult runCompiler(const QStringList& arguments, const QString& dir)
 // Defines inside the block of a target that isn't built are left alone.
 QString usesOfDefines(const QString& header, QStringList& used)
 {
-    static const QRegularExpression valueDefine(QStringLiteral("^#define\\s+([A-Za-z_][A-Za-z0-9_]*)\\s+(\\S.*)$"),
-                                                QRegularExpression::MultilineOption);
+    static const QRegularExpression valueDefine(
+        QStringLiteral("^#define\\s+([A-Za-z_][A-Za-z0-9_]*)\\s+(\\S.*)$"),
+        QRegularExpression::MultilineOption);
     QString uses;
     QRegularExpressionMatchIterator it = valueDefine.globalMatch(header);
     while (it.hasNext()) {
@@ -95,7 +98,7 @@ QString usesOfDefines(const QString& header, QStringList& used)
         if (name == QLatin1String("GEN_TOOL_NAME"))
             uses += QStringLiteral("static const char use_%1[] = TEXT_OF(%1);\n").arg(name);
         else if (name == QLatin1String("CO_NODE_ID_FUNCTIONS"))
-            uses += QStringLiteral("static void *const use_%1[] = { %1 };\n").arg(name);
+            uses += QStringLiteral("static const NodeIdFunction use_%1[] = { %1 };\n").arg(name);
         else
             uses += QStringLiteral("static const unsigned long long use_%1[] = { %1 };\n").arg(name);
         uses += QStringLiteral("#endif\n");
@@ -107,13 +110,16 @@ QString usesOfDefines(const QString& header, QStringList& used)
 
 CompileResult compileHeaders(const QString& dir, const QStringList& headers, const QString& prelude)
 {
-    QString unit = QStringLiteral("#include <stddef.h>\n#define TEXT_OF_(x) #x\n#define TEXT_OF(x) TEXT_OF_(x)\n");
+    QString unit =
+        QStringLiteral("#include <stddef.h>\n#define TEXT_OF_(x) #x\n#define TEXT_OF(x) TEXT_OF_(x)\n"
+                       "typedef unsigned char (*NodeIdFunction)(void);\n");
     unit += prelude;
     for (const QString& header : headers)
         unit += QStringLiteral("#include \"%1\"\n").arg(header);
     QStringList used;
     for (const QString& header : headers)
-        unit += usesOfDefines(QString::fromUtf8(testhelpers::readFile(dir + QLatin1Char('/') + header)), used);
+        unit +=
+            usesOfDefines(QString::fromUtf8(testhelpers::readFile(dir + QLatin1Char('/') + header)), used);
     unit += QStringLiteral("int main(void) { return 0; }\n");
     QFile file(dir + QStringLiteral("/use_headers.c"));
     if (!file.open(QIODevice::WriteOnly))
@@ -121,15 +127,15 @@ CompileResult compileHeaders(const QString& dir, const QStringList& headers, con
     file.write(unit.toUtf8());
     file.close();
 
-    CompileResult preprocessed = runCompiler({QStringLiteral("-E"), QStringLiteral("-I."),
-                                              QStringLiteral("use_headers.c"), QStringLiteral("-o"),
-                                              QStringLiteral("use_headers.i")},
-                                             dir);
+    CompileResult preprocessed =
+        runCompiler({QStringLiteral("-E"), QStringLiteral("-I."), QStringLiteral("use_headers.c"),
+                     QStringLiteral("-o"), QStringLiteral("use_headers.i")},
+                    dir);
     if (!preprocessed.ok)
         return preprocessed;
     return runCompiler({QStringLiteral("-std=c99"), QStringLiteral("-fsyntax-only"), QStringLiteral("-Wall"),
-                        QStringLiteral("-Werror"), QStringLiteral("-Wno-unused-const-variable"), QStringLiteral("-I."),
-                        QStringLiteral("use_headers.c")},
+                        QStringLiteral("-Werror"), QStringLiteral("-Wno-unused-const-variable"),
+                        QStringLiteral("-I."), QStringLiteral("use_headers.c")},
                        dir);
 }
 

@@ -6,7 +6,15 @@
 #include <QString>
 #include <QStringList>
 
+#include <ostream>
+
 class AbstractGenerator;
+
+// Failure messages show texts as text.
+inline void PrintTo(const QString& text, std::ostream* out)
+{
+    *out << '"' << text.toStdString() << '"';
+}
 
 namespace generatortest {
 
@@ -15,8 +23,8 @@ struct Sub
 {
     Sub(quint8 subindex, const QString& name, int datatype = 7, const QString& defaultvalue = QString(),
         const QString& accesstype = QStringLiteral("ro"), int implementation = 0, bool nvstorage = false)
-        : subindex(subindex), name(name), datatype(datatype), defaultvalue(defaultvalue), accesstype(accesstype),
-          implementation(implementation), nvstorage(nvstorage)
+        : subindex(subindex), name(name), datatype(datatype), defaultvalue(defaultvalue),
+          accesstype(accesstype), implementation(implementation), nvstorage(nvstorage)
     {
     }
 
@@ -39,8 +47,8 @@ void cacheLines(ObjectDataBase& db);
 
 // Configures the generator as the pipeline does, runs it to its end and
 // returns the file it wrote in `dir`.
-QString runGenerator(AbstractGenerator& generator, ObjectDataBase& db, const QString& dir, const QString& fileName,
-                     bool multiLine = false);
+QString runGenerator(AbstractGenerator& generator, ObjectDataBase& db, const QString& dir,
+                     const QString& fileName, bool multiLine = false);
 
 // The file without its first three lines, which carry the generation date.
 QString withoutBanner(const QString& text);
@@ -54,6 +62,7 @@ struct CompileResult
 // Runs the C preprocessor and a syntax-only C99 compile over a translation unit
 // that includes the headers of `dir` and uses each of their value defines in an
 // initialiser, so that every value must be a valid C constant.
-CompileResult compileHeaders(const QString& dir, const QStringList& headers, const QString& prelude = QString());
+CompileResult compileHeaders(const QString& dir, const QStringList& headers,
+                             const QString& prelude = QString());
 
 } // namespace generatortest
