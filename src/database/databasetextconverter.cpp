@@ -69,8 +69,10 @@ QString withDoubledQuotes(QString text)
 
 QVariant columnValue(const QString& column, const QVariant& value)
 {
+    // A record without metadata is written as the text "0"; reading that back as a one-byte blob would
+    // turn it into "@ByteArray(0)" at the next save.
     if (column == metadataColumn)
-        return value;
+        return value.typeId() == QMetaType::QByteArray ? value : QVariant(QByteArray());
     if (isStringPoolColumn(column))
         return settingText(value);
     return withDoubledQuotes(settingText(value));

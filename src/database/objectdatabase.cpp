@@ -343,6 +343,7 @@ bool ObjectDataBase::createNewDataBase()
     createGlobalTables(query);
     clearStringPool();
     clearSubIndexCaches();
+    clearSPNCache();
     addNode(0, NODE_DATA_T());
     notify(ChangeSet::DatabaseReplaced);
 
@@ -361,8 +362,11 @@ bool ObjectDataBase::openTextProject(QString path)
     converter.setObjectDataBase(this);
     converter.setDatabase(m_db);
     converter.setInputFile(path);
-    if (!converter.convertTextToSql())
+    if (!converter.convertTextToSql()) {
+        // The open goes on with an empty project; the text tells why it is empty.
+        m_lastError = tr("The text project %1 holds no groups.").arg(path);
         return false;
+    }
     verifyFileHash();
     notify(ChangeSet::DatabaseReplaced);
     return true;
@@ -385,6 +389,10 @@ bool ObjectDataBase::openWorkingCopy(const QString& path)
     m_currentPath = path;
     if (m_db.isOpen())
         m_db.close();
+    // Ids, records and SPNs of the project that was open before mean nothing in this one.
+    clearStringPool();
+    clearSubIndexCaches();
+    clearSPNCache();
     m_db.setDatabaseName(QDir::toNativeSeparators(workingPath));
     if (!m_db.open()) {
         m_lastError = m_db.lastError().text() + QLatin1Char(' ') + path;
@@ -404,15 +412,15 @@ bool ObjectDataBase::openDataBase(QString path, bool convert)
     }
     if (path.isEmpty())
         return false;
-    if (!openWorkingCopy(path))
+    const QString previousWorkingFile = m_db.isOpen() ? m_db.databaseName() : QString();
+    const QString previousPath = m_currentPath;
+    if (!openWorkingCopy(path) || !hasLines()) {
+        returnToProject(previousWorkingFile, previousPath);
         return false;
+    }
 
     QSqlQuery query(m_db);
-    if (!exec(query, QStringLiteral("select nodeId from nodes")) || !query.next())
-        return false;
-
     sendPragmas(QStringLiteral("64000"));
-    clearSubIndexCaches();
     const int version = storedDatabaseVersion();
     QList<quint8> lines = getNodeList();
     std::sort(lines.begin(), lines.end());
@@ -446,6 +454,28 @@ bool ObjectDataBase::openDataBase(QString path, bool convert)
     notify(ChangeSet::DatabaseReplaced);
     verifyFileHash();
     return true;
+}
+
+bool ObjectDataBase::hasLines()
+{
+    QSqlQuery query(m_db);
+    return exec(query, QStringLiteral("select nodeId from nodes")) && query.next();
+}
+
+// A file that could not be opened must not cost the project that was open before it.
+void ObjectDataBase::returnToProject(const QString& workingFile, const QString& path)
+{
+    if (workingFile.isEmpty())
+        return;
+    m_db.close();
+    m_db.setDatabaseName(workingFile);
+    if (!m_db.open()) {
+        qDebug() << Q_FUNC_INFO << workingFile << m_db.lastError().text();
+        return;
+    }
+    m_currentPath = path;
+    sendPragmas(QStringLiteral("64000"));
+    loadStringPool();
 }
 
 int ObjectDataBase::storedDatabaseVersion()

@@ -257,6 +257,8 @@ private:
     bool createUdsTable(QSqlQuery& query, quint8 line);
     static QString subObjectsTableStatement(quint8 line);
     bool openWorkingCopy(const QString& path);
+    bool hasLines();
+    void returnToProject(const QString& workingFile, const QString& path);
     void migrateSchema(QSqlQuery& query, const QList<quint8>& lines, int version);
     void migrateLine(QSqlQuery& query, quint8 line, int version);
     bool migrationExec(QSqlQuery& query, const QString& statement);

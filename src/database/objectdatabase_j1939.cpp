@@ -556,14 +556,18 @@ bool ObjectDataBase::copyPGNs(ObjectDataBase* source, quint8 fromLine, quint8 to
         PGN pgn;
         if (pgnNumber < from || pgnNumber > to || !source->getPGN(fromLine, pgnNumber, direction, pgn))
             continue;
-        deletePGN(toLine, pgnNumber, direction);
-        ok = addPGN(toLine, pgnNumber, pgn) && ok;
-        const QList<quint32> spns = source->getSPNList(fromLine, pgnNumber, direction);
-        for (quint32 spnNumber : spns) {
+        // Read the SPNs before the delete: a copy onto its own line deletes its source.
+        QList<SPN> spns;
+        const QList<quint32> spnNumbers = source->getSPNList(fromLine, pgnNumber, direction);
+        for (quint32 spnNumber : spnNumbers) {
             SPN spn;
             if (source->getSPN(fromLine, pgnNumber, direction, spnNumber, spn))
-                ok = addSPN(toLine, pgnNumber, direction, spnNumber, spn) && ok;
+                spns.append(spn);
         }
+        deletePGN(toLine, pgnNumber, direction);
+        ok = addPGN(toLine, pgnNumber, pgn) && ok;
+        for (const SPN& spn : std::as_const(spns))
+            ok = addSPN(toLine, pgnNumber, direction, spn.spnnumber, spn) && ok;
     }
     return ok;
 }
@@ -581,18 +585,21 @@ bool ObjectDataBase::copyCANIDs(ObjectDataBase* source, quint8 fromLine, quint8 
         CANID canId;
         if (id < from || id > to || !source->getCANID(fromLine, id, direction, canId))
             continue;
+        QList<DataElement> elements;
+        const QList<quint32> elementNumbers = source->getDataElementList(fromLine, id, direction);
+        for (quint32 elementNumber : elementNumbers) {
+            DataElement element;
+            if (source->getDataElement(fromLine, id, direction, elementNumber, element))
+                elements.append(element);
+        }
         deleteCANID(toLine, id, direction);
         if (!addCANID(toLine, id, canId)) {
             qDebug() << Q_FUNC_INFO << "addCANID() failed: " << id;
             ok = false;
             continue;
         }
-        const QList<quint32> elements = source->getDataElementList(fromLine, id, direction);
-        for (quint32 elementNumber : elements) {
-            DataElement element;
-            if (source->getDataElement(fromLine, id, direction, elementNumber, element))
-                ok = addDataElement(toLine, id, direction, elementNumber, element) && ok;
-        }
+        for (const DataElement& element : std::as_const(elements))
+            ok = addDataElement(toLine, id, direction, element.number, element) && ok;
     }
     return ok;
 }

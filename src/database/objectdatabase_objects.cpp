@@ -686,7 +686,9 @@ void ObjectDataBase::cacheAllSubs(unsigned char line, unsigned short index)
     QSqlQuery query(m_db);
     query.setForwardOnly(true);
     SubIndexCacheLine& cached = m_subIndexCache[line];
-    if (exec(query, QStringLiteral("select count(*) from SubObjects%1").arg(line)) && query.next()) {
+    // A whole line is filled in one go; room for all its records keeps the list from growing step by step.
+    if (index == 0 && exec(query, QStringLiteral("select count(*) from SubObjects%1").arg(line)) &&
+        query.next()) {
         cached.positions.reserve(query.value(0).toInt());
         cached.records.reserve(query.value(0).toInt());
     }
@@ -748,7 +750,6 @@ void ObjectDataBase::clearSubIndexCaches()
 bool ObjectDataBase::copyObjects(ObjectDataBase* source, quint8 fromLine, quint8 toLine, quint32 from,
                                  quint32 to)
 {
-    // The cache lets a copy onto its own source read sub-indices after the object was deleted here.
     source->cacheAllSubs(fromLine, 0);
     bool ok = true;
     const QList<quint16> indices = source->getIndexList(fromLine, from, to);
@@ -756,9 +757,7 @@ bool ObjectDataBase::copyObjects(ObjectDataBase* source, quint8 fromLine, quint8
         INDEX_DATA_T object;
         if (!source->getIndex(fromLine, index, object))
             continue;
-        deleteIndex(toLine, index, true);
-        ok = addIndex(toLine, index, object) && ok;
-
+        // Read the sub-indices before the delete: a copy onto its own line deletes its source.
         QList<SubEntry> entries;
         const QList<quint8> subindices = source->getSubIndexList(fromLine, index);
         for (quint8 subindex : subindices) {
@@ -769,6 +768,8 @@ bool ObjectDataBase::copyObjects(ObjectDataBase* source, quint8 fromLine, quint8
             if (source->getSubIndex(fromLine, index, subindex, entry.data))
                 entries.append(entry);
         }
+        deleteIndex(toLine, index, true);
+        ok = addIndex(toLine, index, object) && ok;
         ok = addSubIndices(entries) && ok;
     }
     return copyUdsSettings(source, fromLine, toLine) && ok;

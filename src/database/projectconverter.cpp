@@ -161,7 +161,6 @@ void ProjectConverter::foldDataPageIntoPgnNumbers(quint8 line, quint8 direction)
         }
         database->deletePGN(line, number, direction);
     }
-    database->cacheAllSPNs(line);
 }
 
 void ProjectConverter::assignSafetyTypeToSafetyTrailers(quint8 line)

@@ -235,6 +235,66 @@ TEST_F(J1939Store, CopiesTakeTheRangeAndDirectionAndReplaceTheTarget)
     EXPECT_EQ(db.getDataElementName(0, 0x7FF, rx, 0), QStringLiteral("value"));
 }
 
+// The same numbers in both directions, each with signals of its own.
+void fillBothDirections(ObjectDataBase& project, quint8 line)
+{
+    ASSERT_TRUE(project.addPGN(line, 200, pgn(tx, QStringLiteral("state"))));
+    ASSERT_TRUE(project.addPGN(line, 200, pgn(rx, QStringLiteral("command"))));
+    ASSERT_TRUE(project.addSPN(line, 200, tx, 7, spn(1, 5, 8, QStringLiteral("second"))));
+    ASSERT_TRUE(project.addSPN(line, 200, tx, 9, spn(0, 5, 8, QStringLiteral("first"))));
+    ASSERT_TRUE(project.addSPN(line, 200, rx, 7, spn(0, 6, 16, QStringLiteral("setpoint"))));
+    ASSERT_TRUE(project.addCANID(line, 0x181, canId(tx, QStringLiteral("out"))));
+    ASSERT_TRUE(project.addCANID(line, 0x181, canId(rx, QStringLiteral("in"))));
+    ASSERT_TRUE(project.addDataElement(line, 0x181, tx, 0, element(0, 5, 8, QStringLiteral("a"))));
+    ASSERT_TRUE(project.addDataElement(line, 0x181, tx, 1, element(1, 5, 8, QStringLiteral("b"))));
+    ASSERT_TRUE(project.addDataElement(line, 0x181, rx, 0, element(0, 6, 16, QStringLiteral("c"))));
+}
+
+// Importing a project copies both directions at once; a copy may also target its own line.
+TEST_F(J1939Store, CopiesOfBothDirectionsKeepEverySignalAlsoOntoTheirOwnLine)
+{
+    struct Case
+    {
+        const char* label;
+        bool fromOtherProject;
+        quint8 toLine;
+    };
+    const Case cases[] = {{"other project", true, 0},
+                          {"same project, other line", false, 1},
+                          {"same project, same line", false, 0}};
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.label);
+        ObjectDataBase target;
+        ASSERT_TRUE(target.createNewDataBase());
+        ASSERT_TRUE(target.addNode(1, NODE_DATA_T()));
+        ObjectDataBase other;
+        ASSERT_TRUE(other.createNewDataBase());
+        ObjectDataBase& source = c.fromOtherProject ? other : target;
+        fillBothDirections(source, 0);
+        if (c.toLine != 0 || c.fromOtherProject) {
+            ASSERT_TRUE(target.addPGN(c.toLine, 200, pgn(tx, QStringLiteral("stale"))));
+            ASSERT_TRUE(target.addSPN(c.toLine, 200, tx, 3, spn(0, 5, 8, QStringLiteral("stale"))));
+        }
+
+        ASSERT_TRUE(target.copyPGNs(&source, 0, c.toLine, 0, 131071, both));
+        ASSERT_TRUE(target.copyCANIDs(&source, 0, c.toLine, 0, 0x1FFFFFFF, both));
+
+        EXPECT_EQ(target.getPGNList(c.toLine, both), (QList<quint32>{200, 200}));
+        EXPECT_EQ(target.getPGNName(c.toLine, 200, tx), QStringLiteral("state"));
+        EXPECT_EQ(target.getPGNName(c.toLine, 200, rx), QStringLiteral("command"));
+        EXPECT_EQ(target.getSPNList(c.toLine, 200, tx), (QList<quint32>{9, 7}));
+        EXPECT_EQ(target.getSPNList(c.toLine, 200, rx), QList<quint32>{7});
+        ObjectDataBase::SPN written;
+        ObjectDataBase::SPN copied;
+        ASSERT_TRUE(source.getSPN(0, 200, rx, 7, written));
+        ASSERT_TRUE(target.getSPN(c.toLine, 200, rx, 7, copied));
+        EXPECT_EQ(fields(copied), fields(written));
+        EXPECT_EQ(target.getCANIDList(c.toLine, both), (QList<quint32>{0x181, 0x181}));
+        EXPECT_EQ(target.getDataElementList(c.toLine, 0x181, tx), (QList<quint32>{0, 1}));
+        EXPECT_EQ(target.getDataElementName(c.toLine, 0x181, rx, 0), QStringLiteral("c"));
+    }
+}
+
 TEST_F(J1939Store, UdsSettersKeepTheOtherColumnsOfTheService)
 {
     const quint8 routineControl = 0x31;

@@ -378,6 +378,32 @@ TEST_F(LifecycleTest, BadFilesFailToOpenAndStayUntouched)
     EXPECT_TRUE(QFileInfo(folder).isDir());
 }
 
+TEST_F(LifecycleTest, AFailedOpenKeepsTheProjectThatWasOpen)
+{
+    const QString project = savedProject("open.trwp");
+    const QString notSqlite = path("broken.trwp");
+    ASSERT_TRUE(writeFile(notSqlite, QByteArray("no database here\n").repeated(40)));
+    const QString noRows = path("norows.trwp");
+    ASSERT_TRUE(projectfile::execute(noRows, {"create table Nodes (nodeId integer primary key, name text)"}));
+
+    for (const QString& bad : {notSqlite, noRows, path("folder")}) {
+        SCOPED_TRACE(bad.toStdString());
+        ObjectDataBase db;
+        ASSERT_TRUE(db.openDataBase(project, true));
+        db.setGeneralSetting("unsaved", "kept");
+        EXPECT_FALSE(db.openDataBase(bad, true));
+
+        EXPECT_EQ(db.currentProjectPath(), project);
+        INDEX_DATA_T object;
+        ASSERT_TRUE(db.getIndex(0, 0x1000, object));
+        EXPECT_EQ(object.name, "Device type");
+        EXPECT_EQ(db.getGeneralSetting("unsaved"), "kept");
+        ASSERT_TRUE(db.addIndex(0, 0x2000, INDEX_DATA_T()));
+        ASSERT_TRUE(db.saveDatabase(QString()));
+        EXPECT_EQ(projectfile::scalar(project, "select count(*) from Objects0").toInt(), 2);
+    }
+}
+
 TEST_F(LifecycleTest, SaveKeepsTheOldFileAsBackup)
 {
     const QString project = savedProject("project.trwp");
