@@ -1,10 +1,15 @@
 #include "mcp/mcpresources.h"
 
+#include "mcp/mcprecords.h"
 #include "mcp/mcpsession.h"
+
+#include "database/objectdatabase.h"
+#include "importers/codbimporter.h"
 
 #include <QDir>
 #include <QFile>
 #include <QJsonArray>
+#include <QJsonDocument>
 #include <QTextStream>
 
 namespace {
@@ -56,7 +61,43 @@ void MCPResources::read(MCPSession& session, int id, const QJsonObject& params)
             tr("No codb path configured - drop -codbpath to use the built-in reference profiles"));
         return;
     }
-    session.sendError(id, MCPSession::InvalidParams, tr("Unknown codb resource: %1").arg(uri));
+    const QString path = uri.mid(uriScheme.size());
+    const qsizetype slash = path.indexOf(QLatin1Char('/'));
+    const QString profile = slash < 0 ? path : path.left(slash);
+    QString errorText;
+    const QSharedPointer<ObjectDataBase> database = loadProfile(session, profile, errorText);
+    if (!database) {
+        session.sendError(id, MCPSession::InvalidParams, tr("Unknown codb resource: %1").arg(uri));
+        return;
+    }
+    QJsonDocument document(MCPRecords::summaryList(*database, 0));
+    if (slash >= 0) {
+        const QString indexText = path.mid(slash + 1);
+        const QJsonObject object = objectDocument(*database, indexText);
+        if (object.isEmpty()) {
+            session.sendError(id, MCPSession::InvalidParams,
+                              tr("Index %1 not found in codb profile %2").arg(indexText, profile));
+            return;
+        }
+        document = QJsonDocument(object);
+    }
+    const QJsonObject content{
+        {QStringLiteral("uri"), uri},
+        {QStringLiteral("mimeType"), QStringLiteral("application/json")},
+        {QStringLiteral("text"), QString::fromUtf8(document.toJson(QJsonDocument::Compact))}};
+    session.sendResult(id, QJsonObject{{QStringLiteral("contents"), QJsonArray{content}}});
+}
+
+// "0x6041" and "24641" name the same object. Empty when the text is no
+// number or the profile has no such object.
+QJsonObject MCPResources::objectDocument(ObjectDataBase& database, const QString& indexText)
+{
+    bool ok = false;
+    const uint number = indexText.toUInt(&ok, 0);
+    INDEX_DATA_T object;
+    if (!ok || number > 0xFFFF || !database.getIndex(0, quint16(number), object))
+        return {};
+    return MCPRecords::indexRecord(database, 0, quint16(number), object);
 }
 
 QFileInfoList MCPResources::profileFiles(const QString& codbPath)
@@ -71,6 +112,45 @@ QString MCPResources::profileId(const QFileInfo& file)
     if (id.startsWith(QLatin1Char('v'), Qt::CaseInsensitive))
         id.remove(0, 1);
     return id;
+}
+
+QFileInfo MCPResources::findProfileFile(const QString& codbPath, const QString& profile)
+{
+    // The file's own name without the extension also finds it, so "V402"
+    // reaches the same file as "402".
+    for (const QFileInfo& file : profileFiles(codbPath)) {
+        if (profileId(file).compare(profile, Qt::CaseInsensitive) == 0 ||
+            file.completeBaseName().compare(profile, Qt::CaseInsensitive) == 0)
+            return file;
+    }
+    return {};
+}
+
+QString MCPResources::unknownProfileText(const QString& profile)
+{
+    return tr("Unknown profile \"%1\" - call list_profiles for the available ids.").arg(profile);
+}
+
+QSharedPointer<ObjectDataBase> MCPResources::loadProfile(MCPSession& session, const QString& profile,
+                                                         QString& errorText)
+{
+    if (profile == session.cachedProfileId() && session.cachedProfileDb())
+        return session.cachedProfileDb();
+    const QFileInfo file = findProfileFile(session.codbPath(), profile);
+    if (file.fileName().isEmpty()) {
+        errorText = unknownProfileText(profile);
+        return {};
+    }
+    QSharedPointer<ObjectDataBase> database(new ObjectDataBase);
+    database->createNewDataBase();
+    CODBImporter importer;
+    importer.setDatabase(database);
+    importer.setLine(0);
+    importer.setFile(file.filePath());
+    importer.startImport();
+    importer.waitFinished();
+    session.setCachedProfile(profile, database);
+    return database;
 }
 
 QString MCPResources::profileDescription(const QFileInfo& file)

@@ -1,5 +1,7 @@
 #include "mcp/mcptooltable.h"
 
+#include "mcp/mcpprofiletools.h"
+
 #include <QStringList>
 
 // The names, descriptions and schemas are the interface an agent reads to
@@ -369,26 +371,28 @@ QList<MCPTool> profileTools()
              "List the indices of the built-in reference profile databases. These are read-only "
              "internal profile databases shipped with this tool - they are not projects, cannot be "
              "opened, edited or saved, and are addressed by their id only. "),
-         inputSchema()},
+         inputSchema(), &MCPProfileTools::listProfiles},
         {QStringLiteral("list_profile_indices"),
          QStringLiteral(
              "List the object dictionary indices a reference profile database defines. Read-only "
              "lookup in an internal profile database - it does not touch the currently open project."),
-         inputSchema(profile, {QStringLiteral("profile")})},
+         inputSchema(profile, {QStringLiteral("profile")}), &MCPProfileTools::listProfileIndices},
         {QStringLiteral("get_profile_index"),
          QStringLiteral(
              "Get one object dictionary index of a reference profile database, including its "
              "subindices. Read-only lookup in an internal profile database - it does not touch the "
              "currently open project."),
          inputSchema(merged(profile, {{QStringLiteral("index"), indexProperty()}}),
-                     {QStringLiteral("profile"), QStringLiteral("index")})},
+                     {QStringLiteral("profile"), QStringLiteral("index")}),
+         &MCPProfileTools::getProfileIndex},
         {QStringLiteral("import_profile_indices"),
          QStringLiteral(
              "Copy objects from a reference profile database into a CANopen line of the currently open "
              "project. The objects keep the definitions the profile provides; indices that already "
              "exist on the target line are skipped, never overwritten."),
          inputSchema(importProperties,
-                     {QStringLiteral("profile"), QStringLiteral("line"), QStringLiteral("indices")})},
+                     {QStringLiteral("profile"), QStringLiteral("line"), QStringLiteral("indices")}),
+         &MCPProfileTools::importProfileIndices},
     };
 }
 

@@ -1,0 +1,145 @@
+#include "mcp/mcpprofiletools.h"
+
+#include "mcp/mcprecords.h"
+#include "mcp/mcpresources.h"
+#include "mcp/mcpsession.h"
+
+#include "database/objectdatabase.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+
+namespace {
+
+QString compact(const QJsonDocument& document)
+{
+    return QString::fromUtf8(document.toJson(QJsonDocument::Compact));
+}
+
+QString profileArgument(const QJsonObject& arguments)
+{
+    return arguments.value(QStringLiteral("profile")).toString();
+}
+
+} // namespace
+
+void MCPProfileTools::listProfiles(MCPSession& session, int id, const QJsonObject&)
+{
+    if (!ensureProfilePath(session, id))
+        return;
+    QJsonArray ids;
+    for (const QFileInfo& file : MCPResources::profileFiles(session.codbPath()))
+        ids.append(MCPResources::profileId(file));
+    session.sendToolText(id, compact(QJsonDocument(ids)), false);
+}
+
+void MCPProfileTools::listProfileIndices(MCPSession& session, int id, const QJsonObject& arguments)
+{
+    if (!ensureProfilePath(session, id) ||
+        !session.ensureArguments(id, arguments, {QStringLiteral("profile")},
+                                 tr("Missing required argument: profile")))
+        return;
+    const QString profile = profileArgument(arguments);
+    if (MCPResources::findProfileFile(session.codbPath(), profile).fileName().isEmpty()) {
+        session.sendToolText(id, MCPResources::unknownProfileText(profile), true);
+        return;
+    }
+    QString errorText;
+    const QSharedPointer<ObjectDataBase> database = MCPResources::loadProfile(session, profile, errorText);
+    if (!database) {
+        session.sendToolText(id, errorText, true);
+        return;
+    }
+    session.sendToolText(id, compact(QJsonDocument(MCPRecords::summaryList(*database, 0))), false);
+}
+
+void MCPProfileTools::getProfileIndex(MCPSession& session, int id, const QJsonObject& arguments)
+{
+    if (!ensureProfilePath(session, id) ||
+        !session.ensureArguments(id, arguments, {QStringLiteral("profile"), QStringLiteral("index")},
+                                 tr("Missing required argument: profile and/or index")))
+        return;
+    const QString profile = profileArgument(arguments);
+    QString errorText;
+    const QSharedPointer<ObjectDataBase> database = MCPResources::loadProfile(session, profile, errorText);
+    if (!database) {
+        session.sendToolText(id, errorText, true);
+        return;
+    }
+    const quint16 index = quint16(arguments.value(QStringLiteral("index")).toInt());
+    INDEX_DATA_T object;
+    if (!database->getIndex(0, index, object)) {
+        session.sendToolText(
+            id, tr("Index %1 is not defined in profile %2.").arg(MCPRecords::indexText(index), profile),
+            true);
+        return;
+    }
+    QJsonObject record = MCPRecords::indexRecord(*database, 0, index, object);
+    record.insert(QStringLiteral("profile"), profile);
+    session.sendToolText(id, compact(QJsonDocument(record)), false);
+}
+
+void MCPProfileTools::importProfileIndices(MCPSession& session, int id, const QJsonObject& arguments)
+{
+    if (!session.ensureProjectOpen(id) || !ensureProfilePath(session, id) ||
+        !session.ensureArguments(
+            id, arguments, {QStringLiteral("profile"), QStringLiteral("line"), QStringLiteral("indices")},
+            tr("Missing required argument: profile, line and/or indices")))
+        return;
+    const QJsonArray indices = arguments.value(QStringLiteral("indices")).toArray();
+    if (indices.isEmpty()) {
+        session.sendError(id, MCPSession::InvalidParams,
+                          tr("Argument indices must be a non-empty array of index numbers"));
+        return;
+    }
+    const QSharedPointer<ObjectDataBase> project = session.ensureDatabase(id);
+    const quint8 line = quint8(arguments.value(QStringLiteral("line")).toInt());
+    if (!project || !session.ensureCanopenLine(id, *project, line))
+        return;
+    const QString profile = profileArgument(arguments);
+    QString errorText;
+    const QSharedPointer<ObjectDataBase> source = MCPResources::loadProfile(session, profile, errorText);
+    if (!source) {
+        session.sendToolText(id, errorText, true);
+        return;
+    }
+
+    QStringList imported;
+    QStringList skipped;
+    for (const QJsonValue& value : indices) {
+        const quint16 index = quint16(value.toInt());
+        const QString indexText = MCPRecords::indexText(index);
+        if (!source->indexExists(0, index)) {
+            skipped << tr("%1 (not defined in profile %2)").arg(indexText, profile);
+        } else if (project->indexExists(line, index)) {
+            skipped << tr("%1 (already exists on line %2)").arg(indexText).arg(line);
+        } else {
+            project->copyIndexFromDatabase(source.data(), 0, index, line, index);
+            if (project->indexExists(line, index))
+                imported << indexText;
+            else
+                skipped << tr("%1 (copy failed)").arg(indexText);
+        }
+    }
+
+    QString text = tr("Imported %1 object(s) from profile %2 into line %3")
+                       .arg(QString::number(imported.size()), profile, QString::number(line));
+    if (!imported.isEmpty())
+        text += QStringLiteral(": ") + imported.join(QStringLiteral(", "));
+    text += QLatin1Char('.');
+    if (!skipped.isEmpty())
+        text += tr("\nSkipped %1: %2.").arg(skipped.size()).arg(skipped.join(QStringLiteral(", ")));
+    text += QStringLiteral("\n\n") + session.modelCheckSummary();
+    session.sendToolText(id, text, imported.isEmpty());
+}
+
+// Start-up keeps the built-in folder when -codbpath has no value, so only an
+// emptied path fails here.
+bool MCPProfileTools::ensureProfilePath(MCPSession& session, int id)
+{
+    if (!session.codbPath().isEmpty())
+        return true;
+    session.sendToolText(
+        id, tr("No profile path configured - drop -codbpath to use the built-in reference profiles."), true);
+    return false;
+}
