@@ -44,6 +44,13 @@ void MCPSession::sendToolText(int id, const QString& text, bool isError)
     sendResult(id, result);
 }
 
+void MCPSession::sendToolData(int id, const QJsonValue& data, bool isError)
+{
+    const QJsonDocument document =
+        data.isArray() ? QJsonDocument(data.toArray()) : QJsonDocument(data.toObject());
+    sendToolText(id, QString::fromUtf8(document.toJson(QJsonDocument::Compact)), isError);
+}
+
 bool MCPSession::ensureProjectOpen(int id)
 {
     if (m_projectOpen)

@@ -40,6 +40,9 @@ public:
     void sendResult(int id, const QJsonValue& value);
     void sendError(int id, int code, const QString& message);
     void sendToolText(int id, const QString& text, bool isError);
+    // Data such as lists and records travels as a compact JSON document in
+    // the text of the tool result, never in the result itself.
+    void sendToolData(int id, const QJsonValue& data, bool isError);
 
     // The guards of the project tools, in the order they are applied. Each
     // one that fails has already sent the reply.

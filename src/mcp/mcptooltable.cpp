@@ -1,6 +1,8 @@
 #include "mcp/mcptooltable.h"
 
+#include "mcp/mcpobjecttools.h"
 #include "mcp/mcpprofiletools.h"
+#include "mcp/mcpprojecttools.h"
 
 #include <QStringList>
 
@@ -190,7 +192,7 @@ QList<MCPTool> projectTools()
     const QJsonObject line{{QStringLiteral("line"), lineProperty()}};
     return {
         {QStringLiteral("open_project"), QStringLiteral("Open a .trwp project file"),
-         inputSchema(path, {QStringLiteral("path")})},
+         inputSchema(path, {QStringLiteral("path")}), &MCPProjectTools::openProject},
         {QStringLiteral("import_file"),
          QStringLiteral(
              "Import a file into the currently open project. Format is auto-detected: .csv, .eds, .dcf, "
@@ -198,24 +200,24 @@ QList<MCPTool> projectTools()
              "matching-line-type entities from another native project). XDD/DBC/CODB/J1939-XLSX import "
              "exist in the source tree but are not compiled into this build (see "
              "trw_cli/MCP_PLAN.md Phase 6)."),
-         inputSchema(path, {QStringLiteral("path")})},
+         inputSchema(path, {QStringLiteral("path")}), &MCPProjectTools::importFile},
         {QStringLiteral("generate"),
          QStringLiteral(
              "Run the generator pipeline on the currently open project - always generates every output "
              "applicable to the project's line type(s), there is no per-format selection."),
-         inputSchema(generateProperties)},
+         inputSchema(generateProperties), &MCPProjectTools::generate},
         {QStringLiteral("save_project"), QStringLiteral("Save the currently open project to disk"),
-         inputSchema()},
+         inputSchema(), &MCPProjectTools::saveProject},
         {QStringLiteral("check_model"),
          QStringLiteral(
              "Run the model consistency check on the currently open project, without generating output"),
-         inputSchema()},
+         inputSchema(), &MCPProjectTools::checkModel},
         {QStringLiteral("list_lines"),
          QStringLiteral("List the CAN lines in the currently open project and their protocol type code "
                         "(1=CANopen, 2=J1939, 4=RAW-CAN, other values are combined types)"),
-         inputSchema()},
+         inputSchema(), &MCPProjectTools::listLines},
         {QStringLiteral("get_line"), QStringLiteral("Get details of a single line"),
-         inputSchema(line, {QStringLiteral("line")})},
+         inputSchema(line, {QStringLiteral("line")}), &MCPProjectTools::getLine},
     };
 }
 
@@ -232,21 +234,25 @@ QList<MCPTool> dictionaryReadTools()
     return {
         {QStringLiteral("list_indices"),
          QStringLiteral("List the object dictionary indices defined on a line"),
-         inputSchema({{QStringLiteral("line"), lineProperty()}}, {QStringLiteral("line")})},
+         inputSchema({{QStringLiteral("line"), lineProperty()}}, {QStringLiteral("line")}),
+         &MCPObjectTools::listIndices},
         {QStringLiteral("get_index"),
          QStringLiteral("Get an object dictionary index, including its subindices, for a line"),
-         inputSchema(lineIndex(), {QStringLiteral("line"), QStringLiteral("index")})},
+         inputSchema(lineIndex(), {QStringLiteral("line"), QStringLiteral("index")}),
+         &MCPObjectTools::getIndex},
         {QStringLiteral("get_subindex"),
          QStringLiteral("Get a single subindex of an object dictionary index for a line"),
          inputSchema(lineIndexSub(),
-                     {QStringLiteral("line"), QStringLiteral("index"), QStringLiteral("sub")})},
+                     {QStringLiteral("line"), QStringLiteral("index"), QStringLiteral("sub")}),
+         &MCPObjectTools::getSubindex},
         {QStringLiteral("find_indices"),
          QStringLiteral(
              "Find object dictionary indices on a line by name, using a glob pattern. The pattern is "
              "matched against the complete index name and is case-insensitive, so \"*controlword*\" "
              "finds every name containing that word. Returns the matching indices in the same form as "
              "list_indices."),
-         inputSchema(findProperties, {QStringLiteral("line"), QStringLiteral("globPattern")})},
+         inputSchema(findProperties, {QStringLiteral("line"), QStringLiteral("globPattern")}),
+         &MCPObjectTools::findIndices},
     };
 }
 
@@ -271,11 +277,12 @@ QList<MCPTool> lineEditTools()
          QStringLiteral(
              "Add a new line to the currently open project and set its line type. Fails if the line id "
              "already exists, or if lineType isn't supported by this build."),
-         inputSchema(addLineProperties, {QStringLiteral("line")})},
+         inputSchema(addLineProperties, {QStringLiteral("line")}), &MCPProjectTools::addLine},
         {QStringLiteral("delete_line"),
          QStringLiteral(
              "Delete a line and all its object dictionary entries from the currently open project."),
-         inputSchema({{QStringLiteral("line"), lineProperty()}}, {QStringLiteral("line")})},
+         inputSchema({{QStringLiteral("line"), lineProperty()}}, {QStringLiteral("line")}),
+         &MCPProjectTools::deleteLine},
     };
 }
 
@@ -328,31 +335,36 @@ QList<MCPTool> dictionaryEditTools()
              "line - use delete_index first to replace it."),
          inputSchema(addIndexProperties,
                      lineIndexKeys + QStringList{QStringLiteral("name"), QStringLiteral("objectType"),
-                                                 QStringLiteral("dataType")})},
+                                                 QStringLiteral("dataType")}),
+         &MCPObjectTools::addIndex},
         {QStringLiteral("delete_index"),
          QStringLiteral("Delete an object dictionary index and all its subindices from a line."),
-         inputSchema(lineIndex(), lineIndexKeys)},
+         inputSchema(lineIndex(), lineIndexKeys), &MCPObjectTools::deleteIndex},
         {QStringLiteral("add_subindex"),
          QStringLiteral(
              "Add a new subindex to an existing object dictionary index. Fails if the index doesn't "
              "exist yet, or the subindex already exists."),
          inputSchema(addSubindexProperties,
-                     lineIndexSubKeys + QStringList{QStringLiteral("name"), QStringLiteral("dataType")})},
+                     lineIndexSubKeys + QStringList{QStringLiteral("name"), QStringLiteral("dataType")}),
+         &MCPObjectTools::addSubindex},
         {QStringLiteral("delete_subindex"),
          QStringLiteral("Delete a single subindex from an object dictionary index."),
-         inputSchema(lineIndexSub(), lineIndexSubKeys)},
+         inputSchema(lineIndexSub(), lineIndexSubKeys), &MCPObjectTools::deleteSubindex},
         {QStringLiteral("set_subindex_value"),
          QStringLiteral("Change the default value of an existing subindex."),
-         inputSchema(setValueProperties, lineIndexSubKeys + QStringList{QStringLiteral("defaultValue")})},
+         inputSchema(setValueProperties, lineIndexSubKeys + QStringList{QStringLiteral("defaultValue")}),
+         &MCPObjectTools::setSubindexValue},
         {QStringLiteral("set_index_name"), QStringLiteral("Rename an existing object dictionary index."),
-         inputSchema(setNameProperties, lineIndexKeys + QStringList{QStringLiteral("name")})},
+         inputSchema(setNameProperties, lineIndexKeys + QStringList{QStringLiteral("name")}),
+         &MCPObjectTools::setIndexName},
         {QStringLiteral("copy_index"),
          QStringLiteral(
              "Copy an object dictionary index (and its subindices) from one line/index location to "
              "another within the currently open project. Overwrites any existing index at the "
              "destination."),
          inputSchema(copyProperties, {QStringLiteral("srcLine"), QStringLiteral("srcIndex"),
-                                      QStringLiteral("destLine"), QStringLiteral("destIndex")})},
+                                      QStringLiteral("destLine"), QStringLiteral("destIndex")}),
+         &MCPObjectTools::copyIndex},
     };
 }
 

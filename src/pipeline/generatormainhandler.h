@@ -45,6 +45,8 @@ public:
 
     QSharedPointer<ObjectDataBase> database() const { return m_database; }
     QString outputDir() const { return m_outputDir; }
+    // The server's generate writes into a folder of the client's choice for one run.
+    void setOutputDir(const QString& dir) { m_outputDir = dir; }
     QString projectBaseName() const { return m_projectBaseName; }
     QString projectPath() const { return m_projectPath; }
 
