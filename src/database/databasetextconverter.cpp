@@ -161,6 +161,10 @@ void DatabaseTextConverter::replaceNullValuesOfColumn(const QString& table, cons
     else
         return;
 
+    // Most columns hold no NULL at all; only those are worth a walk over their rows.
+    if (queryColumn(QStringLiteral("SELECT ROWID FROM %1 WHERE %2 IS NULL LIMIT 1").arg(table, column))
+            .isEmpty())
+        return;
     const QStringList rowIds = queryColumn(QStringLiteral("SELECT ROWID FROM %1").arg(table));
     QSqlQuery query(sqlDatabase);
     for (const QString& rowId : rowIds) {
@@ -361,11 +365,15 @@ bool DatabaseTextConverter::convertTextToSql()
     QStringList groups = settings->childGroups();
     if (groups.isEmpty())
         return false;
+    // One transaction for the many single-column writes of a large project.
+    sqlDatabase.transaction();
     // The lines have to exist before anything of theirs can be stored.
     if (groups.removeAll(QStringLiteral("Nodes")) > 0)
         importNodes();
     for (const QString& group : std::as_const(groups))
         importGroup(group);
+    if (!sqlDatabase.commit())
+        qDebug() << Q_FUNC_INFO << sqlDatabase.lastError().text();
     return true;
 }
 
