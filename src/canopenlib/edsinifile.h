@@ -42,6 +42,8 @@ public:
 
     // In the order of their first appearance.
     const QList<Section>& sections() const { return m_sections; }
+    // The whole decoded file, for readers that need its lines as they stand.
+    QStringView text() const { return m_text; }
 
 private:
     static QString decode(const QByteArray& data);

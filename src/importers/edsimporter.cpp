@@ -281,24 +281,47 @@ void EDSImporter::generateMissingPdoObjects()
     database->addSubIndices(subs);
 }
 
-// ";;" lines are the descriptions of the section they stand in.
+// ";;" lines are descriptions. They belong to the section header above
+// them, and a header that appears twice gets the text of each place in turn.
 void EDSImporter::importComments(const EdsIniFile& file)
 {
-    for (const EdsIniFile::Section& section : file.sections()) {
-        if (!section.commentLines.isEmpty())
-            applyComment(section.name.toString(), section.comment());
+    const QStringView text = file.text();
+    QString header;
+    QStringList collected;
+    auto flush = [this, &header, &collected]() {
+        if (!collected.isEmpty())
+            applyComment(header, collected.join(QLatin1Char('\n')));
+        collected.clear();
+    };
+    qsizetype pos = 0;
+    while (pos < text.size()) {
+        qsizetype end = pos;
+        while (end < text.size() && text[end] != QLatin1Char('\n') && text[end] != QLatin1Char('\r'))
+            ++end;
+        const QStringView line = text.mid(pos, end - pos);
+        if (line.startsWith(QLatin1String(";;"))) {
+            collected << line.mid(2).toString();
+        } else if (line.startsWith(QLatin1Char('['))) {
+            flush();
+            header = line.toString();
+        }
+        pos = end + 1;
     }
+    flush();
 }
 
-// The section name starts with the object number; "sub" and a number behind
-// it name a subindex, otherwise the text belongs to the object and sub 0.
+// Characters 2 to 5 of the header are the object; "sub" and a number behind
+// it up to the bracket name a subindex, otherwise the text belongs to the
+// object and its sub 0.
 void EDSImporter::applyComment(const QString& header, const QString& text)
 {
-    const quint16 index = quint16(header.left(4).toUInt(nullptr, 16));
+    const quint16 index = quint16(header.mid(1, 4).toUInt(nullptr, 16));
     quint32 sub = noSubIndex;
     const qsizetype subAt = header.indexOf(QLatin1String("sub"), 0, Qt::CaseInsensitive);
-    if (subAt >= 0)
-        sub = header.mid(subAt + 3).toUInt(nullptr, 16);
+    if (subAt >= 0) {
+        const qsizetype close = header.indexOf(QLatin1Char(']'), subAt);
+        sub = header.mid(subAt + 3, close < 0 ? -1 : close - subAt - 3).toUInt(nullptr, 16);
+    }
 
     if (sub < noSubIndex) {
         SUBINDEX_DATA_T record;
