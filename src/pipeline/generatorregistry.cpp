@@ -4,6 +4,8 @@
 #include "generators/canopen/codefinegenerator.h"
 #include "generators/canopen/gendefinegenerator.h"
 #include "generators/canopen/indicesgenerator.h"
+#include "generators/canopen/objdictgenerator.h"
+#include "generators/canopen/objdictgeneratorv4.h"
 #include "generators/documents/edsgenerator.h"
 
 namespace {
@@ -17,6 +19,12 @@ AbstractGenerator* createDefineGenerator(const GeneratorOptions& options)
     return generator;
 }
 
+template <typename ObjDict>
+AbstractGenerator* createObjDictGenerator(const GeneratorOptions& options)
+{
+    return new ObjDict(options.compactArrays, options.sdoServerMode);
+}
+
 QHash<QString, GeneratorRegistry::Entry> builtInGenerators()
 {
     QHash<QString, GeneratorRegistry::Entry> known;
@@ -28,6 +36,8 @@ QHash<QString, GeneratorRegistry::Entry> builtInGenerators()
                                                       {}});
     known.insert(QStringLiteral("CoDefineGenerator"), {createDefineGenerator<CoDefineGenerator>, {}});
     known.insert(QStringLiteral("GenDefineGenerator"), {createDefineGenerator<GenDefineGenerator>, {}});
+    known.insert(QStringLiteral("ObjDictGenerator"), {createObjDictGenerator<ObjDictGenerator>, {}});
+    known.insert(QStringLiteral("ObjDictGeneratorV4"), {createObjDictGenerator<ObjDictGeneratorV4>, {}});
     known.insert(QStringLiteral("EDSGenerator"),
                  {[](const GeneratorOptions& options) -> AbstractGenerator* {
                       return new EDSGenerator(options.edsDefine, options.canFd, options.classical);

@@ -1,0 +1,489 @@
+#include "generators/canopen/objdictgenerator.h"
+
+#include "canopenlib/cohelper.h"
+
+namespace {
+
+constexpr quint8 noCompaction = 255;
+
+bool sameEntry(const SUBINDEX_DATA_T& a, const SUBINDEX_DATA_T& b)
+{
+    return a.datatype == b.datatype && a.accesstype == b.accesstype && a.pdomapping == b.pdomapping &&
+           a.lowlimit == b.lowlimit && a.uplimit == b.uplimit && a.size == b.size &&
+           a.defaultineds == b.defaultineds && a.limitineds == b.limitineds && a.refuseread == b.refuseread &&
+           a.refusewrite == b.refusewrite && a.description.simplified() == b.description.simplified() &&
+           a.nvstorage == b.nvstorage && a.defaultvalue == b.defaultvalue &&
+           a.writedefaulttoeds == b.writedefaulttoeds;
+}
+
+QString objectTypeWord(int objectType)
+{
+    switch (objectType) {
+    case 2:
+        return QStringLiteral("CO_ODTYPE_DOM");
+    case 7:
+        return QStringLiteral("CO_ODTYPE_VAR");
+    case 8:
+        return QStringLiteral("CO_ODTYPE_ARRAY");
+    case 9:
+        return QStringLiteral("CO_ODTYPE_STRUCT");
+    default:
+        return QString();
+    }
+}
+
+// The short type word of the value tables: BOOLEAN and UNSIGNED2 to UNSIGNED7 live in UNSIGNED8.
+QString tableWord(int dataType)
+{
+    const QString word = COHelper::index2DataTypeShortString(quint16(dataType));
+    static const QStringList narrow = {QStringLiteral("b"),  QStringLiteral("u2"), QStringLiteral("u3"),
+                                       QStringLiteral("u4"), QStringLiteral("u5"), QStringLiteral("u6"),
+                                       QStringLiteral("u7")};
+    return narrow.contains(word) ? QStringLiteral("u8") : word;
+}
+
+quint64 numberOf(const SUBINDEX_DATA_T* sub)
+{
+    if (!sub)
+        return 0;
+    bool ok = false;
+    const quint64 value = COHelper::parseUnsigned(sub->defaultvalue.trimmed(), &ok);
+    return ok ? value : 0;
+}
+
+} // namespace
+
+quint8 ObjDictGenerator::compactLimit(const QList<quint8>& subindices,
+                                      const QList<const SUBINDEX_DATA_T*>& subs)
+{
+    if (subindices.size() < 3)
+        return noCompaction;
+    quint8 limit = noCompaction;
+    for (qsizetype i = subindices.size() - 1; i > 0; --i) {
+        const quint8 lower = subindices.at(i - 1);
+        if (lower == 0)
+            break;
+        if (lower + 1 != subindices.at(i))
+            return noCompaction;
+        if (!sameEntry(*subs.at(i - 1), *subs.at(i)))
+            break;
+        limit = lower;
+    }
+    return limit;
+}
+
+QList<quint8> ObjDictGenerator::describedSubindices(quint8 line, const DictObject& object,
+                                                    quint8* compactEnd) const
+{
+    quint8 limit = noCompaction;
+    if (m_compactDescription && object.index >= 0x1200) {
+        QList<const SUBINDEX_DATA_T*> subs;
+        for (quint8 subindex : object.subindices)
+            subs << findSub(line, object.index, subindex);
+        limit = compactLimit(object.subindices, subs);
+    }
+    *compactEnd = limit;
+    QList<quint8> described;
+    for (quint8 subindex : object.subindices) {
+        if (subindex > limit)
+            break;
+        const SUBINDEX_DATA_T& sub = *findSub(line, object.index, subindex);
+        if ((line != 0 && sub.sharedlines) || sub.implementation == 3)
+            continue;
+        described << subindex;
+    }
+    return described;
+}
+
+// Both counts stand at the head of the file, before the tables are written.
+void ObjDictGenerator::countRows()
+{
+    m_assignCount = 0;
+    m_descriptionCount = 0;
+    m_lineAssignCounts.clear();
+    m_lineDescriptionCounts.clear();
+    for (quint8 line : dictionaryLines()) {
+        int lineRows = 0;
+        for (const DictObject& object : objectsOf(line)) {
+            const SUBINDEX_DATA_T* first = findSub(line, object.index, 0);
+            if (!first || first->implementation != 3)
+                ++m_lineAssignCounts[line];
+            m_descriptionStart.insert((quint32(line) << 24) | object.index, m_descriptionCount);
+            quint8 compactEnd = noCompaction;
+            const int rows = int(describedSubindices(line, object, &compactEnd).size());
+            m_descriptionCount += rows;
+            lineRows += rows;
+        }
+        m_lineDescriptionCounts.insert(line, lineRows);
+        m_assignCount += m_lineAssignCounts.value(line);
+    }
+}
+
+void ObjDictGenerator::writeObjectDescriptions()
+{
+    SectionStream out(this);
+    out << "\n/* description of the objects */\n";
+    out << "CO_CONST CO_OBJECT_DESC_T CO_CONST_STORAGE_CLASS od_description[CO_OBJ_DESC_CNT] = {\n";
+    for (quint8 line : dictionaryLines()) {
+        for (const DictObject& object : objectsOf(line)) {
+            quint8 compactEnd = noCompaction;
+            const QList<quint8> described = describedSubindices(line, object, &compactEnd);
+            for (quint8 subindex : described)
+                out << descriptionRow(line, object.index, subindex, *findSub(line, object.index, subindex),
+                                      subindex == compactEnd);
+        }
+    }
+    out << "};\n";
+}
+
+QString ObjDictGenerator::descriptionRow(quint8 line, quint16 index, quint8 subindex,
+                                         const SUBINDEX_DATA_T& sub, bool compactEnd)
+{
+    const quint32 key = objectKey(line, index, subindex);
+    QString row = QStringLiteral("\t{ (UNSIGNED8)%1u, ").arg(subindex);
+    row += dataTypeWord(line, index, subindex, sub).leftJustified(18) + QStringLiteral(", ");
+    if (coreForm()) {
+        const QString suffix = serviceSuffix(line, index, subindex, sub);
+        row += QStringLiteral("CO_DSPEC") + suffix + QStringLiteral(", ");
+    }
+    row += QStringLiteral("(UNSIGNED16)%1u, ").arg(valueSlot(line, index, subindex, sub));
+    row += attributeWord(key, sub, compactEnd) + QStringLiteral(", ");
+    row += QStringLiteral(" (UNSIGNED16)%1").arg(m_constSlot.value(key));
+    if (m_limitCheck > 0)
+        row += QStringLiteral("u, (UNSIGNED16)%1u, (UNSIGNED16)%2")
+                   .arg(m_lowLimitSlot.value(key))
+                   .arg(m_upLimitSlot.value(key));
+    row += QStringLiteral("u},");
+    if (multiLineForm())
+        row +=
+            QStringLiteral("/* %1-0x%2:%3*/ \n").arg(line).arg(index, 4, 16, QLatin1Char('0')).arg(subindex);
+    else
+        row += QStringLiteral("/* 0x%1:%2*/ \n").arg(index, 4, 16, QLatin1Char('0')).arg(subindex);
+    return row;
+}
+
+// The classic stack joins type and service into one word ("CO_DTYPE_U8_SYNC");
+// the V4 stack keeps the service in a word of its own.
+QString ObjDictGenerator::dataTypeWord(quint8 line, quint16 index, quint8 subindex,
+                                       const SUBINDEX_DATA_T& sub) const
+{
+    const int dataType = coreForm() && sub.datatype == 12 ? 25 : sub.datatype;
+    QString shortWord = COHelper::index2DataTypeShortString(quint16(dataType)).toUpper();
+    static const QStringList narrow = {QStringLiteral("U2"), QStringLiteral("U3"), QStringLiteral("U4"),
+                                       QStringLiteral("U5"), QStringLiteral("U6"), QStringLiteral("U7")};
+    if (shortWord == QLatin1String("D"))
+        shortWord = QStringLiteral("DOMAIN");
+    else if (shortWord == QLatin1String("B"))
+        shortWord = QStringLiteral("BOOL");
+    else if (narrow.contains(shortWord))
+        shortWord = QStringLiteral("U8");
+    if (coreForm())
+        return QStringLiteral("CORE_DTYPE_") + shortWord;
+    QString word = QStringLiteral("CO_DTYPE_") + shortWord;
+    const QString suffix = serviceSuffix(line, index, subindex, sub);
+    if (suffix == QLatin1String("_CONST") && word == QLatin1String("CO_DTYPE_OS"))
+        word = QStringLiteral("CO_DTYPE_VS");
+    return word + suffix;
+}
+
+QString ObjDictGenerator::serviceSuffix(quint8 line, quint16 i, quint8 s, const SUBINDEX_DATA_T& sub) const
+{
+    if (sub.implementation == 1)
+        return QStringLiteral("_CONST");
+    if (i == 0x1005 || i == 0x1006 || i == 0x1019)
+        return QStringLiteral("_SYNC");
+    if (i == 0x1003 || i == 0x1014 || i == 0x1015 || (i == 0x1028 && s != 0) || i == 0x1032)
+        return QStringLiteral("_EMCY");
+    if ((i == 0x1016 && s != 0) || i == 0x100C || i == 0x100D || i == 0x1017 || (i == 0x1029 && s == 1))
+        return QStringLiteral("_ERRCTRL");
+    if ((i == 0x1010 || i == 0x1011) && s != 0)
+        return QStringLiteral("_STORE");
+    if (i == 0x1012)
+        return QStringLiteral("_TIME");
+    if (i == 0x102A)
+        return QStringLiteral("_NMT");
+    if (i >= 0x1200 && i <= 0x127F && s != 0)
+        return QStringLiteral("_SDO_SERVER");
+    if (i >= 0x1280 && i <= 0x12FF && s != 0)
+        return QStringLiteral("_SDO_CLIENT");
+    if (i == 0x1300)
+        return QStringLiteral("_GFC");
+    if ((i >= 0x1301 && i <= 0x13F0 && s != 0) || i == 0x13FE || i == 0x13FF)
+        return QStringLiteral("_SRDO");
+    if (i >= 0x1400 && i <= 0x15FF && s != 0)
+        return QStringLiteral("_RPDO");
+    if (i >= 0x1600 && i <= 0x17FF)
+        return QStringLiteral("_RMAP");
+    if (i >= 0x1800 && i <= 0x19FF && s != 0)
+        return QStringLiteral("_TPDO");
+    if (i >= 0x1A00 && i <= 0x1BFF)
+        return QStringLiteral("_TMAP");
+    if (i == 0x1F10 || i == 0x1F11)
+        return QStringLiteral("_SRD");
+    if (i == 0x1F2C && s != 0)
+        return QStringLiteral("_NETWORK");
+    if (i >= 0x1F80 && i <= 0x1F82)
+        return QStringLiteral("_NMT");
+    if (i == 0x1F90)
+        return QStringLiteral("_FLYMA");
+    if (isSrdoEntry(line, i, s))
+        return QStringLiteral("_SRDO");
+    if (sub.datatype == 15)
+        return QString();
+    if (sub.implementation == 0)
+        return QStringLiteral("_VAR");
+    if (sub.implementation == 2)
+        return QStringLiteral("_PTR");
+    return QString();
+}
+
+// Objects that a stack service owns give the number of the object or of the service instance.
+int ObjDictGenerator::valueSlot(quint8 line, quint16 i, quint8 s, const SUBINDEX_DATA_T& sub) const
+{
+    if (sub.implementation == 1)
+        return m_constSlot.value(objectKey(line, i, s));
+    switch (i) {
+    case 0x1003:
+    case 0x1005:
+    case 0x1006:
+    case 0x100C:
+    case 0x100D:
+    case 0x102A:
+    case 0x1014:
+    case 0x1015:
+    case 0x1019:
+    case 0x1017:
+    case 0x1032:
+        return i;
+    case 0x1016:
+    case 0x1010:
+    case 0x1011:
+    case 0x1028:
+    case 0x1F90:
+        if (s != 0)
+            return i;
+        break;
+    case 0x1F2C:
+        if (s != 0)
+            return 7980;
+        break;
+    case 0x1029:
+        if (s == 1)
+            return i;
+        break;
+    default:
+        break;
+    }
+    if ((i >= 0x1F80 && i <= 0x1F82) || (i >= 0x1301 && i <= 0x13FF))
+        return i;
+    struct Range
+    {
+        quint16 from;
+        quint16 to;
+        bool withSubZero;
+        int base;
+    };
+    static const Range instances[] = {
+        {0x1200, 0x127F, false, 0x11FF}, {0x1280, 0x12FF, false, 0x127F}, {0x1400, 0x15FF, false, 0x13FF},
+        {0x1600, 0x17FF, true, 0x15FF},  {0x1800, 0x19FF, false, 0x17FF}, {0x1A00, 0x1BFF, true, 0x19FF},
+    };
+    for (const Range& range : instances) {
+        if (i >= range.from && i <= range.to && (range.withSubZero || s != 0))
+            return i - range.base;
+    }
+    if (isSrdoEntry(line, i, s))
+        return i;
+    return m_varSlot.value(objectKey(sub.sharedlines ? 0 : line, i, s));
+}
+
+QString ObjDictGenerator::attributeWord(quint32 key, const SUBINDEX_DATA_T& sub, bool compactEnd) const
+{
+    QString word;
+    if (sub.datatype < 9 || sub.datatype == 22)
+        word += QStringLiteral("CO_ATTR_NUM | ");
+    const QString& access = sub.accesstype;
+    const bool readOnly = access == QLatin1String("const") || access == QLatin1String("ro");
+    const bool readWrite =
+        access == QLatin1String("rw") || access == QLatin1String("rwr") || access == QLatin1String("rww");
+    if (readOnly)
+        word += QStringLiteral("CO_ATTR_READ");
+    else if (access == QLatin1String("wo"))
+        word += QStringLiteral("CO_ATTR_WRITE");
+    else if (readWrite)
+        word += QStringLiteral("CO_ATTR_READ | CO_ATTR_WRITE");
+    if (!sub.pdomapping.isEqualToType(PDOMapping::NotMappable)) {
+        if (readOnly || access == QLatin1String("rw") || access == QLatin1String("rwr"))
+            word += QStringLiteral(" | CO_ATTR_MAP_TR");
+        if (access == QLatin1String("wo") || access == QLatin1String("rw") || access == QLatin1String("rww"))
+            word += QStringLiteral(" | CO_ATTR_MAP_REC");
+    }
+    if (sub.defaultineds)
+        word += QStringLiteral(" | CO_ATTR_DEFVAL");
+    if (sub.limitineds && m_lowLimitSlot.contains(key))
+        word += QStringLiteral(" | CO_ATTR_LIMIT");
+    if (sub.nvstorage)
+        word += QStringLiteral(" | CO_ATTR_STORE");
+    if (compactEnd)
+        word += QStringLiteral(" | CO_ATTR_COMPACT");
+    return word;
+}
+
+void ObjDictGenerator::writeAssignTable()
+{
+    if (m_objects.isEmpty())
+        return;
+    SectionStream out(this);
+    out << "\n/* object dictionary assignment */\n";
+    out << "CO_CONST CO_OD_ASSIGN_T CO_CONST_STORAGE_CLASS od_assign[CO_OD_ASSIGN_CNT] = {\n";
+    for (quint8 line : dictionaryLines()) {
+        for (const DictObject& object : objectsOf(line)) {
+            const SUBINDEX_DATA_T* first = findSub(line, object.index, 0);
+            if (first && first->implementation == 3)
+                continue;
+            int described = 0;
+            if (m_compactDescription) {
+                quint8 compactEnd = noCompaction;
+                describedSubindices(line, object, &compactEnd);
+                for (quint8 subindex : object.subindices)
+                    described += subindex <= compactEnd ? 1 : 0;
+            } else {
+                for (quint8 subindex : object.subindices)
+                    described += findSub(line, object.index, subindex)->implementation != 3 ? 1 : 0;
+            }
+            const quint8 startLine = (first && first->sharedlines) ? 0 : line;
+            out << QStringLiteral("\t{ 0x%1u, %2u, %3u, %4, %5u },\n")
+                       .arg(object.index, 4, 16, QLatin1Char('0'))
+                       .arg(described)
+                       .arg(object.subindices.isEmpty() ? 0 : object.subindices.last())
+                       .arg(objectTypeWord(object.objectType))
+                       .arg(m_descriptionStart.value((quint32(startLine) << 24) | object.index));
+        }
+    }
+    out << "};\n";
+}
+
+bool ObjDictGenerator::isStaticPdo(quint8 line, quint16 commIndex) const
+{
+    const SUBINDEX_DATA_T* count = findSub(line, commIndex + 0x200, 0);
+    return count && count->accesstype != QLatin1String("rw");
+}
+
+void ObjDictGenerator::writePdoMappingTables()
+{
+    int maxEntries = 0;
+    for (quint8 line : dictionaryLines()) {
+        for (const DictObject& object : objectsOf(line)) {
+            const bool mapping = (object.index >= 0x1600 && object.index <= 0x17FF) ||
+                                 (object.index >= 0x1A00 && object.index <= 0x1BFF);
+            if (mapping)
+                maxEntries = std::max(maxEntries, int(object.subindices.size()) - 1);
+        }
+    }
+    if (maxEntries <= 0)
+        return;
+    SectionStream out(this);
+    out << "\n/* static PDO mapping tables */\n";
+    for (quint8 line : dictionaryLines()) {
+        if (objectsOf(line).size() < 2)
+            continue;
+        for (quint16 index : indicesIn(line, 0x1800, 0x19FF))
+            writeMappingGroup(out, line, index, true, maxEntries);
+        for (quint16 index : indicesIn(line, 0x1400, 0x15FF))
+            writeMappingGroup(out, line, index, false, maxEntries);
+    }
+}
+
+void ObjDictGenerator::writeMappingGroup(SectionStream& out, quint8 line, quint16 commIndex, bool transmit,
+                                         int maxEntries)
+{
+    if (!isStaticPdo(line, commIndex))
+        return;
+    const quint16 mapIndex = commIndex + 0x200;
+    const quint64 count = numberOf(findSub(line, mapIndex, 0));
+    if (count == 0)
+        return;
+    const int number = transmit ? commIndex - 0x17FF : commIndex - 0x13FF;
+    const QString name = (transmit ? QStringLiteral("mapTableTPDO") : QStringLiteral("mapTableRPDO")) +
+                         lineMarker(line) + QString::number(number);
+    m_mappingTables.insert(name);
+    if (transmit) {
+        out << "/* Mapping table TPDO " << number << "*/\n";
+        out << "static CO_CONST PDO_TR_MAP_TABLE_T CO_CONST_STORAGE_CLASS\t" << name << " = {\n";
+    } else {
+        out << "/* Mapping table RPDO " << number << "*/\n";
+        out << "static CO_CONST PDO_REC_MAP_TABLE_T CO_CONST_STORAGE_CLASS\t" << name << " = {\n";
+    }
+    out << "\t(UNSIGNED8)" << count << "u,\n";
+    out << "\t{\n";
+    const int rows = count > 64 ? 1 : int(count);
+    for (int s = 1; s <= rows; ++s) {
+        const quint32 mapping = quint32(numberOf(findSub(line, mapIndex, quint8(s))));
+        const quint16 index = quint16(mapping >> 16);
+        const quint8 subindex = quint8(mapping >> 8);
+        const SUBINDEX_DATA_T* mapped = findSub(line, index, subindex);
+        const bool numeric = mapped && (mapped->datatype < 9 || mapped->datatype == 16);
+        out << "\t\t{" << valuePointer(line, index, subindex) << ", " << (mapping & 0xFF) << "u, ";
+        if (transmit)
+            out << (numeric ? "CO_TRUE" : "CO_FALSE");
+        else
+            out << "CO_TRUE";
+        out << ", " << QStringLiteral("0x%1UL").arg(mapping, 8, 16, QLatin1Char('0'));
+        if (!transmit)
+            out << ", " << routingList(line, mapping);
+        out << " },\n";
+    }
+    QStringList fillers;
+    for (int s = rows; s < maxEntries; ++s) {
+        QString filler = coreForm() ? QStringLiteral("\t\t{NULL, (UNSIGNED8)0u, CORE_DTYPE_NON_NUMERIC, 0ul")
+                                    : QStringLiteral("\t\t{NULL, (UNSIGNED8)0u, CO_FALSE, 0ul");
+        if (!transmit)
+            filler += QLatin1Char(',') + routingList(line, 0);
+        fillers << filler + QLatin1Char('}');
+    }
+    if (!fillers.isEmpty())
+        out << fillers.join(QLatin1Char(',')) << "\n";
+    out << "\t}\n";
+    out << "};\n";
+}
+
+// One position per route of the network routing table 0x1F2C: where the
+// mapped object's value lies in its constant or variable table.
+QString ObjDictGenerator::routingList(quint8 line, quint32 mapping) const
+{
+    const quint16 index = quint16(mapping >> 16);
+    const quint8 subindex = quint8(mapping >> 8);
+    const SUBINDEX_DATA_T* mapped = mapping == 0 ? nullptr : findSub(line, index, subindex);
+    int position = 0;
+    if (mapped)
+        position = mapped->implementation == 1
+                       ? m_constSlot.value(objectKey(line, index, subindex))
+                       : m_varSlot.value(objectKey(mapped->sharedlines ? 0 : line, index, subindex));
+    const DictObject* routing = findObject(line, 0x1F2C);
+    const int routes = routing ? std::max(1, int(routing->subindices.size()) - 1) : 1;
+    return QLatin1Char('{') + QStringList(routes, QString::number(position)).join(QLatin1Char(',')) +
+           QLatin1Char('}');
+}
+
+QString ObjDictGenerator::valuePointer(quint8 line, quint16 index, quint8 subindex) const
+{
+    const SUBINDEX_DATA_T* sub = findSub(line, index, subindex);
+    if (!sub)
+        return QStringLiteral("NULL");
+    const QString word = tableWord(sub->datatype);
+    switch (sub->implementation) {
+    case 1:
+        return QStringLiteral("&od_const_%1[%2]")
+            .arg(word)
+            .arg(m_constSlot.value(objectKey(line, index, subindex)));
+    case 2: {
+        const QString name = variableName(line, index, subindex, *sub);
+        return name.contains(QLatin1Char('(')) ? name : QStringLiteral("&(%1)").arg(name);
+    }
+    case 0:
+        return QStringLiteral("&od_%1[%2]")
+            .arg(word)
+            .arg(m_varSlot.value(objectKey(sub->sharedlines ? 0 : line, index, subindex)));
+    default:
+        return QStringLiteral("0");
+    }
+}

@@ -1,0 +1,13 @@
+#pragma once
+
+#include "generators/multiprotocol/commongeneratorhelper.h"
+
+// The shared pieces for the V4 stack, whose common layer is called "core".
+class CommonGeneratorHelperV4 : public CommonGeneratorHelper
+{
+public:
+    using CommonGeneratorHelper::CommonGeneratorHelper;
+
+protected:
+    bool coreForm() const override { return true; }
+};

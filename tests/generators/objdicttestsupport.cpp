@@ -1,0 +1,353 @@
+#include "objdicttestsupport.h"
+
+#include "canopenlib/helper.h"
+#include "common/testhelpers.h"
+#include "generators/canopen/codefinegenerator.h"
+#include "generators/canopen/gendefinegenerator.h"
+#include "generators/canopen/objdictgenerator.h"
+#include "generators/canopen/objdictgeneratorv4.h"
+#include "generatortestsupport.h"
+
+#include <QFile>
+#include <QProcess>
+#include <QRegularExpression>
+
+#include <memory>
+
+namespace objdicttest {
+
+namespace {
+
+QString valueType(int dataType)
+{
+    switch (dataType) {
+    case 1:
+    case 5:
+        return QStringLiteral("UNSIGNED8");
+    case 2:
+        return QStringLiteral("INTEGER8");
+    case 3:
+        return QStringLiteral("INTEGER16");
+    case 4:
+        return QStringLiteral("INTEGER32");
+    case 6:
+        return QStringLiteral("UNSIGNED16");
+    case 7:
+        return QStringLiteral("UNSIGNED32");
+    case 8:
+        return QStringLiteral("REAL32");
+    case 12:
+    case 25:
+        return QStringLiteral("UNSIGNED48");
+    case 16:
+        return QStringLiteral("INTEGER24");
+    case 22:
+        return QStringLiteral("UNSIGNED24");
+    case 24:
+        return QStringLiteral("UNSIGNED40");
+    case 27:
+        return QStringLiteral("UNSIGNED64");
+    default:
+        return QString();
+    }
+}
+
+// The declarations that the application's own header gives for its variables.
+QString applicationHeader(ObjectDataBase& db)
+{
+    QString text = QStringLiteral("#include <co_canopen.h>\n");
+    for (quint8 line : db.getNodeList()) {
+        for (quint16 index : db.getIndexList(line, 0x1000, 0xFFFF)) {
+            for (quint8 subindex : db.getSubIndexList(line, index)) {
+                SUBINDEX_DATA_T sub;
+                db.getSubIndex(line, index, subindex, sub);
+                if (sub.implementation != 2 || sub.varname.contains(QLatin1Char('(')))
+                    continue;
+                const QString name = Helper::substituteVariables(sub.varname, index, subindex, line);
+                const QString type = valueType(sub.datatype);
+                if (!type.isEmpty())
+                    text += QStringLiteral("extern %1 %2;\n").arg(type, name);
+                else if (sub.datatype == 9 || sub.datatype == 124)
+                    text += QStringLiteral("extern char %1[%2];\n").arg(name).arg(sub.size + 1);
+                else if (sub.datatype == 10)
+                    text += QStringLiteral("extern UNSIGNED8 %1[%2];\n").arg(name).arg(std::max(1, sub.size));
+            }
+        }
+    }
+    return text;
+}
+
+void writeFile(const QString& path, const QString& text)
+{
+    QFile file(path);
+    if (file.open(QIODevice::WriteOnly))
+        file.write(text.toUtf8());
+}
+
+bool anyLineOfType(ObjectDataBase& db, std::initializer_list<int> types)
+{
+    for (quint8 line : db.getNodeList()) {
+        if (std::find(types.begin(), types.end(),
+                      db.getGeneralSetting(QStringLiteral("line%1type").arg(line)).toInt()) != types.end())
+            return true;
+    }
+    return false;
+}
+
+} // namespace
+
+void addObject(ObjectDataBase& db, quint8 line, quint16 index, int objectType, const QList<SubSpec>& subs)
+{
+    INDEX_DATA_T object;
+    object.name = QStringLiteral("object %1").arg(index, 4, 16, QLatin1Char('0'));
+    object.objecttype = objectType;
+    object.datatype = subs.size() == 1 ? subs.first().datatype : 5;
+    db.addIndex(line, index, object);
+    for (const SubSpec& spec : subs) {
+        SUBINDEX_DATA_T sub;
+        sub.name = QStringLiteral("sub %1").arg(spec.subindex);
+        sub.datatype = spec.datatype;
+        sub.defaultvalue = spec.defaultvalue;
+        sub.implementation = spec.implementation;
+        sub.accesstype = spec.accesstype;
+        sub.varname = spec.varname;
+        sub.size = spec.size;
+        db.addSubIndex(line, index, spec.subindex, sub);
+    }
+}
+
+void addSyntheticDevice(ObjectDataBase& db, quint8 line)
+{
+    const QString rw = QStringLiteral("rw");
+    auto count = [](const QString& value, const QString& access = QStringLiteral("ro")) {
+        return SubSpec{0, 5, value, 0, access};
+    };
+    addObject(db, line, 0x1000, 7, {{0, 7, "0x00020191"}});
+    addObject(db, line, 0x1001, 7, {{0, 5, "0"}});
+    addObject(db, line, 0x1005, 7, {{0, 7, "0x80", 0, rw}});
+    addObject(db, line, 0x1006, 7, {{0, 7, "0", 0, rw}});
+    addObject(db, line, 0x1014, 7, {{0, 7, "$NODEID+0x80"}});
+    addObject(db, line, 0x1016, 8, {count("2"), {1, 7, "0", 0, rw}, {2, 7, "0", 0, rw}});
+    addObject(db, line, 0x1017, 7, {{0, 6, "1000", 0, rw}});
+    addObject(db, line, 0x1018, 9, {count("4"), {1, 7, "0x1234"}, {2, 7, "1"}, {3, 7, "2"}, {4, 7, "3"}});
+    addObject(db, line, 0x1019, 7, {{0, 5, "0", 0, rw}});
+    addObject(db, line, 0x1200, 9, {count("2"), {1, 7, "$NODEID+0x600"}, {2, 7, "$NODEID+0x580"}});
+    addObject(db, line, 0x1400, 9, {count("2"), {1, 7, "$NODEID+0x200", 0, rw}, {2, 5, "255", 0, rw}});
+    addObject(db, line, 0x1600, 9, {count("2"), {1, 7, "0x20000108"}, {2, 7, "0x20010210"}});
+    addObject(db, line, 0x1800, 9,
+              {count("6"),
+               {1, 7, "$NODEID+0x180", 0, rw},
+               {2, 5, "254", 0, rw},
+               {3, 6, "0", 0, rw},
+               {5, 6, "100", 0, rw},
+               {6, 5, "0", 0, rw}});
+    addObject(db, line, 0x1A00, 9,
+              {count("3"), {1, 7, "0x20020420"}, {2, 7, "0x20030310"}, {3, 7, "0x20020218"}});
+    // Subindices 4 to 6 are equal and compact; 3 differs.
+    addObject(db, line, 0x2000, 8,
+              {count("6"),
+               {1, 5, "0", 0, rw},
+               {2, 5, "0", 0, rw},
+               {3, 5, "7", 0, rw},
+               {4, 5, "0", 0, rw},
+               {5, 5, "0", 0, rw},
+               {6, 5, "0", 0, rw}});
+    const QList<QPair<int, QString>> groups = {{5, "u8"},   {6, "u16"},  {22, "u24"}, {7, "u32"},
+                                               {24, "u40"}, {25, "u48"}, {27, "u64"}, {2, "i8"},
+                                               {3, "i16"},  {16, "i24"}, {4, "i32"},  {8, "r32"}};
+    QList<SubSpec> applicationSubs = {count(QString::number(groups.size()))};
+    for (int i = 0; i < groups.size(); ++i)
+        applicationSubs << SubSpec{quint8(i + 1),
+                                   groups.at(i).first,
+                                   "0",
+                                   2,
+                                   rw,
+                                   QStringLiteral("app_%1_l{line}").arg(groups.at(i).second)};
+    addObject(db, line, 0x2001, 9, applicationSubs);
+    addObject(db, line, 0x2002, 9,
+              {count("13"),
+               {1, 5, "1", 0, rw},
+               {2, 22, "0x12345", 0, rw},
+               {3, 6, "0x10", 0, rw},
+               {4, 7, "4000000000", 0, rw},
+               {5, 24, "0x0102030405", 0, rw},
+               {6, 25, "0x010203040506", 0, rw},
+               {7, 27, "0x0102030405060708", 0, rw},
+               {8, 2, "-5", 0, rw},
+               {9, 3, "-300", 0, rw},
+               {10, 16, "-2", 0, rw},
+               {11, 4, "-70000", 0, rw},
+               {12, 8, "1.5", 0, rw},
+               {13, 1, "1", 0, rw}});
+    addObject(db, line, 0x2003, 9,
+              {count("7"),
+               {1, 5, "3", 1, "const"},
+               {2, 7, "$NODEID+0x600", 1, "const"},
+               {3, 3, "-1", 1, "const"},
+               {4, 9, "hello", 1, "const", QString(), 5},
+               {5, 9, "|x414243", 1, "const", QString(), 3},
+               {6, 124, "grün", 1, "const", QString(), 5},
+               {7, 27, "0x10", 1, "const"}});
+    addObject(db, line, 0x2004, 7, {{0, 9, "abc", 2, rw, "app_text_l{line}", 16}});
+    addObject(db, line, 0x2005, 7, {{0, 10, "|x01020304", 2, rw, "app_octets_l{line}", 4}});
+    addObject(db, line, 0x2006, 2, {{0, 15, "", 2, rw, "app_domain_l{line}"}});
+    addObject(db, line, 0x2007, 7, {{0, 124, "", 2, rw, "app_utf8_l{line}", 8}});
+    addObject(db, line, 0x2008, 7, {{0, 5, "0", 3, rw}});
+    addObject(db, line, 0x2009, 9, {count("2"), {1, 6, "1", 0, rw}, {2, 7, "2", 3, rw}});
+    QList<SubSpec> equalSubs = {count("10")};
+    for (quint8 s = 1; s <= 10; ++s)
+        equalSubs << SubSpec{s, 6, "5", 0, rw};
+    addObject(db, line, 0x200A, 8, equalSubs);
+    addObject(db, line, 0x200B, 7, {{0, 12, "0", 0, rw}});
+    addObject(db, line, 0x2010, 7, {{0, 7, "9", 0, rw}});
+    // Shared by the lines; writable with limits and mappable, so that limit and mapping attributes appear.
+    SUBINDEX_DATA_T shared;
+    db.getSubIndex(line, 0x2010, 0, shared);
+    shared.sharedlines = true;
+    db.addSubIndex(line, 0x2010, 0, shared);
+    SUBINDEX_DATA_T limited;
+    db.getSubIndex(line, 0x2002, 1, limited);
+    limited.limitineds = true;
+    limited.lowlimit = QStringLiteral("1");
+    limited.uplimit = QStringLiteral("200");
+    limited.pdomapping = PDOMapping(PDOMapping::Mappable);
+    limited.nvstorage = true;
+    db.addSubIndex(line, 0x2002, 1, limited);
+}
+
+void makeSyntheticProject(ObjectDataBase& db, bool twoLines)
+{
+    db.createNewDataBase();
+    db.setGeneralSetting(QStringLiteral("line0type"), QStringLiteral("1"));
+    db.setGeneralSetting(QStringLiteral("new_init_structure"), QStringLiteral("1"));
+    db.setGeneralSetting(QStringLiteral("init_static_variables"), QStringLiteral("1"));
+    db.setGeneralSetting(QStringLiteral("co_node_id"),
+                         twoLines ? QStringLiteral("16,17") : QStringLiteral("16"));
+    addSyntheticDevice(db, 0);
+    if (twoLines) {
+        db.addNode(1, NODE_DATA_T());
+        db.setGeneralSetting(QStringLiteral("line1type"), QStringLiteral("1"));
+        addSyntheticDevice(db, 1);
+    }
+}
+
+Generated generate(ObjectDataBase& db, const QString& dir, const RunOptions& options)
+{
+    writeFile(dir + QStringLiteral("/test_application.h"), applicationHeader(db));
+    db.setGeneralSetting(QStringLiteral("applicationheader"), QStringLiteral("test_application.h"));
+    generatortest::cacheLines(db);
+    Generated result;
+    {
+        std::unique_ptr<CoDefineGenerator> define(options.core ? new GenDefineGenerator
+                                                               : new CoDefineGenerator);
+        const bool j1939 = anyLineOfType(db, {2, 5, 7});
+        define->setJ1939Present(j1939);
+        define->setMixedProtocols(j1939 ? anyLineOfType(db, {1, 4, 5, 6, 7}) : anyLineOfType(db, {4, 6, 7}));
+        result.define = generatortest::runGenerator(*define, db, dir, QStringLiteral("gen_define.h"));
+    }
+    {
+        std::unique_ptr<ObjDictGenerator> objdict(
+            options.core ? new ObjDictGeneratorV4(options.compact, options.camServer)
+                         : new ObjDictGenerator(options.compact, options.camServer));
+        result.objdict = generatortest::runGenerator(*objdict, db, dir, QStringLiteral("gen_objdict.c"));
+    }
+    result.user = QString::fromUtf8(testhelpers::readFile(dir + QStringLiteral("/gen_user.h")));
+    if (!options.compile)
+        return result;
+    QStringList arguments = {
+        QStringLiteral("-std=c99"), QStringLiteral("-Wall"),
+        QStringLiteral("-Werror"),  QStringLiteral("-fsyntax-only"),
+        QStringLiteral("-I."),      QStringLiteral("-I" TRW_SOURCE_DIR "/tests/generators/stackdecl")};
+    if (options.core)
+        arguments << QStringLiteral("-DTEST_STACK_V4");
+    if (db.getGeneralSetting(QStringLiteral("new_init_structure")).toInt() == 1)
+        arguments << QStringLiteral("-DTEST_INIT_VERSIONED");
+    arguments << QStringLiteral("gen_objdict.c");
+    QProcess gcc;
+    gcc.setWorkingDirectory(dir);
+    gcc.setProcessChannelMode(QProcess::MergedChannels);
+    gcc.start(QStringLiteral("gcc"), arguments);
+    gcc.waitForFinished(60000);
+    result.compiled = gcc.exitStatus() == QProcess::NormalExit && gcc.exitCode() == 0;
+    result.compilerOutput = QString::fromUtf8(gcc.readAll());
+    return result;
+}
+
+QMap<QString, QString> defines(const QString& header)
+{
+    static const QRegularExpression define(QStringLiteral("^#define\\s+([A-Za-z_][A-Za-z0-9_]*)[ \\t]+(.*)$"),
+                                           QRegularExpression::MultilineOption);
+    QMap<QString, QString> values;
+    QRegularExpressionMatchIterator it = define.globalMatch(header);
+    while (it.hasNext()) {
+        const QRegularExpressionMatch match = it.next();
+        values.insert(match.captured(1), match.captured(2).trimmed());
+    }
+    return values;
+}
+
+QMap<QString, int> tableSizes(const QString& source)
+{
+    static const QRegularExpression table(QStringLiteral("^static [^\\n]*\\b(od_[a-z0-9_A-Z]+)\\[(\\d+)\\]"),
+                                          QRegularExpression::MultilineOption);
+    QMap<QString, int> sizes;
+    QRegularExpressionMatchIterator it = table.globalMatch(source);
+    while (it.hasNext()) {
+        const QRegularExpressionMatch match = it.next();
+        sizes.insert(match.captured(1), match.captured(2).toInt());
+    }
+    return sizes;
+}
+
+QList<int> countList(const QString& value)
+{
+    QList<int> counts;
+    const QStringList parts = value.split(QLatin1Char(','));
+    for (QString part : parts) {
+        part = part.trimmed();
+        part.remove(QLatin1Char('u'));
+        counts << part.toInt();
+    }
+    return counts;
+}
+
+QList<AssignRow> assignRows(const QString& source)
+{
+    static const QRegularExpression row(
+        QStringLiteral("^\\t\\{ 0x([0-9a-f]{4})u, (\\d+)u, (\\d+)u, (CO_ODTYPE_[A-Z]+), (\\d+)u \\},$"),
+        QRegularExpression::MultilineOption);
+    QList<AssignRow> rows;
+    QRegularExpressionMatchIterator it = row.globalMatch(source);
+    while (it.hasNext()) {
+        const QRegularExpressionMatch match = it.next();
+        rows << AssignRow{quint16(match.captured(1).toUInt(nullptr, 16)), match.captured(2).toInt(),
+                          match.captured(3).toInt(), match.captured(4), match.captured(5).toInt()};
+    }
+    return rows;
+}
+
+QList<DescriptionRow> descriptionRows(const QString& source)
+{
+    static const QRegularExpression row(
+        QStringLiteral(
+            "^\\t\\{ \\(UNSIGNED8\\)(\\d+)u, (\\S+) *, (?:(CO_DSPEC\\w*), )?\\(UNSIGNED16\\)(\\d+)u, "
+            "(.*?),  \\(UNSIGNED16\\)(\\d+)u(?:, \\(UNSIGNED16\\)\\d+u, \\(UNSIGNED16\\)\\d+u)?\\},"
+            "/\\* (?:(\\d+)-)?0x([0-9a-f]{4}):(\\d+)\\*/ $"),
+        QRegularExpression::MultilineOption);
+    QList<DescriptionRow> rows;
+    QRegularExpressionMatchIterator it = row.globalMatch(source);
+    while (it.hasNext()) {
+        const QRegularExpressionMatch match = it.next();
+        rows << DescriptionRow{quint8(match.captured(7).toUInt()),
+                               quint16(match.captured(8).toUInt(nullptr, 16)),
+                               quint8(match.captured(9).toUInt()),
+                               match.captured(2),
+                               match.captured(3),
+                               match.captured(4).toInt(),
+                               match.captured(5),
+                               match.captured(6).toInt()};
+    }
+    return rows;
+}
+
+} // namespace objdicttest
