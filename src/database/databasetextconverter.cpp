@@ -86,6 +86,16 @@ bool holdsStringIds(const QString& table)
            table.contains(QLatin1String("SPNs"));
 }
 
+const QString objectIndexColumn = QStringLiteral("objectindex");
+const QString subIndexColumn = QStringLiteral("subindex");
+
+// The group names a record; a key of the same column in a hand-edited file
+// would move the record somewhere else.
+bool isRecordKey(const QString& key, const QStringList& keyColumns)
+{
+    return keyColumns.contains(key, Qt::CaseInsensitive);
+}
+
 bool parseRecordNumber(const QString& group, quint32& number)
 {
     bool ok = false;
@@ -393,9 +403,12 @@ void DatabaseTextConverter::importNodes()
         objectDatabase->addNode(static_cast<quint8>(line), data);
         settings->beginGroup(lineGroup);
         const QStringList keys = settings->childKeys();
-        for (const QString& key : keys)
+        for (const QString& key : keys) {
+            if (isRecordKey(key, {QStringLiteral("nodeId")}))
+                continue;
             objectDatabase->setNodeSqlValue(key, withDoubledQuotes(settingText(settings->value(key))),
                                             QString::number(line));
+        }
         settings->endGroup();
     }
     settings->endGroup();
@@ -463,6 +476,8 @@ void DatabaseTextConverter::importObjects(const QString& table)
         settings->beginGroup(objectGroup);
         const QStringList keys = settings->childKeys();
         for (const QString& key : keys) {
+            if (isRecordKey(key, {objectIndexColumn}))
+                continue;
             objectDatabase->setObjectIndexSqlValue(table, QString::number(index), key,
                                                    columnValue(key, settings->value(key)));
         }
@@ -490,6 +505,8 @@ void DatabaseTextConverter::importSubObjects(const QString& table)
             settings->beginGroup(subGroup);
             const QStringList keys = settings->childKeys();
             for (const QString& key : keys) {
+                if (isRecordKey(key, {objectIndexColumn, subIndexColumn}))
+                    continue;
                 objectDatabase->setSubindexSqlValue(table, QString::number(index), QString::number(subindex),
                                                     key, columnValue(key, settings->value(key)));
             }

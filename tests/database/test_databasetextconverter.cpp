@@ -382,6 +382,13 @@ TEST_F(TextForm, DamagedFilesOpenWithWhatTheyHold)
          {61444},
          {}},
         {"bad object index", "[Objects0]\n0xZZ\\name=bad\n0x2000\\name=good\n", true, "", {}, {0x2000}},
+        {"keys that would move a record",
+         "[Nodes]\n0\\nodeId=5\n0\\name=n\n[Objects0]\n0x1000\\OBJECTINDEX=4097\n0x1000\\name=Dev\n"
+         "[SubObjects0]\n0x1000\\0x0\\subindex=7\n0x1000\\0x0\\objectindex=1\n0x1000\\0x0\\name=n\n",
+         true,
+         "",
+         {},
+         {0x1000}},
     };
     for (const Case& c : cases) {
         const QString file = path(QStringLiteral("damaged.trwt"));
@@ -396,6 +403,10 @@ TEST_F(TextForm, DamagedFilesOpenWithWhatTheyHold)
         EXPECT_EQ(project.getGeneralSetting(QStringLiteral("line0type")), c.line0type) << c.label;
         EXPECT_EQ(project.getPGNList(0, ObjectDataBase::Invalid), c.pgns) << c.label;
         EXPECT_EQ(project.getIndexList(0, 0, quint32(-1)), c.objects) << c.label;
+        for (quint16 index : c.objects) {
+            const QList<quint8> subindices = project.getSubIndexList(0, index);
+            EXPECT_TRUE(subindices.isEmpty() || subindices == QList<quint8>{0}) << c.label;
+        }
         EXPECT_TRUE(project.openDataBase(file, true)) << c.label;
     }
 }
