@@ -3,14 +3,17 @@
 #include "common/testhelpers.h"
 #include "generators/canopen/codefinegenerator.h"
 #include "generators/canopen/gendefinegenerator.h"
+#include "generators/canopen/indicesgenerator.h"
 
 #include <QDir>
+#include <QDirIterator>
 #include <QFile>
 #include <QRegularExpression>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <memory>
 
 using namespace generatortest;
@@ -649,6 +652,109 @@ TEST(DefineGenerator, VirtualObjectBlock)
                               "#define CO_VOBJ_DESC_CNT 4u\n"
                               "/* Hardware settings */\n"))
         << text.toStdString();
+}
+
+QStringList exampleProjects()
+{
+    QStringList paths;
+    QDirIterator it(QStringLiteral(TRW_SOURCE_DIR "/examples"), {QStringLiteral("*.trwt")}, QDir::Files,
+                    QDirIterator::Subdirectories);
+    while (it.hasNext())
+        paths << it.next();
+    paths.sort();
+    return paths;
+}
+
+bool anyLineOfType(ObjectDataBase& db, const QList<int>& types)
+{
+    const QList<quint8> lines = db.getNodeList();
+    return std::any_of(lines.cbegin(), lines.cend(), [&](quint8 line) {
+        return types.contains(db.getGeneralSetting(QStringLiteral("line%1type").arg(line)).toInt());
+    });
+}
+
+// Each example device gets both headers in both stack forms, with the flags
+// the pipeline gives; the headers must compile together in one unit.
+TEST(ExampleProjects, DefineAndIndicesHeadersCompile)
+{
+    const QStringList projects = exampleProjects();
+    ASSERT_GE(projects.size(), 4);
+    for (const QString& project : projects) {
+        for (const bool core : {false, true}) {
+            SCOPED_TRACE(project.toStdString() + (core ? " V4" : " classic"));
+            QTemporaryDir dir;
+            ObjectDataBase db;
+            ASSERT_TRUE(db.openTextProject(project));
+            const QList<quint8> lines = db.getNodeList();
+            cacheLines(db);
+            IndicesGenerator indices;
+            indices.setLineList(lines);
+            const QString indicesText =
+                runGenerator(indices, db, dir.path(), QStringLiteral("gen_indices.h"), lines.size() > 1);
+            DefineRun run{core};
+            run.j1939Present = anyLineOfType(db, {2, 5, 7});
+            // Beside J1939, any CANopen or raw CAN line makes the project mixed.
+            run.mixed = run.j1939Present ? anyLineOfType(db, {1, 4, 5, 6, 7}) : anyLineOfType(db, {4, 6, 7});
+            const QString defineText = generateDefine(db, dir.path(), run);
+
+            EXPECT_TRUE(indicesText.endsWith("#endif /* GEN_INDICES_H */\n"));
+            EXPECT_TRUE(
+                defineText.endsWith("/* user-specific section: end */\n\n#endif /* GEN_DEFINE_H */\n"));
+            EXPECT_EQ(defineText.contains(" 4.3.2 (v4)\n"), core);
+            EXPECT_EQ(defineText.contains("CORE_CONFIG_REC_BUFFER_CNT"), core);
+            EXPECT_GT(indicesText.count("#define "), 10);
+            const CompileResult compiled = compileHeaders(dir.path(), {"gen_define.h", "gen_indices.h"});
+            EXPECT_TRUE(compiled.ok) << compiled.output.toStdString();
+        }
+    }
+}
+
+// A normal run writes the newer stack's form; the modifier file turns the run
+// to the classic one. Both come out of the whole command-line path.
+TEST(ExampleProjects, CommandLineRunChoosesTheStackForm)
+{
+    const QString source =
+        QStringLiteral(TRW_SOURCE_DIR "/examples/cia402_servo_drive/cia402_servo_drive.trwt");
+    QString classic;
+    QString core;
+    for (const bool withModifier : {false, true}) {
+        QTemporaryDir dir;
+        const QString project = dir.filePath("cia402_servo_drive.trwt");
+        ASSERT_TRUE(QFile::copy(source, project));
+        QStringList arguments = {"-project", project};
+        if (withModifier) {
+            writeFile(dir.filePath("classic.mod"),
+                      "# the classic stack\nGeneralSettings:use_core_headers:classic\n");
+            arguments << "-dbmod" << dir.filePath("classic.mod");
+        }
+        const testhelpers::RunResult result = testhelpers::runTrw(arguments, dir.path());
+        EXPECT_EQ(result.exitCode, 0) << result.out.toStdString();
+        EXPECT_TRUE(result.out.contains("Generation of gen_define.h in " + dir.path() +
+                                        " started\n"
+                                        "Generation of gen_define.h completed. \n"))
+            << result.out.toStdString();
+        EXPECT_TRUE(result.out.contains("Generation of gen_indices.h generator completed. \n"))
+            << result.out.toStdString();
+        (withModifier ? classic : core) =
+            QString::fromUtf8(testhelpers::readFile(dir.filePath("gen_define.h")));
+        const CompileResult compiled = compileHeaders(dir.path(), {"gen_define.h", "gen_indices.h"});
+        EXPECT_TRUE(compiled.ok) << compiled.output.toStdString();
+    }
+    EXPECT_TRUE(core.section('\n', 1, 1).endsWith(" - generated by CANopen Tarnwick 4.3.2 (v4)"))
+        << core.toStdString();
+    EXPECT_TRUE(classic.section('\n', 1, 1).endsWith(" - generated by CANopen Tarnwick 4.3.2"))
+        << classic.toStdString();
+    const QList<QPair<QString, QString>> renamed = {
+        {"#define CO_CONFIG_REC_BUFFER_CNT\t", "#define CORE_CONFIG_REC_BUFFER_CNT\t"},
+        {"#define CO_REC_BUFFER_COUNTS\t", "#define CORE_REC_BUFFER_COUNTS\t"},
+        {"#define CO_TIMER_INTERVAL\t", "#define CORE_TIMER_INTERVAL\t"},
+        {"#define CO_COB_CNT\t", "#define CORE_COB_CNT\t"},
+    };
+    for (const auto& [classicDefine, coreDefine] : renamed) {
+        EXPECT_TRUE(classic.contains(classicDefine) && !classic.contains(coreDefine))
+            << classicDefine.toStdString();
+        EXPECT_TRUE(core.contains(coreDefine) && !core.contains(classicDefine)) << coreDefine.toStdString();
+    }
 }
 
 } // namespace

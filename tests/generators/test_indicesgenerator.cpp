@@ -1,7 +1,14 @@
 #include "generatortestsupport.h"
 
+#include "common/testhelpers.h"
+
 #include "generators/canopen/indicesgenerator.h"
 
+#include <QCoreApplication>
+#include <QRegularExpression>
+#include <QSemaphore>
+#include <QSettings>
+#include <QStandardPaths>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -231,12 +238,147 @@ TEST(IndicesGenerator, PgnsSpnsAndRawCanIdentifiers)
     EXPECT_TRUE(compiled.ok) << compiled.output.toStdString();
 }
 
-TEST(IndicesGenerator, StatusAndNames)
+// The configuration answers of the frame, in the order the pipeline calls them.
+TEST(GeneratorFrame, ConfigurationStatus)
 {
+    QTemporaryDir dir;
+    ObjectDataBase db;
+    ASSERT_TRUE(db.createNewDataBase());
     IndicesGenerator generator;
     EXPECT_EQ(generator.stop(), AbstractGenerator::NotRunning);
+    EXPECT_EQ(generator.setLine(3), AbstractGenerator::Ok);
+    EXPECT_EQ(generator.setDatabase(nullptr), AbstractGenerator::NoDatabase);
     EXPECT_EQ(generator.setOutputDir("/no/such/folder"), AbstractGenerator::OutputDirMissing);
+    // The missing folder stays stored, and a file that doesn't exist may be written.
     EXPECT_TRUE(generator.canWrite());
+    EXPECT_EQ(generator.setOutputDir(dir.path()), AbstractGenerator::Ok);
+    EXPECT_EQ(generator.setDatabase(&db), AbstractGenerator::Ok);
+    EXPECT_EQ(generator.setLine(3), AbstractGenerator::NoSuchLine);
+    EXPECT_EQ(generator.setLine(0), AbstractGenerator::Ok);
+    EXPECT_EQ(generator.setDeviceName("device"), AbstractGenerator::Ok);
+}
+
+// A generator that holds its job until the test lets it go on.
+class HeldGenerator : public AbstractGenerator
+{
+public:
+    QSemaphore gate;
+
+    bool canWrite() override { return true; }
+    GeneratorStatus start() override { return startWorker(QStringLiteral("held")); }
+
+protected:
+    void doJob() override
+    {
+        beginJob();
+        gate.acquire();
+        Q_EMIT progress(25);
+        Q_EMIT progress(50);
+        Q_EMIT progress(75);
+        finishJob();
+    }
+};
+
+// While a generator runs, a second start and every setter are refused; its
+// progress reaches the receiver's thread in order before waitUntilDone returns.
+TEST(GeneratorFrame, RunningGeneratorRefusesAndReportsInOrder)
+{
+    QTemporaryDir dir;
+    ObjectDataBase db;
+    ASSERT_TRUE(db.createNewDataBase());
+    HeldGenerator generator;
+    generator.setOutputDir(dir.path());
+    generator.setDatabase(&db);
+    QObject receiver;
+    QList<int> reported;
+    QObject::connect(&generator, &AbstractGenerator::progress, &receiver,
+                     [&reported](quint8 value) { reported << value; });
+    ASSERT_EQ(generator.start(), AbstractGenerator::Ok);
+    EXPECT_EQ(generator.objectName(), "held");
+    EXPECT_EQ(generator.start(), AbstractGenerator::Busy);
+    EXPECT_EQ(generator.setOutputDir("/elsewhere"), AbstractGenerator::Busy);
+    EXPECT_EQ(generator.setDatabase(&db), AbstractGenerator::Busy);
+    EXPECT_EQ(generator.setLine(1), AbstractGenerator::Busy);
+    EXPECT_EQ(generator.setDeviceName("other"), AbstractGenerator::Busy);
+    EXPECT_EQ(generator.stop(), AbstractGenerator::Ok);
+    generator.gate.release();
+    generator.waitUntilDone();
+    EXPECT_EQ(reported, (QList<int>{25, 50, 75, 100}));
+    EXPECT_FALSE(generator.hasFailed());
+    EXPECT_TRUE(generator.lastError().isEmpty());
+    EXPECT_EQ(generator.stop(), AbstractGenerator::NotRunning);
+}
+
+TEST(GeneratorFrame, FormatWideInteger)
+{
+    struct Case
+    {
+        int dataType;
+        quint64 unsignedValue;
+        qint64 signedValue;
+        QString text;
+    };
+    const QList<Case> cases = {
+        {22, 0x12345, 0, "U24_SET(0x01,0x23,0x45)"},
+        {22, 0xAB123456, 0, "U24_SET(0x12,0x34,0x56)"},
+        {16, 0, -2, "I24_SET(0xff,0xff,0xfe)"},
+        {16, 0xFFFFFF, 0x7F0102, "I24_SET(0x7f,0x01,0x02)"},
+        {25, 0xFFFF123456789ABCull, 0, "U48_SET(0x12,0x34,0x56,0x78,0x9a,0xbc)"},
+        {12, 0x0000000000000001ull, 0, "U48_SET(0x00,0x00,0x00,0x00,0x00,0x01)"},
+        {24, 0x99FF12345678ull, 0, "U40_SET(0xff,0x12,0x34,0x56,0x78)"},
+        {27, 0x0102030405060708ull, -1, "U64_SET(0x01,0x02,0x03,0x04,0x05,0x06,0x07,0x08)"},
+        {5, 0x12, 0x12, ""},
+        {7, 0x12345678, 0, ""},
+        {21, 0x123456789ull, 0, ""},
+    };
+    for (const Case& c : cases)
+        EXPECT_EQ(AbstractGenerator::formatWideInteger(c.dataType, c.unsignedValue, c.signedValue), c.text)
+            << c.dataType;
+}
+
+// The date of the banner follows the user's format, read from the per-user
+// settings of this edition of the tool.
+TEST(GeneratorFrame, BannerDateInTheUsersFormat)
+{
+    QTemporaryDir settingsDir;
+    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, settingsDir.path());
+    qApp->setProperty("AppNameWithVersion", "CANopen Tarnwick 4");
+    {
+        QSettings user(QCoreApplication::organizationName(), "CANopen Tarnwick 4");
+        user.setValue("General/date_time_format", "yyyy/MM/dd");
+    }
+    QTemporaryDir dir;
+    ObjectDataBase db;
+    ASSERT_TRUE(db.createNewDataBase());
+    const QString text = generateIndices(db, dir.path());
+    qApp->setProperty("AppNameWithVersion", QVariant());
+    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope,
+                       QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation));
+    const QString date = text.section('\n', 2, 2);
+    EXPECT_TRUE(QRegularExpression("^ \\* \\d{4}/\\d\\d/\\d\\d \\*/$").match(date).hasMatch())
+        << date.toStdString();
+}
+
+// A running generator polls for a cancel between objects and still closes
+// the file properly.
+TEST(IndicesGenerator, CancelEndsTheFileProperly)
+{
+    QTemporaryDir dir;
+    ObjectDataBase db;
+    ASSERT_TRUE(db.createNewDataBase());
+    for (int i = 0; i < 2000; ++i)
+        addObject(db, 0, quint16(0x2000 + i), QStringLiteral("Value %1").arg(i), 7);
+    cacheLines(db);
+    IndicesGenerator generator;
+    generator.setOutputDir(dir.path());
+    generator.setDatabase(&db);
+    generator.setLine(0);
+    ASSERT_EQ(generator.start(), AbstractGenerator::Ok);
+    EXPECT_EQ(generator.stop(), AbstractGenerator::Ok);
+    generator.waitUntilDone();
+    const QString text = QString::fromUtf8(testhelpers::readFile(dir.path() + "/gen_indices.h"));
+    EXPECT_TRUE(text.endsWith("#define  S_NUMBER_OF_ENTRIES      \t0x0u\n#endif /* GEN_INDICES_H */\n"));
+    EXPECT_LT(text.count("#define I_VALUE_"), 2000);
 }
 
 } // namespace
