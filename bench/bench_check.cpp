@@ -35,6 +35,18 @@ void addVariable(ObjectDataBase& db, quint8 line, quint16 index, int dataType, c
     db.addSubIndex(line, index, 0, record(dataType, QStringLiteral("ro"), value));
 }
 
+void addIdentity(ObjectDataBase& db, quint8 line)
+{
+    INDEX_DATA_T object;
+    object.name = QStringLiteral("identity");
+    object.objecttype = 9;
+    db.addIndex(line, 0x1018, object);
+    SUBINDEX_DATA_T count = record(5, QStringLiteral("const"), QStringLiteral("1"));
+    count.implementation = 1;
+    db.addSubIndex(line, 0x1018, 0, count);
+    db.addSubIndex(line, 0x1018, 1, record(7, QStringLiteral("ro"), QStringLiteral("0x1234")));
+}
+
 void fillLine(ObjectDataBase& db, quint8 line)
 {
     if (line != 0)
@@ -43,6 +55,7 @@ void fillLine(ObjectDataBase& db, quint8 line)
     addVariable(db, line, 0x1000, 7, QStringLiteral("0"));
     addVariable(db, line, 0x1001, 5, QStringLiteral("0"));
     addVariable(db, line, 0x1017, 6, QStringLiteral("1000"));
+    addIdentity(db, line);
 
     QList<ObjectDataBase::SubEntry> entries;
     for (int i = 0; i < objectsPerLine; ++i) {

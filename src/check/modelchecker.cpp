@@ -1,8 +1,11 @@
 #include "check/modelchecker.h"
 
 #include <QCoreApplication>
+#include <QDebug>
 #include <QRegularExpression>
 #include <QSettings>
+#include <QSqlError>
+#include <QSqlQuery>
 
 namespace {
 
@@ -136,17 +139,41 @@ void ModelChecker::report(const QString& text)
     Q_EMIT newError(text);
 }
 
-// One select for the object list and one per object for its record and its
-// sub-index numbers; the sub-index records come from the store's line cache.
+// The structure of the line in two statements whatever its size: the object
+// records and the sub-index numbers. The store answers only one object at a
+// time, which costs a statement per object; the sub-index records themselves
+// come from its line cache.
 void ModelChecker::loadLine()
 {
-    m_indices = m_database->getIndexList(m_line, 0, quint32(-1));
+    m_indices.clear();
     m_objects.clear();
-    for (quint16 index : std::as_const(m_indices)) {
-        LineObject object;
-        m_database->getIndex(m_line, index, object.data);
-        object.subs = m_database->getSubIndexList(m_line, index);
-        m_objects.insert(index, object);
+    QSqlQuery query(m_database->database());
+    query.setForwardOnly(true);
+    const QString objects =
+        QStringLiteral("select objectindex, name, objecttype from Objects%1 order by objectindex asc")
+            .arg(m_line);
+    if (!query.exec(objects)) {
+        qDebug() << Q_FUNC_INFO << objects << query.lastError().text();
+        return;
+    }
+    while (query.next()) {
+        const quint16 index = quint16(query.value(0).toUInt());
+        LineObject& object = m_objects[index];
+        object.data.name = m_database->stringById(query.value(1).toInt());
+        object.data.objecttype = query.value(2).toInt();
+        m_indices << index;
+    }
+    const QString subIndices = QStringLiteral("select distinct objectindex, subindex from SubObjects%1 "
+                                              "order by objectindex asc, subindex asc")
+                                   .arg(m_line);
+    if (!query.exec(subIndices)) {
+        qDebug() << Q_FUNC_INFO << subIndices << query.lastError().text();
+        return;
+    }
+    while (query.next()) {
+        const auto owner = m_objects.find(quint16(query.value(0).toUInt()));
+        if (owner != m_objects.end())
+            owner->subs << quint8(query.value(1).toUInt());
     }
 }
 

@@ -100,6 +100,7 @@ private:
     void checkObject(quint16 index);
     void checkSubIndexZero(quint16 index, const LineObject& object);
     bool mayAdjust(quint16 index, const SUBINDEX_DATA_T& sub0) const;
+    static bool defaultWrittenToEds(const SUBINDEX_DATA_T& record);
     void checkSubIndex(quint16 index, quint8 subindex, int ownerCode);
     void checkLimits(quint16 index, quint8 subindex, const SUBINDEX_DATA_T& sub);
     void checkVariableNames();

@@ -66,8 +66,7 @@ void ModelChecker::checkLineSettings()
         reportError(tr("<strong>Error: </strong>Common Settings: CAN transmit buffer size must be specified "
                        "individually for each line."));
 
-    if (m_line != 0 &&
-        m_database->getGeneralSettingForLine(QStringLiteral("nmtmaster"), m_line).toUInt(nullptr, 0) == 2 &&
+    if (m_line != 0 && lineEntry(QStringLiteral("nmtmaster")).toUInt(nullptr, 0) == 2 &&
         !m_database->getGeneralSetting(QStringLiteral("co_ml_ms")).contains(QLatin1Char(',')))
         reportError(tr("<strong>Error: </strong>General Settings: The ML master/slave settings size must be "
                        "specified individually for each line. (e.g 0,1)"));
@@ -290,11 +289,17 @@ void ModelChecker::checkSubIndexZero(quint16 index, const LineObject& current)
         sub0.implementation = managedConst;
         writeSub(index, 0, sub0);
     }
-    if (!(sub0.writedefaulttoeds == 2 || (sub0.writedefaulttoeds == 1 && sub0.defaultineds)))
+    if (!defaultWrittenToEds(sub0))
         report(
             tr("Warning: Object 0x%1-0:The defaultvalue of this subindex should be written into the EDS/XDD "
                "file.")
                 .arg(hex4(index)));
+}
+
+// writedefaulttoeds: 0 never, 1 when the default value flag is set, 2 always.
+bool ModelChecker::defaultWrittenToEds(const SUBINDEX_DATA_T& record)
+{
+    return record.writedefaulttoeds == 2 || (record.writedefaulttoeds == 1 && record.defaultineds);
 }
 
 // Subindex 0 of 0x1003 counts the stored errors; a dynamic mapping table is

@@ -157,15 +157,15 @@ void ModelChecker::checkPdoCommunication()
                 tr("<strong>Error: </strong>Object 0x%1: The corresponding PDO mapping object 0x%2 does not "
                    "exist.")
                     .arg(hex4(index), hex4(mapping)));
-        for (quint8 subindex : {1, 2}) {
-            const SUBINDEX_DATA_T record = sub(index, subindex);
-            if (record.writedefaulttoeds != 2 && !(record.writedefaulttoeds == 1 && record.defaultineds))
-                report(
-                    tr("<strong>Hint: </strong>Subindex %1 of 0x%2 should have its default value in the EDS "
-                       "file.")
-                        .arg(subindex)
-                        .arg(hex4(index)));
-        }
+        // A network configurator takes COB-ID and transmission type from the EDS.
+        if (!defaultWrittenToEds(sub(index, 1)))
+            report(
+                tr("<strong>Hint: </strong>Subindex 1 of 0x%2 should have its default value in the EDS file.")
+                    .arg(hex4(index)));
+        if (!defaultWrittenToEds(sub(index, 2)))
+            report(
+                tr("<strong>Hint: </strong>Subindex 2 of 0x%2 should have its default value in the EDS file.")
+                    .arg(hex4(index)));
 
         QString cobIdText = sub(index, 1).defaultvalue.trimmed();
         cobIdText.remove(nodeIdPrefix);

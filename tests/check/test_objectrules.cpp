@@ -102,6 +102,12 @@ TEST(ObjectRules, LineSettings)
           [](TestProject& p) {
               p.setGeneral("nmtmaster", "2");
               p.setGeneral("co_ml_ms", "1");
+          },
+          // A list too short for the line gives it no entry, unlike the store's per-line reader.
+          [](TestProject& p) {
+              p.addLine(1, 1);
+              p.setGeneral("nmtmaster", "2");
+              p.setGeneral("co_ml_ms", "1");
           }}},
     });
 }
