@@ -774,10 +774,7 @@ bool ObjectDataBase::saveDatabaseAsSql(QString path)
              QStringLiteral("update SubObjects%1 set wizardsource=454 where changedbyuser = 0").arg(0));
     }
     writeSaveKeys();
-
-    const QString backup = QStringLiteral("%1.bak").arg(path);
-    QFile::remove(backup);
-    QFile::rename(path, backup);
+    keepBackup(path);
 
     // The connection stays open: the working file goes on being the live database after the copy.
     QFile input(workingFile);
@@ -798,10 +795,20 @@ bool ObjectDataBase::saveDatabaseAsSql(QString path)
     return false;
 }
 
+// The file that is about to be replaced stays as "<file>.bak", so that a save never loses the only copy.
+void ObjectDataBase::keepBackup(const QString& path)
+{
+    const QString backup = QStringLiteral("%1.bak").arg(path);
+    QFile::remove(backup);
+    QFile::rename(path, backup);
+}
+
 bool ObjectDataBase::saveDatabaseAsText(const QString& path)
 {
     removeScratchLines();
     writeSaveKeys();
+    // A text file that could not be read opens as an empty project; its content must survive a save.
+    keepBackup(path);
     m_currentPath = path;
     DatabaseTextConverter converter;
     converter.setObjectDataBase(this);

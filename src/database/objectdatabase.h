@@ -271,6 +271,7 @@ private:
     int storedDatabaseVersion();
     bool saveDatabaseAsSql(QString path);
     bool saveDatabaseAsText(const QString& path);
+    void keepBackup(const QString& path);
     void removeScratchLines();
     void writeSaveKeys();
     QString computeFileHash();

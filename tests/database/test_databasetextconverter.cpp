@@ -411,6 +411,26 @@ TEST_F(TextForm, DamagedFilesOpenWithWhatTheyHold)
     }
 }
 
+TEST_F(TextForm, AnUnreadableTextFileSurvivesASaveOverItAsBackup)
+{
+    const QString file = path(QStringLiteral("unreadable.trwt"));
+    const QByteArray content("SQLite format 3\0binary pages, no groups", 40);
+    QFile out(file);
+    ASSERT_TRUE(out.open(QIODevice::WriteOnly));
+    out.write(content);
+    out.close();
+
+    EXPECT_TRUE(reopened.openDataBase(file, true));
+    EXPECT_FALSE(reopened.lastError().isEmpty());
+    ASSERT_TRUE(reopened.saveDatabase(QString()));
+
+    QFile backup(file + QStringLiteral(".bak"));
+    ASSERT_TRUE(backup.open(QIODevice::ReadOnly));
+    EXPECT_EQ(backup.readAll(), content);
+    QSettings saved(file, QSettings::IniFormat);
+    EXPECT_TRUE(saved.childGroups().contains(QStringLiteral("Nodes")));
+}
+
 TEST_F(TextForm, AMissingTextFileStillLeavesAnEmptyProjectOpen)
 {
     EXPECT_TRUE(reopened.openDataBase(path(QStringLiteral("missing.trwt")), true));
