@@ -16,6 +16,8 @@
 
 #include <algorithm>
 
+#include <sys/resource.h>
+
 namespace {
 
 constexpr qint64 deviceLimitMs = 200;
@@ -61,6 +63,16 @@ void cacheAsThePipelineDoes(ObjectDataBase& db)
     db.cacheAllSubs(0, 0);
     db.cacheSubNames(0, 0);
     db.loadStringPool();
+}
+
+// Processor time of the whole process, worker threads included: on a
+// machine shared with builds the wall-clock figures carry their waiting.
+qint64 processorMs()
+{
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    const auto ms = [](const timeval& t) { return qint64(t.tv_sec) * 1000 + t.tv_usec / 1000; };
+    return ms(usage.ru_utime) + ms(usage.ru_stime);
 }
 
 qint64 median(QList<qint64> values)
@@ -127,21 +139,29 @@ int main(int argc, char** argv)
     const QString device = deviceFile();
     QList<qint64> importTimes;
     QList<qint64> generateTimes;
+    QList<qint64> importCpu;
+    QList<qint64> generateCpu;
     for (int round = 0; round < rounds; ++round) {
         QSharedPointer<ObjectDataBase> db = newProject();
         QElapsedTimer timer;
         timer.start();
+        qint64 cpu = processorMs();
         importInto(db, device);
         importTimes << timer.elapsed();
+        importCpu << processorMs() - cpu;
         cacheAsThePipelineDoes(*db);
         timer.restart();
+        cpu = processorMs();
         generateFrom(*db, dir.path());
         generateTimes << timer.elapsed();
+        generateCpu << processorMs() - cpu;
     }
-    out << "import of " << QFileInfo(device).fileName() << ": " << median(importTimes) << " ms (median of "
-        << rounds << "), limit " << deviceLimitMs << " ms\n";
-    out << "EDS generation of " << QFileInfo(device).fileName() << ": " << median(generateTimes)
-        << " ms (median of " << rounds << "), limit " << deviceLimitMs << " ms\n";
+    out << "import of " << QFileInfo(device).fileName() << ": " << median(importTimes) << " ms ("
+        << median(importCpu) << " ms processor time, median of " << rounds << "), limit " << deviceLimitMs
+        << " ms\n";
+    out << "EDS generation of " << QFileInfo(device).fileName() << ": " << median(generateTimes) << " ms ("
+        << median(generateCpu) << " ms processor time, median of " << rounds << "), limit " << deviceLimitMs
+        << " ms\n";
     withinLimits =
         withinLimits && median(importTimes) < deviceLimitMs && median(generateTimes) < deviceLimitMs;
 
@@ -149,12 +169,14 @@ int main(int argc, char** argv)
     QSharedPointer<ObjectDataBase> db = newProject();
     QElapsedTimer timer;
     timer.start();
+    const qint64 cpu = processorMs();
     importInto(db, synthetic);
     const qint64 syntheticMs = timer.elapsed();
+    const qint64 syntheticCpu = processorMs() - cpu;
     const int objects = int(db->getIndexList(0, 0, 0xFFFF).size());
     const qint64 peak = peakMemoryKb();
     out << "import of " << objects << " objects x " << subsPerObject << " subindices: " << syntheticMs
-        << " ms, limit " << syntheticLimitMs << " ms\n";
+        << " ms (" << syntheticCpu << " ms processor time), limit " << syntheticLimitMs << " ms\n";
     out << "peak memory of the process: " << peak / 1024 << " MB, limit " << memoryLimitKb / 1024 << " MB\n";
     withinLimits = withinLimits && objects == syntheticObjects && syntheticMs < syntheticLimitMs &&
                    peak >= 0 && peak < memoryLimitKb;
