@@ -1,5 +1,6 @@
 #include "mcp/mcpprofiletools.h"
 
+#include "mcp/mcparguments.h"
 #include "mcp/mcprecords.h"
 #include "mcp/mcpresources.h"
 #include "mcp/mcpsession.h"
@@ -7,14 +8,8 @@
 #include "database/objectdatabase.h"
 
 #include <QJsonArray>
-#include <QJsonDocument>
 
 namespace {
-
-QString compact(const QJsonDocument& document)
-{
-    return QString::fromUtf8(document.toJson(QJsonDocument::Compact));
-}
 
 QString profileArgument(const QJsonObject& arguments)
 {
@@ -30,7 +25,7 @@ void MCPProfileTools::listProfiles(MCPSession& session, int id, const QJsonObjec
     QJsonArray ids;
     for (const QFileInfo& file : MCPResources::profileFiles(session.codbPath()))
         ids.append(MCPResources::profileId(file));
-    session.sendToolText(id, compact(QJsonDocument(ids)), false);
+    session.sendToolData(id, ids, false);
 }
 
 void MCPProfileTools::listProfileIndices(MCPSession& session, int id, const QJsonObject& arguments)
@@ -50,7 +45,7 @@ void MCPProfileTools::listProfileIndices(MCPSession& session, int id, const QJso
         session.sendToolText(id, errorText, true);
         return;
     }
-    session.sendToolText(id, compact(QJsonDocument(MCPRecords::summaryList(*database, 0))), false);
+    session.sendToolData(id, MCPRecords::summaryList(*database, 0), false);
 }
 
 void MCPProfileTools::getProfileIndex(MCPSession& session, int id, const QJsonObject& arguments)
@@ -66,7 +61,7 @@ void MCPProfileTools::getProfileIndex(MCPSession& session, int id, const QJsonOb
         session.sendToolText(id, errorText, true);
         return;
     }
-    const quint16 index = quint16(arguments.value(QStringLiteral("index")).toInt());
+    const quint16 index = MCPArguments::index(arguments);
     INDEX_DATA_T object;
     if (!database->getIndex(0, index, object)) {
         session.sendToolText(
@@ -76,7 +71,7 @@ void MCPProfileTools::getProfileIndex(MCPSession& session, int id, const QJsonOb
     }
     QJsonObject record = MCPRecords::indexRecord(*database, 0, index, object);
     record.insert(QStringLiteral("profile"), profile);
-    session.sendToolText(id, compact(QJsonDocument(record)), false);
+    session.sendToolData(id, record, false);
 }
 
 void MCPProfileTools::importProfileIndices(MCPSession& session, int id, const QJsonObject& arguments)
@@ -93,7 +88,7 @@ void MCPProfileTools::importProfileIndices(MCPSession& session, int id, const QJ
         return;
     }
     const QSharedPointer<ObjectDataBase> project = session.ensureDatabase(id);
-    const quint8 line = quint8(arguments.value(QStringLiteral("line")).toInt());
+    const quint8 line = MCPArguments::line(arguments);
     if (!project || !session.ensureCanopenLine(id, *project, line))
         return;
     const QString profile = profileArgument(arguments);
