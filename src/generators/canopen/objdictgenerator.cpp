@@ -202,7 +202,6 @@ QString ObjDictGenerator::renamed(const char* literal)
 void ObjDictGenerator::readDictionary()
 {
     m_objects.clear();
-    m_subs.clear();
     for (quint8 line = 0; line <= highestDictionaryLine; ++line) {
         if (!m_database->nodeExists(line))
             continue;
@@ -223,7 +222,13 @@ void ObjDictGenerator::readDictionary()
                 if (!m_database->getSubIndex(line, index, subindex, sub))
                     continue;
                 object.subindices << subindex;
-                m_subs.insert(objectKey(line, index, subindex), sub);
+                object.subs << sub;
+            }
+            if (m_compactDescription && index >= 0x1200) {
+                QList<const SUBINDEX_DATA_T*> subs;
+                for (const SUBINDEX_DATA_T& sub : std::as_const(object.subs))
+                    subs << &sub;
+                object.compactEnd = compactLimit(object.subindices, subs);
             }
             objects << object;
         }
@@ -435,8 +440,11 @@ const ObjDictGenerator::DictObject* ObjDictGenerator::findObject(quint8 line, qu
 
 const SUBINDEX_DATA_T* ObjDictGenerator::findSub(quint8 line, quint16 index, quint8 subindex) const
 {
-    const auto it = m_subs.constFind(objectKey(line, index, subindex));
-    return it == m_subs.constEnd() ? nullptr : &it.value();
+    const DictObject* object = findObject(line, index);
+    if (!object)
+        return nullptr;
+    const qsizetype position = object->subindices.indexOf(subindex);
+    return position < 0 ? nullptr : &object->subs.at(position);
 }
 
 QList<quint16> ObjDictGenerator::indicesIn(quint8 line, quint16 from, quint16 to) const

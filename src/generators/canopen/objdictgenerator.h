@@ -70,6 +70,10 @@ protected:
         quint16 index = 0;
         int objectType = 7;
         QList<quint8> subindices;
+        // Parallel to subindices.
+        QList<SUBINDEX_DATA_T> subs;
+        // The compact array limit, 255 when the object isn't compacted.
+        quint8 compactEnd = 255;
     };
 
     // A table of values in output order, with the object keys of its entries.
@@ -179,8 +183,8 @@ protected:
     QString entryComment(quint8 line, quint16 index, quint8 subindex) const;
     QString lineMarker(quint8 line) const;
     int constSlotOf(quint8 line, quint16 index, quint8 subindex) const;
-    // The subindices that the description section writes for an object.
-    QList<quint8> describedSubindices(quint8 line, const DictObject& object, quint8* compactEnd) const;
+    // Positions in the object's lists of the subindices that the description section writes.
+    QList<qsizetype> describedPositions(quint8 line, const DictObject& object) const;
     void countRows();
     bool usesOptions() const;
     bool overwritesPredefinedSet() const;
@@ -217,6 +221,5 @@ protected:
 private:
     // Objects from 0x1000 upward of the lines 0 to 31 that have any, ascending.
     QMap<quint8, QList<DictObject>> m_objects;
-    QHash<quint32, SUBINDEX_DATA_T> m_subs;
     QHash<const char*, QString> m_renamed;
 };

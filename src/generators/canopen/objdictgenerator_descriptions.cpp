@@ -72,25 +72,16 @@ quint8 ObjDictGenerator::compactLimit(const QList<quint8>& subindices,
     return limit;
 }
 
-QList<quint8> ObjDictGenerator::describedSubindices(quint8 line, const DictObject& object,
-                                                    quint8* compactEnd) const
+QList<qsizetype> ObjDictGenerator::describedPositions(quint8 line, const DictObject& object) const
 {
-    quint8 limit = noCompaction;
-    if (m_compactDescription && object.index >= 0x1200) {
-        QList<const SUBINDEX_DATA_T*> subs;
-        for (quint8 subindex : object.subindices)
-            subs << findSub(line, object.index, subindex);
-        limit = compactLimit(object.subindices, subs);
-    }
-    *compactEnd = limit;
-    QList<quint8> described;
-    for (quint8 subindex : object.subindices) {
-        if (subindex > limit)
+    QList<qsizetype> described;
+    for (qsizetype position = 0; position < object.subindices.size(); ++position) {
+        if (object.subindices.at(position) > object.compactEnd)
             break;
-        const SUBINDEX_DATA_T& sub = *findSub(line, object.index, subindex);
+        const SUBINDEX_DATA_T& sub = object.subs.at(position);
         if ((line != 0 && sub.sharedlines) || sub.implementation == 3)
             continue;
-        described << subindex;
+        described << position;
     }
     return described;
 }
@@ -109,8 +100,7 @@ void ObjDictGenerator::countRows()
             if (!first || first->implementation != 3)
                 ++m_lineAssignCounts[line];
             m_descriptionStart.insert((quint32(line) << 24) | object.index, m_descriptionCount);
-            quint8 compactEnd = noCompaction;
-            const int rows = int(describedSubindices(line, object, &compactEnd).size());
+            const int rows = int(describedPositions(line, object).size());
             m_descriptionCount += rows;
             lineRows += rows;
         }
@@ -126,11 +116,12 @@ void ObjDictGenerator::writeObjectDescriptions()
     out << "CO_CONST CO_OBJECT_DESC_T CO_CONST_STORAGE_CLASS od_description[CO_OBJ_DESC_CNT] = {\n";
     for (quint8 line : dictionaryLines()) {
         for (const DictObject& object : objectsOf(line)) {
-            quint8 compactEnd = noCompaction;
-            const QList<quint8> described = describedSubindices(line, object, &compactEnd);
-            for (quint8 subindex : described)
-                out << descriptionRow(line, object.index, subindex, *findSub(line, object.index, subindex),
-                                      subindex == compactEnd);
+            const QList<qsizetype> described = describedPositions(line, object);
+            for (qsizetype position : described) {
+                const quint8 subindex = object.subindices.at(position);
+                out << descriptionRow(line, object.index, subindex, object.subs.at(position),
+                                      subindex == object.compactEnd);
+            }
         }
     }
     out << "};\n";
@@ -342,13 +333,11 @@ void ObjDictGenerator::writeAssignTable()
                 continue;
             int described = 0;
             if (m_compactDescription) {
-                quint8 compactEnd = noCompaction;
-                describedSubindices(line, object, &compactEnd);
                 for (quint8 subindex : object.subindices)
-                    described += subindex <= compactEnd ? 1 : 0;
+                    described += subindex <= object.compactEnd ? 1 : 0;
             } else {
-                for (quint8 subindex : object.subindices)
-                    described += findSub(line, object.index, subindex)->implementation != 3 ? 1 : 0;
+                for (const SUBINDEX_DATA_T& sub : object.subs)
+                    described += sub.implementation != 3 ? 1 : 0;
             }
             const quint8 startLine = (first && first->sharedlines) ? 0 : line;
             out << QStringLiteral("\t{ 0x%1u, %2u, %3u, %4, %5u },\n")

@@ -192,8 +192,9 @@ void ObjDictGenerator::writeManagedVariables()
     ValueTable tables[GroupCount];
     for (quint8 line : dictionaryLines()) {
         for (const DictObject& object : objectsOf(line)) {
-            for (quint8 subindex : object.subindices) {
-                const SUBINDEX_DATA_T& sub = *findSub(line, object.index, subindex);
+            for (qsizetype position = 0; position < object.subindices.size(); ++position) {
+                const quint8 subindex = object.subindices.at(position);
+                const SUBINDEX_DATA_T& sub = object.subs.at(position);
                 if (sub.implementation != 0 || ownedByService(object.index, subindex) ||
                     (line != 0 && sub.sharedlines))
                     continue;
@@ -235,8 +236,9 @@ void ObjDictGenerator::writeConstants()
     QStringList visStrings, visLengths, utf8Strings, utf8Lengths;
     for (quint8 line : dictionaryLines()) {
         for (const DictObject& object : objectsOf(line)) {
-            for (quint8 subindex : object.subindices) {
-                const SUBINDEX_DATA_T& sub = *findSub(line, object.index, subindex);
+            for (qsizetype position = 0; position < object.subindices.size(); ++position) {
+                const quint8 subindex = object.subindices.at(position);
+                const SUBINDEX_DATA_T& sub = object.subs.at(position);
                 const quint32 key = objectKey(line, object.index, subindex);
                 const Group group = groupOf(sub.datatype);
                 if (group != NoGroup) {
@@ -293,8 +295,9 @@ void ObjDictGenerator::writeStringDefaultValues()
         if (objectsOf(line).size() < 2)
             continue;
         for (const DictObject& object : objectsOf(line)) {
-            for (quint8 subindex : object.subindices) {
-                const SUBINDEX_DATA_T& sub = *findSub(line, object.index, subindex);
+            for (qsizetype position = 0; position < object.subindices.size(); ++position) {
+                const quint8 subindex = object.subindices.at(position);
+                const SUBINDEX_DATA_T& sub = object.subs.at(position);
                 if (sub.implementation != 2 || (sub.datatype != 9 && sub.datatype != 10))
                     continue;
                 out << "/* " << variableName(line, object.index, subindex, sub) << " */ \n";
@@ -322,8 +325,9 @@ void ObjDictGenerator::writeApplicationVariables()
     QStringList visLengths, utf8Lengths, octetLengths, domainLengths;
     for (quint8 line : dictionaryLines()) {
         for (const DictObject& object : objectsOf(line)) {
-            for (quint8 subindex : object.subindices) {
-                const SUBINDEX_DATA_T& sub = *findSub(line, object.index, subindex);
+            for (qsizetype position = 0; position < object.subindices.size(); ++position) {
+                const quint8 subindex = object.subindices.at(position);
+                const SUBINDEX_DATA_T& sub = object.subs.at(position);
                 if (sub.implementation != 2 || isSrdoEntry(line, object.index, subindex))
                     continue;
                 const quint32 key = objectKey(line, object.index, subindex);
