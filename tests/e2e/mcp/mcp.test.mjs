@@ -2,10 +2,15 @@
 // output, as an agent would. The binary comes from TRW_BINARY.
 import { test } from 'node:test';
 import assert from 'node:assert/strict';
+import { copyFileSync, existsSync, mkdirSync, mkdtempSync, readdirSync, rmSync } from 'node:fs';
+import { tmpdir } from 'node:os';
+import { dirname, join } from 'node:path';
+import { fileURLToPath } from 'node:url';
 import { Client } from '@modelcontextprotocol/sdk/client/index.js';
 import { StdioClientTransport } from '@modelcontextprotocol/sdk/client/stdio.js';
 
 const binary = process.env.TRW_BINARY;
+const sourceDir = process.env.TRW_SOURCE_DIR ?? join(dirname(fileURLToPath(import.meta.url)), '../../..');
 
 const toolNames = [
   'open_project', 'import_file', 'generate', 'save_project', 'check_model', 'list_lines', 'get_line',
@@ -22,8 +27,37 @@ async function connect() {
   assert.ok(binary, 'TRW_BINARY must name the trw executable');
   const transport = new StdioClientTransport({ command: binary, args: ['--mcp'], stderr: 'pipe' });
   const client = new Client({ name: 'trw-e2e', version: '1.0.0' });
+  // A line on standard output that is not a JSON-RPC message shows up here.
+  client.streamErrors = [];
+  client.onerror = (error) => client.streamErrors.push(error);
   await client.connect(transport);
   return client;
+}
+
+async function call(client, name, args = {}) {
+  const result = await client.callTool({ name, arguments: args });
+  assert.equal(result.content.length, 1, name);
+  assert.equal(result.content[0].type, 'text', name);
+  return { text: result.content[0].text, isError: result.isError === true };
+}
+
+async function callOk(client, name, args = {}) {
+  const { text, isError } = await call(client, name, args);
+  assert.ok(!isError, `${name}: ${text}`);
+  return text;
+}
+
+async function callJson(client, name, args = {}) {
+  return JSON.parse(await callOk(client, name, args));
+}
+
+// A copy of an example project in a folder of its own, removed afterwards.
+function exampleCopy(t) {
+  const folder = mkdtempSync(join(tmpdir(), 'trw-mcp-e2e-'));
+  t.after(() => rmSync(folder, { recursive: true, force: true }));
+  const project = join(folder, 'cia402_servo_drive.trwt');
+  copyFileSync(join(sourceDir, 'examples/cia402_servo_drive/cia402_servo_drive.trwt'), project);
+  return { folder, project };
 }
 
 test('the client connects and lists the 38 tools in order', async () => {
@@ -41,6 +75,110 @@ test('the client connects and lists the 38 tools in order', async () => {
       for (const key of tool.inputSchema.required ?? [])
         assert.ok(key in tool.inputSchema.properties, `${tool.name} requires unknown ${key}`);
     }
+  } finally {
+    await client.close();
+  }
+});
+
+test('a project is edited, checked, generated, saved and reopened', async (t) => {
+  const { folder, project } = exampleCopy(t);
+  const output = join(folder, 'generated');
+  mkdirSync(output);
+
+  const client = await connect();
+  try {
+    const closed = await call(client, 'list_lines');
+    assert.deepEqual(closed, { text: 'No project open. Call open_project first.', isError: true });
+
+    assert.equal(await callOk(client, 'open_project', { path: project }), `Project opened: ${project}`);
+    assert.deepEqual(await callJson(client, 'list_lines'), [{ line: 0, lineTypeCode: 1 }]);
+
+    const added = await callOk(client, 'add_line', { line: 1, lineType: 'CANopen', name: 'Service' });
+    assert.match(added, /^Line 1 added\.\n\ncheck_model: /);
+    assert.deepEqual(await callJson(client, 'list_lines'), [
+      { line: 0, lineTypeCode: 1 },
+      { line: 1, lineTypeCode: 1 },
+    ]);
+    assert.equal((await callJson(client, 'get_line', { line: 1 })).name, 'Service');
+    assert.match(await callOk(client, 'delete_line', { line: 1 }), /^Line 1 deleted\.\n\ncheck_model: /);
+
+    const record = { line: 0, index: 0x2100, name: 'Tuning', objectType: 'Record', dataType: 0 };
+    assert.match(await callOk(client, 'add_index', record), /^Index 0X2100 added on line 0\.\n\ncheck_model: /);
+    const subs = [
+      { sub: 0, name: 'Highest sub-index supported', dataType: 5, accessType: 'const', defaultValue: '2' },
+      { sub: 1, name: 'Gain', dataType: 7, accessType: 'rw', defaultValue: '0x64' },
+      { sub: 2, name: 'Offset', dataType: 4, accessType: 'rw', defaultValue: '-3' },
+    ];
+    for (const sub of subs) {
+      const text = await callOk(client, 'add_subindex', { line: 0, index: 0x2100, ...sub });
+      assert.match(text, new RegExp(`^Subindex 0X2100:${sub.sub} added on line 0\\.\\n\\ncheck_model: `));
+    }
+    assert.match(await callOk(client, 'check_model'), /^\{"errorCount":0,"errors":\[/);
+
+    const index = await callJson(client, 'get_index', { line: 0, index: 0x2100 });
+    assert.equal(index.index, '0X2100');
+    assert.equal(index.objectTypeCode, 9);
+    assert.deepEqual(
+      index.subs.map(({ sub, name, dataTypeCode, accessType, defaultValue }) => ({
+        sub, name, dataType: dataTypeCode, accessType, defaultValue,
+      })),
+      subs,
+    );
+    const found = await callJson(client, 'find_indices', { line: 0, globPattern: 'TUNING' });
+    assert.deepEqual(found, [{ index: '0X2100', indexDec: 0x2100, name: 'Tuning' }]);
+
+    const generated = await callOk(client, 'generate', { outputPath: output });
+    assert.match(generated, /^Generation completed\.\n/);
+    assert.ok(existsSync(join(output, 'gen_objdict.c')), readdirSync(output).join(', '));
+    assert.ok(readdirSync(output).some((name) => name.endsWith('.eds')));
+
+    assert.match(await callOk(client, 'save_project'), /^Project saved\./);
+    assert.match(
+      await callOk(client, 'set_index_name', { line: 0, index: 0x2100, name: 'Unsaved' }),
+      /^Index 0X2100 on line 0 renamed to "Unsaved"\./,
+    );
+    assert.deepEqual(client.streamErrors, []);
+  } finally {
+    await client.close();
+  }
+
+  const reopened = await connect();
+  try {
+    await callOk(reopened, 'open_project', { path: project });
+    const index = await callJson(reopened, 'get_index', { line: 0, index: 0x2100 });
+    assert.equal(index.name, 'Tuning');
+    assert.deepEqual(index.subs.map((sub) => sub.defaultValue), ['2', '0x64', '-3']);
+    assert.deepEqual(await callJson(reopened, 'list_lines'), [{ line: 0, lineTypeCode: 1 }]);
+
+    const edsName = readdirSync(output).find((name) => name.endsWith('.eds'));
+    assert.match(await callOk(reopened, 'delete_index', { line: 0, index: 0x2100 }), /^Index 0X2100 deleted/);
+    assert.match(await callOk(reopened, 'import_file', { path: join(output, edsName) }), /^Import successful: /);
+    assert.equal((await callJson(reopened, 'get_index', { line: 0, index: 0x2100 })).name, 'Tuning');
+    assert.deepEqual(reopened.streamErrors, []);
+  } finally {
+    await reopened.close();
+  }
+});
+
+test('bad calls are answered as errors and the session goes on', async (t) => {
+  const { folder, project } = exampleCopy(t);
+  const client = await connect();
+  try {
+    await assert.rejects(client.callTool({ name: 'no_such_tool', arguments: {} }), /Unknown tool: no_such_tool/);
+    assert.deepEqual(await call(client, 'open_project', { path: folder }), {
+      text: `Failed to open project: ${folder}`,
+      isError: true,
+    });
+    await callOk(client, 'open_project', { path: project });
+    await assert.rejects(client.callTool({ name: 'get_index', arguments: { line: 0 } }),
+      /Missing required argument: line and\/or index/);
+    // A string where a number belongs reads as 0.
+    assert.deepEqual(await call(client, 'get_index', { line: 'zero', index: '24641' }), {
+      text: 'Index 0X0000 does not exist on line 0.',
+      isError: true,
+    });
+    assert.equal((await callJson(client, 'get_index', { line: 256, index: 24641 + 65536 })).index, '0X6041');
+    assert.deepEqual(client.streamErrors, []);
   } finally {
     await client.close();
   }
