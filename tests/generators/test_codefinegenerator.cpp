@@ -8,6 +8,7 @@
 #include <QDir>
 #include <QDirIterator>
 #include <QFile>
+#include <QFileInfo>
 #include <QRegularExpression>
 #include <QTemporaryDir>
 
@@ -652,6 +653,26 @@ TEST(DefineGenerator, VirtualObjectBlock)
                               "#define CO_VOBJ_DESC_CNT 4u\n"
                               "/* Hardware settings */\n"))
         << text.toStdString();
+}
+
+// A gen_define.h that can't be opened is no reported failure: the run ends
+// normally, and what stands in its place is left alone.
+TEST(DefineGenerator, UnopenableFileEndsQuietly)
+{
+    QTemporaryDir dir;
+    ObjectDataBase db;
+    openSmallProject(db);
+    ASSERT_TRUE(QDir(dir.path()).mkdir("gen_define.h"));
+    cacheLines(db);
+    GenDefineGenerator generator;
+    QObject receiver;
+    QList<int> reported;
+    QObject::connect(&generator, &AbstractGenerator::progress, &receiver,
+                     [&reported](quint8 value) { reported << value; });
+    runGenerator(generator, db, dir.path(), "gen_define.h");
+    EXPECT_EQ(reported, QList<int>{100});
+    EXPECT_FALSE(generator.hasFailed());
+    EXPECT_TRUE(QFileInfo(dir.filePath("gen_define.h")).isDir());
 }
 
 QStringList exampleProjects()

@@ -238,6 +238,54 @@ TEST(IndicesGenerator, PgnsSpnsAndRawCanIdentifiers)
     EXPECT_TRUE(compiled.ok) << compiled.output.toStdString();
 }
 
+// The address claim is sent by the stack itself on a line that carries J1939
+// alone or beside CANopen, when the project transmits it.
+TEST(IndicesGenerator, AddressClaimBlock)
+{
+    struct Case
+    {
+        int lineType;
+        quint8 direction;
+        bool written;
+    };
+    const QList<Case> cases = {
+        {2, ObjectDataBase::Transmit, true},  {5, ObjectDataBase::Transmit, true},
+        {7, ObjectDataBase::Transmit, false}, {1, ObjectDataBase::Transmit, false},
+        {2, ObjectDataBase::Receive, false},
+    };
+    for (const Case& c : cases) {
+        QTemporaryDir dir;
+        ObjectDataBase db;
+        ASSERT_TRUE(db.createNewDataBase());
+        addLine(db, 0, c.lineType);
+        ObjectDataBase::PGN claim;
+        claim.name = "AC";
+        claim.direction = c.direction;
+        db.addPGN(0, 60928, claim);
+        ObjectDataBase::SPN name;
+        name.name = "NAME";
+        db.addSPN(0, 60928, c.direction, 2848, name);
+        const QString text = generateIndices(db, dir.path());
+        const QString block = "#define PGN_ADDRESS_CLAIM        \t60928u /* 0xee00 */\n"
+                              "#define SPN_NAME_OF_CONTROLLER_APPLICATION\t2848u\n";
+        EXPECT_EQ(text.contains(block), c.written) << c.lineType << " " << int(c.direction) << "\n"
+                                                   << text.toStdString();
+    }
+}
+
+TEST(IndicesGenerator, ObjectWithoutNameGetsTheDefaultName)
+{
+    QTemporaryDir dir;
+    ObjectDataBase db;
+    ASSERT_TRUE(db.createNewDataBase());
+    addObject(db, 0, 0x2000, "", 7, {{0, "x"}});
+    addObject(db, 0, 0x2001, "", 7, {{0, "x"}});
+    const QString text = generateIndices(db, dir.path());
+    EXPECT_TRUE(text.contains("#define I_UNNAMED_OBJECT         \t0x2000u\n"
+                              "#define I_UNNAMED_OBJECT_1       \t0x2001u\n"))
+        << text.toStdString();
+}
+
 // The configuration answers of the frame, in the order the pipeline calls them.
 TEST(GeneratorFrame, ConfigurationStatus)
 {

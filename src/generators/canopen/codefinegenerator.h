@@ -98,7 +98,9 @@ protected:
     // The classic stack has no static UDS indication binding.
     virtual void writeStaticUdsIndications() {}
 
-    // Sections, in file order.
+    // Sections, in file order. The blocks of the other protocols (EnergyBus,
+    // J1939, raw CAN, ISO-TP and UDS, COB budget of mixed projects) live in
+    // codefinegenerator_protocols.cpp.
     void writeBannerAndToolBlock();
     void writeLineSettingsAndServices();
     void writeEnergyBusBlock();

@@ -8,6 +8,7 @@
 #include "database/objectdatabase.h"
 
 #include <QCoreApplication>
+#include <QDebug>
 #include <QRegularExpression>
 
 #include <algorithm>
@@ -59,10 +60,13 @@ void CoDefineGenerator::scanSubIndices()
             bool virtualObject = false;
             SUBINDEX_DATA_T first;
             for (quint8 subindex : subindices) {
+                // A record that can't be read counts with the defaults of a blank one.
                 SUBINDEX_DATA_T sub;
-                m_database->getSubIndex(line, index, subindex, sub);
+                if (!m_database->getSubIndex(line, index, subindex, sub))
+                    qDebug() << Q_FUNC_INFO << QStringLiteral("Index found: index 0x%1").arg(index, 0, 16);
                 scanSubIndex(line, index, subindex, sub);
-                virtualObject = virtualObject || (index <= 0xBFFF && sub.implementation == virtualImplementation);
+                virtualObject =
+                    virtualObject || (index <= 0xBFFF && sub.implementation == virtualImplementation);
                 if (subindex == 0)
                     first = sub;
             }
@@ -153,10 +157,10 @@ void CoDefineGenerator::writeLineSettings(SectionStream& out)
     }
     out << "#define CANOPEN_SUPPORTED\t1u\n";
     out << "/* Number of receive/transmit buffer entries per line */\n";
-    out << "#define CO_REC_BUFFER_COUNTS\t" << bufferList(QStringLiteral("receivebuffersize"), QStringLiteral("10"))
-        << "\n";
-    out << "#define CO_TR_BUFFER_COUNTS\t" << bufferList(QStringLiteral("transmitbuffersize"), QStringLiteral("5"))
-        << "\n";
+    out << "#define CO_REC_BUFFER_COUNTS\t"
+        << bufferList(QStringLiteral("receivebuffersize"), QStringLiteral("10")) << "\n";
+    out << "#define CO_TR_BUFFER_COUNTS\t"
+        << bufferList(QStringLiteral("transmitbuffersize"), QStringLiteral("5")) << "\n";
     m_bufferCountsDefined = true;
     out << "/* Number of objects per line */\n";
     for (quint8 line : std::as_const(m_lines))
@@ -164,7 +168,8 @@ void CoDefineGenerator::writeLineSettings(SectionStream& out)
     out << "#define CO_OBJECT_COUNTS\t" << countList([this](quint8 l) { return objects(l, 0x1000, 0xFFFF); })
         << "\n";
     if (!mixedProtocols())
-        out << "#define CO_COB_COUNTS\t" << countList([this](quint8 l) { return cobCountCANopen(l); }) << "\n";
+        out << "#define CO_COB_COUNTS\t" << countList([this](quint8 l) { return cobCountCANopen(l); })
+            << "\n";
     out << "#define CO_TXPDO_COUNTS\t" << countList([this](quint8 l) { return objects(l, 0x1800, 0x19FF); })
         << "\n";
     out << "#define CO_RXPDO_COUNTS\t" << countList([this](quint8 l) { return objects(l, 0x1400, 0x15FF); })
@@ -192,16 +197,19 @@ void CoDefineGenerator::writeLineSettings(SectionStream& out)
         return QString::number(subs(l, 0x1F81, 1));
     }) << "\n";
     out << "#define CO_GUARDING_COUNTS\tCO_MAX_ASSIGN_COUNTS\n";
-    out << "#define CO_ERR_CTRL_COUNTS\t" << countList([this](quint8 l) { return subs(l, 0x1016, 1); }) << "\n";
+    out << "#define CO_ERR_CTRL_COUNTS\t" << countList([this](quint8 l) { return subs(l, 0x1016, 1); })
+        << "\n";
     int storeMax = 0;
     for (quint8 line : std::as_const(m_lines))
         storeMax = std::max(storeMax, subs(line, 0x1010, 1));
     if (storeMax > 0)
         out << "#define CO_STORE_CNT_MAX\t" << storeMax << "u\n";
-    out << "#define CO_ERR_HIST_COUNTS\t" << countList([this](quint8 l) { return subs(l, 0x1003, 1); }) << "\n";
+    out << "#define CO_ERR_HIST_COUNTS\t" << countList([this](quint8 l) { return subs(l, 0x1003, 1); })
+        << "\n";
     out << "#define CO_ACT_ERR_HIST_COUNTS\t" << countList([this](quint8 l) { return subs(l, 0x1032, 1); })
         << "\n";
-    out << "#define CO_EMCY_CONS_COUNTS\t" << countList([this](quint8 l) { return subs(l, 0x1028, 1); }) << "\n";
+    out << "#define CO_EMCY_CONS_COUNTS\t" << countList([this](quint8 l) { return subs(l, 0x1028, 1); })
+        << "\n";
 }
 
 void CoDefineGenerator::writeNodeIdDefines(SectionStream& out)
@@ -212,8 +220,8 @@ void CoDefineGenerator::writeNodeIdDefines(SectionStream& out)
         << "\n";
     const QString functions = setting(QStringLiteral("co_node_id_fct"));
     if (functions.trimmed().size() <= m_lines.size())
-        out << "#define CO_NODE_ID_FUNCTIONS " << QStringList(m_lines.size(), QStringLiteral("NULL")).join(QStringLiteral(", "))
-            << "\n";
+        out << "#define CO_NODE_ID_FUNCTIONS "
+            << QStringList(m_lines.size(), QStringLiteral("NULL")).join(QStringLiteral(", ")) << "\n";
     else
         out << "#define CO_NODE_ID_FUNCTIONS\t" << functions << "\n\n";
     const QString networkId = setting(QStringLiteral("co_network_id"));
@@ -296,8 +304,8 @@ void CoDefineGenerator::writeNetworkServices(SectionStream& out)
         out << "#define CO_SDO_NETWORKING\t1u\n";
     const int routes = sumOverLines([this](quint8 l) { return subs(l, 0x1F2C, 1); });
     if (routes != 0) {
-        out << "#define CO_NETWORK_ROUTING_COUNTS\t" << countList([this](quint8 l) { return subs(l, 0x1F2C, 1); })
-            << "\n";
+        out << "#define CO_NETWORK_ROUTING_COUNTS\t"
+            << countList([this](quint8 l) { return subs(l, 0x1F2C, 1); }) << "\n";
         out << "#define CO_NETWORK_ROUTING_CNT\t" << routes << "u\n";
     }
 }
@@ -306,8 +314,8 @@ void CoDefineGenerator::writeNetworkServices(SectionStream& out)
 // on CAN FD; a J1939 line gets a server or client for CiA 510 transfers.
 void CoDefineGenerator::writeSdoCounts(SectionStream& out)
 {
-    const int j1939Lines = int(std::count_if(m_lines.cbegin(), m_lines.cend(),
-                                             [this](quint8 l) { return lineType(l) == 2; }));
+    const int j1939Lines =
+        int(std::count_if(m_lines.cbegin(), m_lines.cend(), [this](quint8 l) { return lineType(l) == 2; }));
     int servers = sumOverLines([this](quint8 l) {
         const int count = objects(l, 0x1200, 0x127F);
         const bool canopen = lineType(l) == 1 || lineType(l) == 5 || lineType(l) == 6;
@@ -347,7 +355,8 @@ void CoDefineGenerator::writeUsdoServer(SectionStream& out)
     } else {
         out << "#define CO_USDO_SERVER_MAX_CON\t" << setting(connections) << "u\n";
     }
-    out << "#define CO_SUSDO_DOMAIN_CNT\t" << setting(QStringLiteral("usdo_server_domain_write_ind_size")) << "u\n";
+    out << "#define CO_SUSDO_DOMAIN_CNT\t" << setting(QStringLiteral("usdo_server_domain_write_ind_size"))
+        << "u\n";
     if (isSet(setting(QStringLiteral("usdo_server_read_ind_function"))))
         out << "#define CO_EVENT_STATIC_USDO_SERVER_READ 1u\n";
     if (isSet(setting(QStringLiteral("usdo_server_read_finished_ind_function"))))
@@ -369,7 +378,9 @@ void CoDefineGenerator::writeUsdoClient(SectionStream& out)
     });
     if (!m_canFdSupported || !enabled)
         return;
-    out << "#define CO_USDO_CLIENT_SUPPORTED\t" << "1" << "u\n";
+    out << "#define CO_USDO_CLIENT_SUPPORTED\t"
+        << "1"
+        << "u\n";
     const QString connections = QStringLiteral("usdo_client_cnt");
     if (coreForm()) {
         auto perLine = [this, &connections](quint8 l) { return lineSetting(connections, l).toInt(); };
@@ -397,7 +408,8 @@ void CoDefineGenerator::writePdoServices(SectionStream& out)
     if (receivePdos != 0)
         out << "#define CO_PDO_RECEIVE_CNT\t" << receivePdos << "u\n";
     if (m_facts.receiveTimer)
-        out << "#define CO_PDO_REC_TIMER_SUPPORTED\t" << "1u\n";
+        out << "#define CO_PDO_REC_TIMER_SUPPORTED\t"
+            << "1u\n";
 }
 
 void CoDefineGenerator::writeSrdoServices(SectionStream& out)
@@ -405,11 +417,14 @@ void CoDefineGenerator::writeSrdoServices(SectionStream& out)
     const int srdos = sumOverLines([this](quint8 l) { return objects(l, 0x1301, 0x137F); });
     if (srdos == 0)
         return;
-    out << "#define CO_SRDO_SUPPORTED\t" << "1u\n";
-    out << "#define CO_SRDO_COUNTS\t" << countList([this](quint8 l) { return objects(l, 0x1301, 0x137F); }) << "\n";
+    out << "#define CO_SRDO_SUPPORTED\t"
+        << "1u\n";
+    out << "#define CO_SRDO_COUNTS\t" << countList([this](quint8 l) { return objects(l, 0x1301, 0x137F); })
+        << "\n";
     out << "#define CO_SRDO_CNT\t" << srdos << "u\n";
     if (settingInt(QStringLiteral("ignore_srdo_data_validation")) == 1)
-        out << "#define CO_SRDO_IGNORE_DATA_STATE\t" << "1u\n";
+        out << "#define CO_SRDO_IGNORE_DATA_STATE\t"
+            << "1u\n";
     if (settingInt(QStringLiteral("static_srdo_data")) != 1)
         return;
     const QList<QPair<int, const char*>> entryDefines = {
@@ -454,9 +469,11 @@ void CoDefineGenerator::writeManagerServices(SectionStream& out)
     if (heartbeatConsumers != 0)
         out << "#define CO_HB_CONSUMER_CNT " << heartbeatConsumers << "u\n";
     if (hasOnAnyLine(0x1005))
-        out << "#define CO_SYNC_SUPPORTED\t" << "1u\n";
+        out << "#define CO_SYNC_SUPPORTED\t"
+            << "1u\n";
     if (settingInt(QStringLiteral("bootup_manager")) > 0) {
-        out << "#define CO_BOOTUP_MANAGER\t" << "1u\n";
+        out << "#define CO_BOOTUP_MANAGER\t"
+            << "1u\n";
         const int assignments = sumOverLines([this](quint8 l) { return subs(l, 0x1F81, 1); });
         int maxAssignments = sumOverLines([this](quint8 l) {
             return has(l, 0x1F81) ? settingInt(QStringLiteral("max_slave_assignment")) : 0;
@@ -469,19 +486,24 @@ void CoDefineGenerator::writeManagerServices(SectionStream& out)
             out << "#define CO_GUARDING_CNT CO_MAX_SLAVE_ASSIGNMENT_CNT\n";
     }
     if (settingInt(QStringLiteral("config_manager")) > 0)
-        out << "#define CO_CFG_MANAGER\t" << "1u\n";
+        out << "#define CO_CFG_MANAGER\t"
+            << "1u\n";
     if (hasOnAnyLine(0x1014))
-        out << "#define CO_EMCY_PRODUCER\t" << "1u\n";
+        out << "#define CO_EMCY_PRODUCER\t"
+            << "1u\n";
     if (hasOnAnyLine(0x1F10))
-        out << "#define CO_SRD_SUPPORTED\t" << "1u\n";
+        out << "#define CO_SRD_SUPPORTED\t"
+            << "1u\n";
     if (hasOnAnyLine(0x100C))
-        out << "#define CO_GUARDING_SLAVE\t" << "1u\n";
+        out << "#define CO_GUARDING_SLAVE\t"
+            << "1u\n";
     if (settingInt(QStringLiteral("1010autostore_by_application")) == 1)
         out << "#define CO_AUTO_STORE_HANDLED_BY_APPLICATION\t1u\n";
     if (hasOnAnyLine(0x1010) || hasOnAnyLine(0x1011)) {
-        out << "#define CO_STORE_SUPPORTED\t" << "1u\n";
-        out << "#define CO_STORE_NVS_CNT\t" << countList([this](quint8 l) { return m_facts.nvStorageCounts.value(l); })
-            << "\n";
+        out << "#define CO_STORE_SUPPORTED\t"
+            << "1u\n";
+        out << "#define CO_STORE_NVS_CNT\t"
+            << countList([this](quint8 l) { return m_facts.nvStorageCounts.value(l); }) << "\n";
     }
     const int emergencyConsumers = entriesBehindCount(0x1028);
     if (emergencyConsumers != 0)
@@ -493,7 +515,8 @@ void CoDefineGenerator::writeManagerServices(SectionStream& out)
     if (m_canFdSupported && activeErrors != 0)
         out << "#define CO_EMCY_ACTIVE_ERROR_LIST\t" << activeErrors << "u\n";
     if (hasOnAnyLine(0x1012))
-        out << "#define CO_TIME_SUPPORTED\t" << "1u\n";
+        out << "#define CO_TIME_SUPPORTED\t"
+            << "1u\n";
 }
 
 void CoDefineGenerator::writeSdoTransferServices(SectionStream& out)
@@ -505,37 +528,47 @@ void CoDefineGenerator::writeSdoTransferServices(SectionStream& out)
         int minimumData = settingInt(QStringLiteral("sdo_blocktransfer_min_data"));
         if (minimumData == 0)
             minimumData = 64;
-        out << "#define CO_SDO_BLOCK\t\t" << "1u\n";
+        out << "#define CO_SDO_BLOCK\t\t"
+            << "1u\n";
         out << "#define CO_SDO_BLOCK_SIZE\t" << blockSize << "u\n";
         out << "#define CO_SDO_BLOCK_MIN_SIZE\t" << minimumData << "u\n";
         if (settingInt(QStringLiteral("sdo_blocktransfer_crc_supported")) == 1)
-            out << "#define CO_SDO_BLOCK_CRC\t" << "1u\n";
+            out << "#define CO_SDO_BLOCK_CRC\t"
+                << "1u\n";
     }
     if (settingInt(QStringLiteral("sdo_client_queue_supported")) == 1) {
-        out << "#define CO_SDO_QUEUE\t\t" << "1u\n";
+        out << "#define CO_SDO_QUEUE\t\t"
+            << "1u\n";
         out << "#define CO_SDO_QUEUE_LEN\t" << setting(QStringLiteral("sdo_client_queue_size")) << "u\n";
         if (settingInt(QStringLiteral("sdo_client_queue_internal_access_supported")) == 1)
-            out << "#define CO_SDOQUEUE_INTERNAL_ACCESS\t\t" << "1u\n";
+            out << "#define CO_SDOQUEUE_INTERNAL_ACCESS\t\t"
+                << "1u\n";
     }
     if (settingInt(QStringLiteral("limit_check")) > 0)
-        out << "#define CO_CONFIG_LIMIT_CHECK\t\t" << "1u\n";
+        out << "#define CO_CONFIG_LIMIT_CHECK\t\t"
+            << "1u\n";
     if (settingInt(QStringLiteral("event_ssdo_domain_counter")) != 0)
-        out << "#define CO_SSDO_DOMAIN_CNT\t" << setting(QStringLiteral("event_ssdo_domain_counter")) << "u\n";
+        out << "#define CO_SSDO_DOMAIN_CNT\t" << setting(QStringLiteral("event_ssdo_domain_counter"))
+            << "u\n";
     if (settingInt(QStringLiteral("sdo_split")) > 0)
-        out << "#define CO_SDO_SPLIT_INDICATION\t\t" << "1u\n";
+        out << "#define CO_SDO_SPLIT_INDICATION\t\t"
+            << "1u\n";
 }
 
 void CoDefineGenerator::writeDataTypeAndInhibitServices(SectionStream& out)
 {
     // The configuration manager is also there when its objects are.
     if (hasOnAnyLine(0x1F20) || hasOnAnyLine(0x1F22))
-        out << "#define CO_CFG_MANAGER\t" << "1u\n";
+        out << "#define CO_CFG_MANAGER\t"
+            << "1u\n";
     if (m_database->getDescriptionSetting(QStringLiteral("SelfStarting")) == QLatin1String("1"))
         out << "#define CO_SELF_STARTING_DEVICE\t1u\n";
     if (m_facts.extendedTypes || m_facts.samMpdo)
-        out << "#define CO_EXTENDED_DATA_TYPES\t\t" << "1u\n";
+        out << "#define CO_EXTENDED_DATA_TYPES\t\t"
+            << "1u\n";
     if (m_facts.utf8Type)
-        out << "#define CO_UTF8_DATA_TYPE\t\t" << "1u\n";
+        out << "#define CO_UTF8_DATA_TYPE\t\t"
+            << "1u\n";
     if (hasOnAnyLine(0x1015) || hasOnAnyLine(0x102A) || m_facts.transmitInhibit) {
         out << "#define CO_INHIBIT_SUPPORTED\t1u\n";
         m_inhibitDefined = true;
@@ -696,16 +729,16 @@ void CoDefineGenerator::writeVirtualObjectBlock()
 {
     SectionStream out(this);
     const QList<QPair<int, const char*>> typeDefines = {
-        {5, "#define CO_VIRTUAL_U8_CNT \t"},   {6, "#define CO_VIRTUAL_U16_CNT\t"},
-        {7, "#define CO_VIRTUAL_U32_CNT\t"},   {2, "#define CO_VIRTUAL_I8_CNT \t"},
-        {3, "#define CO_VIRTUAL_I16_CNT\t"},   {4, "#define CO_VIRTUAL_I32_CNT\t"},
-        {8, "#define CO_VIRTUAL_R32_CNT\t"},   {22, "#define CO_VIRTUAL_U24_CNT\t"},
-        {10, "#define CO_VIRTUAL_OS_CNT \t"},  {9, "#define CO_VIRTUAL_VS_CNT \t"},
+        {5, "#define CO_VIRTUAL_U8_CNT \t"},     {6, "#define CO_VIRTUAL_U16_CNT\t"},
+        {7, "#define CO_VIRTUAL_U32_CNT\t"},     {2, "#define CO_VIRTUAL_I8_CNT \t"},
+        {3, "#define CO_VIRTUAL_I16_CNT\t"},     {4, "#define CO_VIRTUAL_I32_CNT\t"},
+        {8, "#define CO_VIRTUAL_R32_CNT\t"},     {22, "#define CO_VIRTUAL_U24_CNT\t"},
+        {10, "#define CO_VIRTUAL_OS_CNT \t"},    {9, "#define CO_VIRTUAL_VS_CNT \t"},
         {15, "#define CO_VIRTUAL_DOMAIN_CNT\t"},
     };
-    const bool anyTypeCounted = std::any_of(typeDefines.cbegin(), typeDefines.cend(), [this](const auto& row) {
-        return m_facts.virtualTypeCounts.value(row.first) != 0;
-    });
+    const bool anyTypeCounted =
+        std::any_of(typeDefines.cbegin(), typeDefines.cend(),
+                    [this](const auto& row) { return m_facts.virtualTypeCounts.value(row.first) != 0; });
     if (anyTypeCounted) {
         out << "\n";
         out << "#define CO_VIRTUAL_INDEX_CNT " << m_facts.virtualIndexCount << "u\n";
@@ -718,8 +751,8 @@ void CoDefineGenerator::writeVirtualObjectBlock()
         return;
     out << "#define CO_VOD_ASSIGN_CNT " << m_facts.virtualIndexCount << "u\n";
     out << "#define CO_VOBJ_DESC_CNT " << m_facts.virtualSubCount << "u\n";
-    const int linesWithObjects = int(std::count_if(m_lines.cbegin(), m_lines.cend(),
-                                                   [this](quint8 l) { return objects(l, 0x1000, 0xFFFF) > 0; }));
+    const int linesWithObjects = int(std::count_if(
+        m_lines.cbegin(), m_lines.cend(), [this](quint8 l) { return objects(l, 0x1000, 0xFFFF) > 0; }));
     if (linesWithObjects >= 2)
         out << "#define CO_VIRTUAL_OBJECT_CNT "
             << countList([this](quint8 l) { return m_facts.virtualIndexCounts.value(l); }) << "\n";

@@ -100,7 +100,9 @@ void IndicesGenerator::writeObjectDefines(quint8 line)
         m_database->getIndex(line, index, object);
         QString name = object.metadata ? object.metadata->value(QStringLiteral("objectdefine")) : QString();
         if (name.isEmpty())
-            name = Helper::substituteVariables(object.name, index, 0, line).toUpper();
+            name = Helper::substituteVariables(object.name.isEmpty() ? INDEX_DATA_T().name : object.name,
+                                               index, 0, line)
+                       .toUpper();
         const QString symbol = prefix + makeIdentifier(QStringLiteral("I_") + name);
         writeDefine(out, QStringLiteral("#define "), symbol, QStringLiteral("\t0x%1u").arg(index, 0, 16));
         writePdoAlias(out, line, index, symbol);
@@ -142,8 +144,9 @@ void IndicesGenerator::writePdoAlias(QTextStream& out, quint8 line, quint16 inde
     const quint16 firstIndex = match.captured(1) == QLatin1String("RPDO") ? 0x1400 : 0x1800;
     if (index <= firstIndex || index >= firstIndex + 512)
         return;
-    const QString alias = QStringLiteral("%1_%2_%3_%4")
-                              .arg(match.captured(4), match.captured(1), match.captured(3), match.captured(2));
+    const QString alias =
+        QStringLiteral("%1_%2_%3_%4")
+            .arg(match.captured(4), match.captured(1), match.captured(3), match.captured(2));
     writeDefine(out, QStringLiteral("#define "), linePrefix(line) + alias,
                 QStringLiteral("\t%1u").arg(index - firstIndex + 1));
 }
@@ -199,10 +202,12 @@ void IndicesGenerator::writeAddressClaimBlock(quint8 line)
     QTextStream out(m_file);
     const QString prefix = linePrefix(line);
     writeDefine(out, QStringLiteral("#define "), prefix + QStringLiteral("PGN_ADDRESS_CLAIM"),
-                QStringLiteral("\t%1u").arg(addressClaimPgn) + QStringLiteral(" /* 0x%1 */").arg(0xEE00, 4, 16));
+                QStringLiteral("\t%1u").arg(addressClaimPgn) +
+                    QStringLiteral(" /* 0x%1 */").arg(0xEE00, 4, 16));
     const QList<quint32> spns = m_database->getSPNList(line, addressClaimPgn, transmit);
     if (!spns.isEmpty())
-        writeDefine(out, QStringLiteral("#define "), prefix + QStringLiteral("SPN_NAME_OF_CONTROLLER_APPLICATION"),
+        writeDefine(out, QStringLiteral("#define "),
+                    prefix + QStringLiteral("SPN_NAME_OF_CONTROLLER_APPLICATION"),
                     QStringLiteral("\t%1u").arg(spns.first()));
 }
 
