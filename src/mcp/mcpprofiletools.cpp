@@ -39,12 +39,9 @@ void MCPProfileTools::listProfileIndices(MCPSession& session, int id, const QJso
         session.sendToolText(id, MCPResources::unknownProfileText(profile), true);
         return;
     }
-    QString errorText;
-    const QSharedPointer<ObjectDataBase> database = MCPResources::loadProfile(session, profile, errorText);
-    if (!database) {
-        session.sendToolText(id, errorText, true);
+    const QSharedPointer<ObjectDataBase> database = loadProfile(session, id, profile);
+    if (!database)
         return;
-    }
     session.sendToolData(id, MCPRecords::summaryList(*database, 0), false);
 }
 
@@ -55,12 +52,9 @@ void MCPProfileTools::getProfileIndex(MCPSession& session, int id, const QJsonOb
                                  tr("Missing required argument: profile and/or index")))
         return;
     const QString profile = profileArgument(arguments);
-    QString errorText;
-    const QSharedPointer<ObjectDataBase> database = MCPResources::loadProfile(session, profile, errorText);
-    if (!database) {
-        session.sendToolText(id, errorText, true);
+    const QSharedPointer<ObjectDataBase> database = loadProfile(session, id, profile);
+    if (!database)
         return;
-    }
     const quint16 index = MCPArguments::index(arguments);
     INDEX_DATA_T object;
     if (!database->getIndex(0, index, object)) {
@@ -92,40 +86,62 @@ void MCPProfileTools::importProfileIndices(MCPSession& session, int id, const QJ
     if (!project || !session.ensureCanopenLine(id, *project, line))
         return;
     const QString profile = profileArgument(arguments);
-    QString errorText;
-    const QSharedPointer<ObjectDataBase> source = MCPResources::loadProfile(session, profile, errorText);
-    if (!source) {
-        session.sendToolText(id, errorText, true);
+    const QSharedPointer<ObjectDataBase> source = loadProfile(session, id, profile);
+    if (!source)
         return;
-    }
+    const ImportOutcome outcome = copyObjects(*source, profile, *project, line, indices);
+    session.sendToolText(
+        id, importReport(outcome, profile, line) + QStringLiteral("\n\n") + session.modelCheckSummary(),
+        outcome.imported.isEmpty());
+}
 
-    QStringList imported;
-    QStringList skipped;
+// An object is copied only when the profile has it and the line does not:
+// what the project holds is never overwritten.
+MCPProfileTools::ImportOutcome MCPProfileTools::copyObjects(ObjectDataBase& source, const QString& profile,
+                                                            ObjectDataBase& project, quint8 line,
+                                                            const QJsonArray& indices)
+{
+    ImportOutcome outcome;
     for (const QJsonValue& value : indices) {
         const quint16 index = quint16(value.toInt());
         const QString indexText = MCPRecords::indexText(index);
-        if (!source->indexExists(0, index)) {
-            skipped << tr("%1 (not defined in profile %2)").arg(indexText, profile);
-        } else if (project->indexExists(line, index)) {
-            skipped << tr("%1 (already exists on line %2)").arg(indexText).arg(line);
+        if (!source.indexExists(0, index)) {
+            outcome.skipped << tr("%1 (not defined in profile %2)").arg(indexText, profile);
+        } else if (project.indexExists(line, index)) {
+            outcome.skipped << tr("%1 (already exists on line %2)").arg(indexText).arg(line);
         } else {
-            project->copyIndexFromDatabase(source.data(), 0, index, line, index);
-            if (project->indexExists(line, index))
-                imported << indexText;
+            project.copyIndexFromDatabase(&source, 0, index, line, index);
+            if (project.indexExists(line, index))
+                outcome.imported << indexText;
             else
-                skipped << tr("%1 (copy failed)").arg(indexText);
+                outcome.skipped << tr("%1 (copy failed)").arg(indexText);
         }
     }
+    return outcome;
+}
 
+QString MCPProfileTools::importReport(const ImportOutcome& outcome, const QString& profile, quint8 line)
+{
     QString text = tr("Imported %1 object(s) from profile %2 into line %3")
-                       .arg(QString::number(imported.size()), profile, QString::number(line));
-    if (!imported.isEmpty())
-        text += QStringLiteral(": ") + imported.join(QStringLiteral(", "));
+                       .arg(QString::number(outcome.imported.size()), profile, QString::number(line));
+    if (!outcome.imported.isEmpty())
+        text += QStringLiteral(": ") + outcome.imported.join(QStringLiteral(", "));
     text += QLatin1Char('.');
-    if (!skipped.isEmpty())
-        text += tr("\nSkipped %1: %2.").arg(skipped.size()).arg(skipped.join(QStringLiteral(", ")));
-    text += QStringLiteral("\n\n") + session.modelCheckSummary();
-    session.sendToolText(id, text, imported.isEmpty());
+    if (!outcome.skipped.isEmpty())
+        text += tr("\nSkipped %1: %2.")
+                    .arg(outcome.skipped.size())
+                    .arg(outcome.skipped.join(QStringLiteral(", ")));
+    return text;
+}
+
+QSharedPointer<ObjectDataBase> MCPProfileTools::loadProfile(MCPSession& session, int id,
+                                                            const QString& profile)
+{
+    QString errorText;
+    const QSharedPointer<ObjectDataBase> database = MCPResources::loadProfile(session, profile, errorText);
+    if (!database)
+        session.sendToolText(id, errorText, true);
+    return database;
 }
 
 // Start-up keeps the built-in folder when -codbpath has no value, so only an

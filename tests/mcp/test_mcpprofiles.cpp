@@ -278,14 +278,8 @@ TEST_F(ProfileServer, ImportedObjectKeepsTheProfileDefinition)
     }
 }
 
-struct RefusedImportCase
-{
-    const char* name;
-    QByteArray arguments;
-    QByteArray reply;
-};
-
-class RefusedImport : public ProfileServer, public ::testing::WithParamInterface<RefusedImportCase>
+// Here the request holds only the arguments of import_profile_indices.
+class RefusedImport : public ProfileServer, public ::testing::WithParamInterface<ExchangeCase>
 {
 };
 
@@ -293,27 +287,27 @@ TEST_P(RefusedImport, ChangesNothing)
 {
     openProject();
     const QList<quint16> before = handler.database()->getIndexList(0, 0, quint32(-1));
-    EXPECT_EQ(request(toolCall("import_profile_indices", GetParam().arguments)), GetParam().reply);
+    EXPECT_EQ(request(toolCall("import_profile_indices", GetParam().request)), GetParam().reply);
     EXPECT_EQ(handler.database()->getIndexList(0, 0, quint32(-1)), before);
 }
 
 INSTANTIATE_TEST_SUITE_P(
     Guards, RefusedImport,
     ::testing::Values(
-        RefusedImportCase{"MissingIndices", R"({"profile":"402","line":0})",
-                          error(-32602, "Missing required argument: profile, line and/or indices")},
-        RefusedImportCase{"EmptyIndices", R"({"profile":"402","line":0,"indices":[]})",
-                          error(-32602, "Argument indices must be a non-empty array of index numbers")},
-        RefusedImportCase{"IndicesNotAnArray", R"({"profile":"402","line":0,"indices":24640})",
-                          error(-32602, "Argument indices must be a non-empty array of index numbers")},
-        RefusedImportCase{"LineThatDoesNotExist", R"({"profile":"402","line":7,"indices":[24640]})",
-                          toolText("Line 7 is not a CANopen line (lineTypeCode=0) - this tool only applies "
-                                   "to CANopen lines.",
-                                   true)},
-        RefusedImportCase{
+        ExchangeCase{"MissingIndices", R"({"profile":"402","line":0})",
+                     error(-32602, "Missing required argument: profile, line and/or indices")},
+        ExchangeCase{"EmptyIndices", R"({"profile":"402","line":0,"indices":[]})",
+                     error(-32602, "Argument indices must be a non-empty array of index numbers")},
+        ExchangeCase{"IndicesNotAnArray", R"({"profile":"402","line":0,"indices":24640})",
+                     error(-32602, "Argument indices must be a non-empty array of index numbers")},
+        ExchangeCase{"LineThatDoesNotExist", R"({"profile":"402","line":7,"indices":[24640]})",
+                     toolText("Line 7 is not a CANopen line (lineTypeCode=0) - this tool only applies "
+                              "to CANopen lines.",
+                              true)},
+        ExchangeCase{
             "UnknownProfile", R"({"profile":"4O2","line":0,"indices":[24640]})",
             toolText(R"(Unknown profile \"4O2\" - call list_profiles for the available ids.)", true)}),
-    [](const ::testing::TestParamInfo<RefusedImportCase>& info) { return std::string(info.param.name); });
+    [](const ::testing::TestParamInfo<ExchangeCase>& info) { return std::string(info.param.name); });
 
 // A folder given with -codbpath, as the program sees it.
 QString runServer(const QString& codbPath, const QByteArray& input)
