@@ -3,7 +3,10 @@
 #include "common/testhelpers.h"
 #include "pipeline/generatormainhandler.h"
 
+#include <QDirIterator>
 #include <QFile>
+#include <QFileInfo>
+#include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
@@ -117,4 +120,32 @@ TEST(CheckRun, SaveBehindAFailedCheckKeepsExitCode7AndStoresTheCorrections)
     ObjectDataBase stored;
     ASSERT_TRUE(stored.openDataBase(path, false));
     EXPECT_EQ(stored.getGeneralSetting("use_core_headers"), QString("V4"));
+}
+
+// Each example is checked on a copy, so that corrections and outputs stay out of the repository.
+TEST(CheckRun, EveryExampleProjectPassesTheCheck)
+{
+    QStringList examples;
+    QDirIterator it(QStringLiteral(TRW_SOURCE_DIR "/examples"), {QStringLiteral("*.trwt")}, QDir::Files,
+                    QDirIterator::Subdirectories);
+    while (it.hasNext())
+        examples << it.next();
+    ASSERT_FALSE(examples.isEmpty());
+
+    for (const QString& example : std::as_const(examples)) {
+        SCOPED_TRACE(example.toStdString());
+        QTemporaryDir folder;
+        const QString copy = folder.filePath(QFileInfo(example).fileName());
+        ASSERT_TRUE(QFile::copy(example, copy));
+
+        GeneratorMainHandler handler(nullptr);
+        ASSERT_TRUE(handler.openProject(copy));
+        QStringList messages;
+        EXPECT_EQ(handler.checkModel(messages), 0) << messages.join("\n").toStdString();
+
+        const auto r = runTrw({"-project", copy});
+        EXPECT_EQ(r.exitCode, 0) << r.out.toStdString();
+        EXPECT_TRUE(r.out.contains("\nCheck of model consistency finished.\n")) << r.out.toStdString();
+        EXPECT_FALSE(r.out.contains("Error: ")) << r.out.toStdString();
+    }
 }

@@ -369,3 +369,28 @@ TEST(PdoRules, MappingStyleAndLineRules)
          0},
     });
 }
+
+// The value test knows only the upper-case "$NODEID", while the PDO rules read
+// the COB-ID in any case: a lower-case TPDO 1 fails the one and passes the others.
+TEST(PdoRules, LowerCaseNodeIdFailsTheValueTestOnlyAndStillCollides)
+{
+    TestProject project;
+    project.addMappable(0x2000, 6, "rw");
+    project.addTpdo(1, "$nodeid+0x180", {"0x20000010"});
+    project.addTpdo(2, "0x180", {"0x20000010"});
+    const CheckOutcome outcome = project.run();
+
+    const QStringList expected = {
+        "<strong>Error: </strong>Value conversion failed with Object 0x1800-0x1.",
+        "<strong>Error: </strong>Object 0x1801: COB-ID '1:0x180' is already used by PDO object 0x1800.",
+        "Warning: Object 0x1801-0x01: The COB-ID for this PDO does not follow the pre-defined connection "
+        "set.",
+    };
+    for (const QString& message : expected)
+        EXPECT_EQ(outcome.count(message), 1) << message.toStdString() << "\n"
+                                             << outcome.listing().toStdString();
+    EXPECT_EQ(outcome.count("Warning: Object 0x1800-0x01: The COB-ID for this PDO does not follow the "
+                            "pre-defined connection set."),
+              0);
+    EXPECT_EQ(outcome.errors, 2) << outcome.listing().toStdString();
+}
