@@ -2,7 +2,14 @@
 
 #include <QDebug>
 #include <QFile>
+#include <QFileInfo>
 #include <QStringDecoder>
+
+namespace {
+
+constexpr qint64 maximumFileSize = 64 * 1024 * 1024;
+
+} // namespace
 
 const QStringView* EdsIniFile::Section::find(QLatin1String key) const
 {
@@ -38,6 +45,13 @@ void EdsIniFile::Section::mergeFrom(const Section& later)
 
 bool EdsIniFile::load(const QString& path)
 {
+    // A device, a pipe or a file far above any real device description would
+    // hang the reader or fill memory.
+    const QFileInfo info(path);
+    if (!info.isFile() || info.size() > maximumFileSize) {
+        qDebug() << Q_FUNC_INFO << "not a readable description file:" << path;
+        return false;
+    }
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) {
         qDebug() << Q_FUNC_INFO << "cannot open" << path << file.errorString();

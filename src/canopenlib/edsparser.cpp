@@ -3,12 +3,8 @@
 #include "canopenlib/cohelper.h"
 
 #include <QDebug>
-#include <QFileInfo>
 
 namespace {
-
-// Far above any real device description; keeps a wrong path from filling memory.
-constexpr qint64 maximumFileSize = 64 * 1024 * 1024;
 
 enum class SectionKind
 {
@@ -131,11 +127,6 @@ bool EdsParser::LoadEds(QString path)
     m_compactNames.clear();
     m_mandatory.clear();
 
-    const QFileInfo info(path);
-    if (!info.isFile() || info.size() > maximumFileSize) {
-        qDebug() << Q_FUNC_INFO << "not a readable description file:" << path;
-        return false;
-    }
     EdsIniFile file;
     if (!file.load(path))
         return false;

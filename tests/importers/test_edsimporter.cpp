@@ -9,6 +9,8 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
+
 using edstest::importFile;
 using edstest::newProject;
 using edstest::objectCount;
@@ -452,6 +454,24 @@ TEST(EdsImport, OneFailingSubIndexDoesNotStopTheOthers)
     EXPECT_EQ(database->getSubIndexList(0, 0x2000), (QList<quint8>{0, 3}));
     EXPECT_EQ(sub(*database, 0x2000, 3).name, QStringLiteral("It's named"));
     EXPECT_EQ(database->getSubIndexList(0, 0x2001), (QList<quint8>{0}));
+}
+
+// A pipe or a folder under a description file's name must not block the
+// reader or be taken for an empty file with settings.
+TEST(EdsImport, PathThatIsNoRegularFileImportsNothing)
+{
+    QTemporaryDir dir;
+    const QString pipe = dir.filePath(QStringLiteral("pipe.eds"));
+    ASSERT_EQ(mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
+    const QString folder = dir.filePath(QStringLiteral("folder.dcf"));
+    ASSERT_TRUE(QDir().mkdir(folder));
+    for (const QString& path : {pipe, folder}) {
+        SCOPED_TRACE(path.toStdString());
+        QSharedPointer<ObjectDataBase> database = newProject();
+        ASSERT_TRUE(importFile(database, path, 10000));
+        EXPECT_TRUE(database->getIndexList(0, 0, 0xFFFF).isEmpty());
+        EXPECT_EQ(database->getDescriptionSetting(QStringLiteral("VendorName")), QString());
+    }
 }
 
 TEST(EdsImport, UnreadableFileImportsNothing)
