@@ -1,0 +1,181 @@
+// Times tool calls of the server as a client sees them, over standard input
+// and output of the running program: get_index on a line of 1,000 objects,
+// and check_model on 4 lines of 1,000 objects each.
+
+#include "database/objectdatabase.h"
+
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QTextStream>
+
+#include <algorithm>
+
+#include <unistd.h>
+
+namespace {
+
+constexpr int lineCount = 4;
+constexpr int objectsPerLine = 1000;
+constexpr int getIndexCalls = 200;
+constexpr qint64 getIndexLimitMs = 20;
+constexpr qint64 checkLimitMs = 500;
+
+// Records of a count and eight entries of mixed types, as a device's
+// parameter blocks look.
+void addParameterBlocks(ObjectDataBase& db, quint8 line)
+{
+    if (line != 0)
+        db.addNode(line, NODE_DATA_T());
+    db.setGeneralSetting(QStringLiteral("line%1type").arg(line), QStringLiteral("1"));
+    const int dataTypes[] = {5, 6, 7, 2, 3, 4, 8, 1};
+    QList<ObjectDataBase::SubEntry> entries;
+    for (int i = 0; i < objectsPerLine; ++i) {
+        const quint16 index = quint16(0x2000 + i * 8);
+        INDEX_DATA_T object;
+        object.name = QStringLiteral("Parameter block %1").arg(i);
+        object.objecttype = 9;
+        db.addIndex(line, index, object);
+        SUBINDEX_DATA_T count;
+        count.name = QStringLiteral("Highest sub-index supported");
+        count.accesstype = QStringLiteral("const");
+        count.defaultvalue = QStringLiteral("8");
+        entries.append({line, index, 0, count});
+        for (quint8 sub = 1; sub <= 8; ++sub) {
+            SUBINDEX_DATA_T entry;
+            entry.name = QStringLiteral("Parameter %1").arg(sub);
+            entry.datatype = dataTypes[sub - 1];
+            entry.accesstype = QStringLiteral("rw");
+            entry.defaultvalue = QStringLiteral("0x%1").arg(sub);
+            entry.implementation = 2;
+            entry.varname = QStringLiteral("block%1_p%2").arg(i).arg(sub);
+            entries.append({line, index, sub, entry});
+        }
+    }
+    db.addSubIndices(entries);
+}
+
+bool saveProject(const QString& path)
+{
+    ObjectDataBase db;
+    if (!db.createNewDataBase())
+        return false;
+    for (quint8 line = 0; line < lineCount; ++line)
+        addParameterBlocks(db, line);
+    return db.saveDatabase(path);
+}
+
+class Server
+{
+public:
+    bool start()
+    {
+        m_process.start(QStringLiteral(TRW_BINARY), {QStringLiteral("--mcp")});
+        return m_process.waitForStarted();
+    }
+
+    ~Server()
+    {
+        m_process.closeWriteChannel();
+        m_process.waitForFinished(30000);
+    }
+
+    QByteArray call(const QByteArray& tool, const QByteArray& arguments)
+    {
+        m_process.write(R"({"jsonrpc":"2.0","id":)" + QByteArray::number(++m_id) +
+                        R"(,"method":"tools/call","params":{"name":")" + tool + R"(","arguments":)" +
+                        arguments + "}}\n");
+        QByteArray reply;
+        while (!reply.endsWith('\n') && m_process.waitForReadyRead(60000))
+            reply += m_process.readAllStandardOutput();
+        return reply;
+    }
+
+    // User and system time of the server so far; the machine may be shared,
+    // and processor time tells the cost of the call itself.
+    qint64 processorMs()
+    {
+        QFile stat(QStringLiteral("/proc/%1/stat").arg(m_process.processId()));
+        if (!stat.open(QIODevice::ReadOnly))
+            return -1;
+        const QByteArray text = stat.readAll();
+        const QList<QByteArray> fields = text.mid(text.lastIndexOf(')') + 2).split(' ');
+        if (fields.size() < 13)
+            return -1;
+        return (fields.at(11).toLongLong() + fields.at(12).toLongLong()) * 1000 / sysconf(_SC_CLK_TCK);
+    }
+
+private:
+    QProcess m_process;
+    int m_id = 0;
+};
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    QCoreApplication app(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("CANopen Tarnwick"));
+    QCoreApplication::setApplicationVersion(QStringLiteral("4.3.2"));
+    QCoreApplication::setOrganizationName(QStringLiteral("halvex"));
+    QTextStream out(stdout);
+
+    QTemporaryDir folder;
+    const QString project = folder.filePath(QStringLiteral("bench.trwp"));
+    if (!folder.isValid() || !saveProject(project)) {
+        out << "could not create the project\n";
+        return 2;
+    }
+    Server server;
+    if (!server.start() ||
+        !server.call("open_project", R"({"path":")" + project.toUtf8() + "\"}").contains("Project opened")) {
+        out << "could not open the project in the server\n";
+        return 2;
+    }
+
+    QList<qint64> getIndexTimes;
+    QElapsedTimer timer;
+    for (int i = 0; i < getIndexCalls; ++i) {
+        const QByteArray arguments =
+            R"({"line":0,"index":)" + QByteArray::number(0x2000 + (i * 37 % 1000) * 8) + "}";
+        timer.start();
+        const QByteArray reply = server.call("get_index", arguments);
+        getIndexTimes.append(timer.nsecsElapsed() / 1000);
+        if (!reply.contains("Parameter block")) {
+            out << "get_index failed: " << reply.left(300) << "\n";
+            return 2;
+        }
+    }
+    std::sort(getIndexTimes.begin(), getIndexTimes.end());
+    const qint64 medianUs = getIndexTimes.at(getIndexTimes.size() / 2);
+    const qint64 worstUs = getIndexTimes.last();
+
+    QList<qint64> checkTimes;
+    QList<qint64> checkProcessorTimes;
+    QByteArray checkReply;
+    for (int run = 0; run < 3; ++run) {
+        const qint64 processorBefore = server.processorMs();
+        timer.start();
+        const QByteArray reply = server.call("check_model", "{}");
+        checkTimes.append(timer.elapsed());
+        checkProcessorTimes.append(server.processorMs() - processorBefore);
+        checkReply = reply;
+        if (!reply.contains("errorCount")) {
+            out << "check_model failed: " << reply.left(300) << "\n";
+            return 2;
+        }
+    }
+    const qint64 checkMs = *std::min_element(checkTimes.begin(), checkTimes.end());
+    const qint64 checkProcessorMs = *std::min_element(checkProcessorTimes.begin(), checkProcessorTimes.end());
+
+    out << "get_index over stdio on " << objectsPerLine << " objects of 9 subindices: median " << medianUs
+        << " us, worst " << worstUs << " us of " << getIndexCalls << " calls, limit " << getIndexLimitMs
+        << " ms\n";
+    out << "check_model over stdio on " << lineCount << " lines x " << objectsPerLine << " objects: best "
+        << checkMs << " ms elapsed, " << checkProcessorMs << " ms processor time of the server, of "
+        << checkTimes.size() << " runs, limit " << checkLimitMs << " ms; reply " << checkReply.left(40)
+        << "...\n";
+    return medianUs < getIndexLimitMs * 1000 && checkProcessorMs < checkLimitMs ? 0 : 1;
+}
