@@ -4,10 +4,13 @@
 #include "generators/canopen/objdictgenerator.h"
 
 #include <QDirIterator>
+#include <QFile>
 #include <QRegularExpression>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
+
+#include <functional>
 
 using namespace objdicttest;
 
@@ -449,3 +452,263 @@ INSTANTIATE_TEST_SUITE_P(ObjDictGenerator, CompactLimit,
                          [](const testing::TestParamInfo<CompactCase>& info) {
                              return std::string(info.param.name);
                          });
+
+namespace {
+
+struct BehaviourCase
+{
+    const char* name;
+    bool twoLines;
+    bool compact;
+    QMap<QString, QString> settings;
+    std::function<void(ObjectDataBase&, const QString& dir)> prepare;
+    std::function<void(const Generated&)> check;
+};
+
+class Behaviour : public testing::TestWithParam<BehaviourCase>
+{
+};
+
+QList<DescriptionRow> rowsOf(const Generated& files, quint16 index)
+{
+    QList<DescriptionRow> rows;
+    for (const DescriptionRow& row : descriptionRows(files.objdict)) {
+        if (row.index == index)
+            rows << row;
+    }
+    return rows;
+}
+
+QList<AssignRow> assignOf(const Generated& files, quint16 index)
+{
+    QList<AssignRow> rows;
+    for (const AssignRow& row : assignRows(files.objdict)) {
+        if (row.index == index)
+            rows << row;
+    }
+    return rows;
+}
+
+void addEqualArray(ObjectDataBase& db, const QString&)
+{
+    QList<SubSpec> subs = {{0, 5, "254"}};
+    for (int s = 1; s <= 254; ++s)
+        subs << SubSpec{quint8(s), 5, "3", 0, QStringLiteral("rw")};
+    addObject(db, 0, 0x3000, 8, subs);
+}
+
+void makeTransmitMappingDynamic(ObjectDataBase& db, const QString&)
+{
+    SUBINDEX_DATA_T count;
+    db.getSubIndex(0, 0x1A00, 0, count);
+    count.accesstype = QStringLiteral("rw");
+    db.addSubIndex(0, 0x1A00, 0, count);
+}
+
+} // namespace
+
+TEST_P(Behaviour, FollowsTheDictionaryRules)
+{
+    const BehaviourCase& run = GetParam();
+    ObjectDataBase db;
+    makeSyntheticProject(db, run.twoLines);
+    for (auto it = run.settings.constBegin(); it != run.settings.constEnd(); ++it)
+        db.setGeneralSetting(it.key(), it.value());
+    QTemporaryDir dir;
+    if (run.prepare)
+        run.prepare(db, dir.path());
+    const Generated files = generate(db, dir.path(), {false, run.compact, false, true});
+    EXPECT_TRUE(files.compiled) << files.compilerOutput.toStdString();
+    run.check(files);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    ObjDictGenerator, Behaviour,
+    testing::Values(
+        BehaviourCase{"SharedObjectIsDescribedOnceOnLineZero",
+                      true,
+                      false,
+                      {},
+                      {},
+                      [](const Generated& files) {
+                          const QList<DescriptionRow> rows = rowsOf(files, 0x2010);
+                          ASSERT_EQ(rows.size(), 1);
+                          EXPECT_EQ(rows.first().line, 0);
+                          const QList<AssignRow> assign = assignOf(files, 0x2010);
+                          ASSERT_EQ(assign.size(), 2);
+                          EXPECT_EQ(assign.at(0).start, assign.at(1).start);
+                      }},
+        BehaviourCase{"VirtualObjectsStayOutOfBothTables",
+                      false,
+                      false,
+                      {},
+                      {},
+                      [](const Generated& files) {
+                          EXPECT_TRUE(assignOf(files, 0x2008).isEmpty());
+                          EXPECT_TRUE(rowsOf(files, 0x2008).isEmpty());
+                          const QList<AssignRow> record = assignOf(files, 0x2009);
+                          ASSERT_EQ(record.size(), 1);
+                          EXPECT_EQ(record.first().described, 2);
+                          EXPECT_EQ(record.first().highest, 2);
+                          EXPECT_EQ(rowsOf(files, 0x2009).size(), 2);
+                      }},
+        BehaviourCase{"ArrayOfEqualEntriesCompactsToTwoRows",
+                      false,
+                      true,
+                      {},
+                      addEqualArray,
+                      [](const Generated& files) {
+                          const QList<DescriptionRow> rows = rowsOf(files, 0x3000);
+                          ASSERT_EQ(rows.size(), 2);
+                          EXPECT_FALSE(rows.at(0).attributes.contains(QLatin1String("CO_ATTR_COMPACT")));
+                          EXPECT_TRUE(rows.at(1).attributes.endsWith(QLatin1String(" | CO_ATTR_COMPACT")));
+                          const QList<AssignRow> assign = assignOf(files, 0x3000);
+                          ASSERT_EQ(assign.size(), 1);
+                          EXPECT_EQ(assign.first().described, 2);
+                          EXPECT_EQ(assign.first().highest, 254);
+                          // Subindex 3 differs from 4 to 6, which compact.
+                          EXPECT_EQ(rowsOf(files, 0x2000).size(), 5);
+                      }},
+        BehaviourCase{"WithoutLimitCheckARowHasOneSlot",
+                      false,
+                      false,
+                      {},
+                      {},
+                      [](const Generated& files) {
+                          static const QRegularExpression single(QStringLiteral(
+                              " \\| CO_ATTR_STORE,  \\(UNSIGNED16\\)\\d+u\\},/\\* 0x2002:1\\*/ \\n"));
+                          EXPECT_TRUE(single.match(files.objdict).hasMatch());
+                          EXPECT_FALSE(files.objdict.contains(QLatin1String("CO_ATTR_LIMIT")));
+                      }},
+        BehaviourCase{"WithLimitCheckARowHasThreeSlots",
+                      false,
+                      false,
+                      {{"limit_check", "1"}},
+                      {},
+                      [](const Generated& files) {
+                          static const QRegularExpression limited(QStringLiteral(
+                              "CO_ATTR_DEFVAL \\| CO_ATTR_LIMIT \\| CO_ATTR_STORE,  \\(UNSIGNED16\\)\\d+u, "
+                              "\\(UNSIGNED16\\)\\d+u, \\(UNSIGNED16\\)\\d+u\\},/\\* 0x2002:1\\*/ \\n"));
+                          EXPECT_TRUE(limited.match(files.objdict).hasMatch());
+                          EXPECT_TRUE(files.objdict.contains(
+                              QLatin1String("u, (UNSIGNED16)0u, (UNSIGNED16)0u},/* 0x1000:0*/")));
+                      }},
+        BehaviourCase{"DynamicMappingGetsNoTable",
+                      false,
+                      false,
+                      {},
+                      makeTransmitMappingDynamic,
+                      [](const Generated& files) {
+                          EXPECT_FALSE(files.objdict.contains(QLatin1String("mapTableTPDO1")));
+                          EXPECT_TRUE(files.objdict.contains(QLatin1String("mapTableRPDO1")));
+                          EXPECT_TRUE(files.objdict.contains(QLatin1String("od_const_u8[0], NULL);\n")));
+                      }},
+        BehaviourCase{
+            "EqualDefaultsOfTwoLinesShareAConstant",
+            true,
+            false,
+            {},
+            {},
+            [](const Generated& files) {
+                const QMap<QString, int> sizes = tableSizes(files.objdict);
+                ObjectDataBase single;
+                makeSyntheticProject(single, false);
+                QTemporaryDir dir;
+                const Generated oneLine = generate(single, dir.path(), {false, false, false, false});
+                EXPECT_EQ(sizes.value("od_const_u8"), tableSizes(oneLine.objdict).value("od_const_u8"));
+                EXPECT_EQ(sizes.value("od_u8"), 2 * tableSizes(oneLine.objdict).value("od_u8"));
+            }},
+        BehaviourCase{"UninitialisedTablesHaveNoComments",
+                      false,
+                      false,
+                      {{"init_static_variables", "0"}},
+                      {},
+                      [](const Generated& files) {
+                          EXPECT_TRUE(files.objdict.contains(QLatin1String("\tod_u8[")));
+                          EXPECT_FALSE(files.objdict.contains(QLatin1String("\tod_u8[9]= {")));
+                          EXPECT_FALSE(files.objdict.contains(QLatin1String(" /* 0x2002:1 */")));
+                      }},
+        BehaviourCase{"NoStdlibWhenTheMarkerFileExists",
+                      false,
+                      false,
+                      {},
+                      [](ObjectDataBase&, const QString& dir) {
+                          QFile marker(dir + QStringLiteral("/no_stdlib_include.txt"));
+                          ASSERT_TRUE(marker.open(QIODevice::WriteOnly));
+                      },
+                      [](const Generated& files) {
+                          EXPECT_FALSE(files.objdict.contains(QLatin1String("#include <stdlib.h>")));
+                      }},
+        BehaviourCase{"StaticSrdoDataLiveInTheSrdoSource",
+                      false,
+                      false,
+                      {{"static_srdo_data", "1"}},
+                      [](ObjectDataBase& db, const QString&) {
+                          addObject(db, 0, 0x1381, 9, {{0, 5, "1"}, {1, 7, "0x20010108"}});
+                      },
+                      [](const Generated& files) {
+                          EXPECT_FALSE(files.objdict.contains(QLatin1String("&(app_u8_l0)")));
+                          EXPECT_TRUE(files.objdict.contains(
+                              QLatin1String("\t{ (UNSIGNED8)1u, CO_DTYPE_U8_SRDO  , (UNSIGNED16)8193u, ")));
+                      }},
+        BehaviourCase{
+            "StringDefaultsAreCopiedAtRunTime",
+            false,
+            false,
+            {{"generate_string_defaults", "1"}},
+            {},
+            [](const Generated& files) {
+                EXPECT_TRUE(files.objdict.contains(QLatin1String(
+                    "static CO_CONST char stringDefaultValues[] = {\n/* app_text_l0 */ \n0x61, 0x62, 0x63, "
+                    "/* app_octets_l0 */ \n0x01, 0x02, 0x03, 0x04, 0x00}; \n\n")));
+                EXPECT_TRUE(files.objdict.contains(
+                    QLatin1String("    memcpy(app_octets_l0, &stringDefaultValues[3], 4);\n")));
+                EXPECT_TRUE(
+                    files.user.contains(QLatin1String("RET_T userOverwriteStringDefaultvalues(void);\n")));
+            }},
+        BehaviourCase{"PredefinedConnectionSetOfTwoLines",
+                      true,
+                      false,
+                      {{"overwrite_predef", "1,1"}},
+                      {},
+                      [](const Generated& files) {
+                          EXPECT_TRUE(files.user.contains(
+                              QLatin1String("RET_T userOverwriteCobIdSettingsLine(UNSIGNED8 canLine);\n")));
+                          EXPECT_TRUE(files.objdict.contains(
+                              QLatin1String("\t\tcobId = (UNSIGNED32)nodeId + (UNSIGNED32)0x180;\n\t\tret = "
+                                            "coOdSetCobid(1, 0x1800, 1, "
+                                            "cobId);\n")));
+                      }},
+        BehaviourCase{"MissingOverflowObjectGivesZero",
+                      false,
+                      false,
+                      {},
+                      [](ObjectDataBase& db, const QString&) { db.deleteIndex(0, 0x1019, false); },
+                      [](const Generated& files) {
+                          static const QRegularExpression sync(QStringLiteral(
+                              "coSyncInit\\(od_const_u32\\[\\d+\\], od_const_u32\\[\\d+\\], 0\\);"));
+                          EXPECT_TRUE(sync.match(files.objdict).hasMatch());
+                      }},
+        BehaviourCase{"AbsentTablesAreNullInTheVariableStructure",
+                      false,
+                      false,
+                      {},
+                      [](ObjectDataBase& db, const QString&) {
+                          for (quint16 index : {0x2004, 0x2005, 0x2006, 0x2007})
+                              db.deleteIndex(0, index, false);
+                      },
+                      [](const Generated& files) {
+                          const QMap<QString, int> sizes = tableSizes(files.objdict);
+                          static const QRegularExpression field(QStringLiteral("&(od_\\w+)\\[0\\]"));
+                          const QString structure =
+                              files.objdict.section(QStringLiteral("od_data_variables = {"), 1)
+                                  .section(QStringLiteral("};"), 0, 0);
+                          for (auto it = field.globalMatch(structure); it.hasNext();) {
+                              const QString table = it.next().captured(1);
+                              EXPECT_TRUE(sizes.contains(table)) << table.toStdString();
+                          }
+                          EXPECT_FALSE(structure.contains(QLatin1String("od_domain")));
+                          EXPECT_TRUE(
+                              structure.endsWith(QLatin1String("    , NULL\n    , NULL\n    , NULL\n")));
+                      }}),
+    [](const testing::TestParamInfo<BehaviourCase>& info) { return std::string(info.param.name); });
