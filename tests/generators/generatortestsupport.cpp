@@ -3,6 +3,8 @@
 #include "common/testhelpers.h"
 #include "generators/abstractgenerator.h"
 
+#include <QDir>
+#include <QDirIterator>
 #include <QFile>
 #include <QProcess>
 #include <QRegularExpression>
@@ -59,6 +61,17 @@ QString runGenerator(AbstractGenerator& generator, ObjectDataBase& db, const QSt
     generator.start();
     generator.waitUntilDone();
     return QString::fromUtf8(testhelpers::readFile(dir + QLatin1Char('/') + fileName));
+}
+
+QStringList exampleProjects()
+{
+    QStringList paths;
+    QDirIterator it(QStringLiteral(TRW_SOURCE_DIR "/examples"), {QStringLiteral("*.trwt")}, QDir::Files,
+                    QDirIterator::Subdirectories);
+    while (it.hasNext())
+        paths << it.next();
+    paths.sort();
+    return paths;
 }
 
 QString withoutBanner(const QString& text)

@@ -50,6 +50,9 @@ void cacheLines(ObjectDataBase& db);
 QString runGenerator(AbstractGenerator& generator, ObjectDataBase& db, const QString& dir,
                      const QString& fileName, bool multiLine = false);
 
+// The .trwt files of the example projects, sorted by path.
+QStringList exampleProjects();
+
 // The file without its first three lines, which carry the generation date.
 QString withoutBanner(const QString& text);
 

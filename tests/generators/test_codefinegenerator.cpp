@@ -6,7 +6,6 @@
 #include "generators/canopen/indicesgenerator.h"
 
 #include <QDir>
-#include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
 #include <QRegularExpression>
@@ -673,17 +672,6 @@ TEST(DefineGenerator, UnopenableFileEndsQuietly)
     EXPECT_EQ(reported, QList<int>{100});
     EXPECT_FALSE(generator.hasFailed());
     EXPECT_TRUE(QFileInfo(dir.filePath("gen_define.h")).isDir());
-}
-
-QStringList exampleProjects()
-{
-    QStringList paths;
-    QDirIterator it(QStringLiteral(TRW_SOURCE_DIR "/examples"), {QStringLiteral("*.trwt")}, QDir::Files,
-                    QDirIterator::Subdirectories);
-    while (it.hasNext())
-        paths << it.next();
-    paths.sort();
-    return paths;
 }
 
 bool anyLineOfType(ObjectDataBase& db, const QList<int>& types)
