@@ -1,3 +1,4 @@
+#include "common/cleanproject.h"
 #include "common/testhelpers.h"
 #include "edstestsupport.h"
 
@@ -493,16 +494,38 @@ QString makeProject(const QString& dir)
     return path;
 }
 
-TEST(EdsImportCommandLine, MissingFileEndsWithImportError)
+// A file that isn't there ends the run before the check; one that is there
+// but holds nothing readable is imported as what it is, and the run goes on.
+TEST(EdsImportCommandLine, MissingFileEndsTheRunUnreadableOneDoesNot)
 {
-    QTemporaryDir dir;
-    const QString project = makeProject(dir.path());
-    for (const QString& name : {QStringLiteral("missing.eds"), QStringLiteral("missing.dcf")}) {
-        const QString missing = dir.path() + QLatin1Char('/') + name;
-        const auto result = testhelpers::runTrw({"-project", project, "-import", missing});
-        EXPECT_EQ(result.exitCode, 5);
-        EXPECT_TRUE(result.out.contains(QStringLiteral("Import failed: %1\n").arg(missing)))
-            << result.out.toStdString();
+    struct Case
+    {
+        const char* name;
+        QByteArray content;
+        bool exists;
+        int exitCode;
+    };
+    const Case cases[] = {
+        {"missing.eds", {}, false, 5},
+        {"missing.dcf", {}, false, 5},
+        {"garbage.eds", garbage(16 * 1024), true, -1},
+        {"empty.dcf", {}, true, -1},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        QTemporaryDir dir;
+        const QString project = makeProject(dir.path());
+        const QString path = dir.filePath(QLatin1String(c.name));
+        if (c.exists)
+            writeFile(dir.path(), QLatin1String(c.name), c.content);
+        const auto result = testhelpers::runTrw({"-project", project, "-import", path});
+        const bool refused = result.out.contains(QStringLiteral("Import failed: %1\n").arg(path));
+        EXPECT_EQ(refused, !c.exists) << result.out.toStdString();
+        EXPECT_EQ(result.out.contains(QStringLiteral("Check of model consistency started")), c.exists);
+        if (c.exitCode >= 0)
+            EXPECT_EQ(result.exitCode, c.exitCode);
+        else
+            EXPECT_NE(result.exitCode, 5);
     }
 }
 
@@ -540,6 +563,46 @@ TEST(EdsImportCommandLine, ImportedFileIsSavedWithTheProject)
         EXPECT_EQ(subIndexCount(saved), c.subIndices);
         EXPECT_EQ(saved.getDescriptionSetting(QLatin1String(c.key)), QLatin1String(c.value));
     }
+}
+
+// A two-line project whose second line has an object of one EDS variant:
+// the run writes the plain file of each line and the variant's file of the
+// second, and warns about the several files.
+TEST(EdsGenerationCommandLine, VariantDefineInATwoLineProject)
+{
+    QTemporaryDir dir;
+    const QString project = dir.filePath(QStringLiteral("device.trwp"));
+    {
+        ObjectDataBase db;
+        ASSERT_TRUE(db.createNewDataBase());
+        db.setGeneralSetting(QStringLiteral("line0type"), QStringLiteral("1"));
+        db.addNode(1, NODE_DATA_T());
+        db.setGeneralSetting(QStringLiteral("line1type"), QStringLiteral("1"));
+        cleanproject::addProjectSettings(db);
+        for (quint8 line : {0, 1}) {
+            cleanproject::addLineSettings(db, line);
+            cleanproject::addMandatoryObjects(db, line);
+        }
+        INDEX_DATA_T object;
+        object.name = QStringLiteral("Variant value");
+        object.metadata.reset(
+            new QMap<QString, QString>{{QStringLiteral("eds_define"), QStringLiteral("X")}});
+        db.addIndex(1, 0x2000, object);
+        db.addSubIndex(1, 0x2000, 0, cleanproject::subRecord(5, QStringLiteral("rw"), QStringLiteral("0")));
+        ASSERT_TRUE(db.saveDatabase(project));
+    }
+    const auto result = testhelpers::runTrw({"-project", project});
+    EXPECT_EQ(result.exitCode, 0) << result.out.toStdString();
+    EXPECT_TRUE(result.out.contains(QStringLiteral("Warning: multiple different EDS files to be generated.")))
+        << result.out.toStdString();
+    const QStringList files = QDir(dir.path()).entryList({QStringLiteral("*.eds")}, QDir::Files);
+    EXPECT_EQ(files, (QStringList{"device_0.eds", "device_1.eds", "device_1_X.eds"}));
+    const QString variantFile =
+        QString::fromUtf8(testhelpers::readFile(dir.filePath(QStringLiteral("device_1_X.eds"))));
+    const QString plainFile =
+        QString::fromUtf8(testhelpers::readFile(dir.filePath(QStringLiteral("device_1.eds"))));
+    EXPECT_TRUE(variantFile.contains(QStringLiteral("\n[2000]\nParameterName=Variant value\n")));
+    EXPECT_FALSE(plainFile.contains(QStringLiteral("[2000]")));
 }
 
 } // namespace
