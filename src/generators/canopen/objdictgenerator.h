@@ -134,6 +134,7 @@ protected:
     void writeStringDefaultFunction();
 
     // Pieces of the stack initialisation.
+    void writeInitDeclarations(SectionStream& out, bool fileLevel);
     void writeServiceTable(SectionStream& out, const QString& indent);
     void writeCommonDeclarations(SectionStream& out);
     void writeCheck(SectionStream& out, int indent = 0);

@@ -128,7 +128,17 @@ void ObjDictGenerator::writeCommonDeclarations(SectionStream& out)
     out << helper->commonDeclarations();
 }
 
-// The classic stack keeps the table in the init function; the V4 stack at file level.
+// The classic stack keeps the common variables and the service table in the
+// init function; the V4 stack at file level.
+void ObjDictGenerator::writeInitDeclarations(SectionStream& out, bool fileLevel)
+{
+    if (coreForm() != fileLevel)
+        return;
+    if (settingInt(QStringLiteral("new_init_structure")) == 1)
+        writeCommonDeclarations(out);
+    writeServiceTable(out, fileLevel ? QStringLiteral("   ") : QStringLiteral("       "));
+}
+
 void ObjDictGenerator::writeServiceTable(SectionStream& out, const QString& indent)
 {
     const bool newInit = settingInt(QStringLiteral("new_init_structure")) == 1;
@@ -180,11 +190,7 @@ void ObjDictGenerator::writeStackInitSingleLine()
     SectionStream out(this);
     const int nmtMaster = settingInt(QStringLiteral("nmtmaster"));
     const bool newInit = settingInt(QStringLiteral("new_init_structure")) == 1;
-    if (coreForm()) {
-        if (newInit)
-            writeCommonDeclarations(out);
-        writeServiceTable(out, QStringLiteral("   "));
-    }
+    writeInitDeclarations(out, true);
     if (nmtMaster == 2) {
         out << "RET_T coCanOpenStackInitPara(\n";
         out << "         CO_EVENT_STORE_T pLoadFunction,\n";
@@ -201,11 +207,7 @@ void ObjDictGenerator::writeStackInitSingleLine()
     out << "    )\n";
     out << "{\n";
     out << "    RET_T retVal;\n";
-    if (!coreForm()) {
-        if (newInit)
-            writeCommonDeclarations(out);
-        writeServiceTable(out, QStringLiteral("       "));
-    }
+    writeInitDeclarations(out, false);
     if (m_canFd) {
         out << "    if (pModes != NULL) {\n";
         if (newInit)
@@ -523,10 +525,8 @@ void ObjDictGenerator::writeStackInitMultiLine()
             lines << QString::number(line);
         out << "\nUNSIGNED8 canLineTable[CAN_LINE_ARRAY_DECL] = {" << lines.join(QStringLiteral(", "))
             << " };\n";
-        if (settingInt(QStringLiteral("new_init_structure")) == 1)
-            writeCommonDeclarations(out);
-        writeServiceTable(out, QStringLiteral("   "));
     }
+    writeInitDeclarations(out, true);
     writeTopFunction(out);
     writeCommonFunction(out);
     writeLineDispatcher(out);
@@ -586,11 +586,7 @@ void ObjDictGenerator::writeCommonFunction(SectionStream& out)
     out << "{\n";
     out << "    CO_LINE_TYPE    CO_LINE;\n";
     out << "    RET_T retVal = RET_OK;\n";
-    if (!coreForm()) {
-        if (newInit)
-            writeCommonDeclarations(out);
-        writeServiceTable(out, QStringLiteral("       "));
-    }
+    writeInitDeclarations(out, false);
     if (m_canFd) {
         out << "    for (CO_LINE = 0; CO_LINE < CO_MULTI_LINE_CNT; CO_LINE ++)\n";
         out << "    {\n";
@@ -847,19 +843,13 @@ void ObjDictGenerator::writeCobIdOverwriteMultiLine(SectionStream& out)
         if (lineSetting(QStringLiteral("overwrite_predef"), line).toInt() > 0)
             lines << line;
     }
+    out << "/* Please be careful - this function overwrite the COB-Ids of the\n* predefined connection set "
+           "with "
+           "values setting up by the TRW\n* It should to be called inside the load indication function for "
+           "subindex 1 and 2.\n*/\n";
     if (coreForm()) {
-        out << "/* Please be careful - this function overwrite the COB-Ids of the\n* predefined connection "
-               "set with "
-               "values setting up by the TRW\n* It should to be called inside the load indication function "
-               "for "
-               "subindex 1 and 2.\n*/\n";
         out << "RET_T genLoadIndication(UNSIGNED8 canLine, UNSIGNED8 subIndex)\n";
     } else {
-        out << "/* Please be careful - this function overwrite the COB-Ids of the\n* predefined connection "
-               "set with "
-               "values setting up by the TRW\n* It should to be called inside the load indication function "
-               "for "
-               "subindex 1 and 2.\n*/\n";
         out << "RET_T userOverwriteCobIdSettings(void)\n";
         out << "{\n";
         out << "RET_T retVal = RET_OK;\n";
