@@ -689,6 +689,21 @@ INSTANTIATE_TEST_SUITE_P(
                               "coSyncInit\\(od_const_u32\\[\\d+\\], od_const_u32\\[\\d+\\], 0\\);"));
                           EXPECT_TRUE(sync.match(files.objdict).hasMatch());
                       }},
+        BehaviourCase{"EqualReceiveMappingsOfTwoLinesShareATable",
+                      true,
+                      false,
+                      {},
+                      [](ObjectDataBase& db, const QString&) {
+                          for (quint8 line : {0, 1}) {
+                              db.deleteIndex(line, 0x1600, false);
+                              addObject(db, line, 0x1600, 9, {{0, 5, "1"}, {1, 7, "0x20100020"}});
+                          }
+                      },
+                      [](const Generated& files) {
+                          EXPECT_EQ(files.objdict.count(QLatin1String("/* unique rpdo defintion */\n")), 1);
+                          EXPECT_EQ(files.objdict.count(QLatin1String(", &mapTableRPDO0_1);\n")), 2);
+                          EXPECT_FALSE(files.objdict.contains(QLatin1String("mapTableRPDO1_1")));
+                      }},
         BehaviourCase{"AbsentTablesAreNullInTheVariableStructure",
                       false,
                       false,

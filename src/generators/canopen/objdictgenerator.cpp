@@ -280,6 +280,7 @@ void ObjDictGenerator::readRunSettings()
     m_descriptionStart.clear();
     m_writtenTables.clear();
     m_mappingTables.clear();
+    m_uniqueReceiveTables.clear();
     m_stringDefaultKeys.clear();
     m_stringDefaults.clear();
 }

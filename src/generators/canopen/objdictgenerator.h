@@ -165,6 +165,8 @@ protected:
     // The text of a pointer to the value of a sub-object, "NULL" when it doesn't exist.
     QString valuePointer(quint8 line, quint16 index, quint8 subindex) const;
     void writeMappingGroup(SectionStream& out, quint8 line, quint16 commIndex, bool transmit, int maxEntries);
+    // The count and the entries of a static mapping table, up to the closing "\t}\n".
+    QString mappingBody(quint8 line, quint16 mapIndex, quint64 count, bool transmit, int maxEntries) const;
     QString routingList(quint8 line, quint32 mapping) const;
 
     // Project facts.
@@ -202,8 +204,10 @@ protected:
     QHash<quint32, int> m_descriptionStart;
     // Tables written, by name ("od_u8", "od_const_vis_string_len", ...).
     QSet<QString> m_writtenTables;
-    // The static PDO mapping tables written, by name.
-    QSet<QString> m_mappingTables;
+    // The static PDO mapping table of each PDO, by its own name; a receive
+    // table that equals one of another line is replaced by that one.
+    QHash<QString, QString> m_mappingTables;
+    QHash<QString, QString> m_uniqueReceiveTables;
     QList<quint8> m_usedLines;
     bool m_compactDescription;
     bool m_canFd = false;

@@ -394,32 +394,55 @@ void ObjDictGenerator::writeMappingGroup(SectionStream& out, quint8 line, quint1
     const int number = transmit ? commIndex - 0x17FF : commIndex - 0x13FF;
     const QString name = (transmit ? QStringLiteral("mapTableTPDO") : QStringLiteral("mapTableRPDO")) +
                          lineMarker(line) + QString::number(number);
-    m_mappingTables.insert(name);
+    const QString body = mappingBody(line, mapIndex, count, transmit, maxEntries);
     if (transmit) {
+        m_mappingTables.insert(name, name);
         out << "/* Mapping table TPDO " << number << "*/\n";
         out << "static CO_CONST PDO_TR_MAP_TABLE_T CO_CONST_STORAGE_CLASS\t" << name << " = {\n";
-    } else {
+        out << body << "};\n";
+        return;
+    }
+    if (!multiLineForm()) {
+        m_mappingTables.insert(name, name);
         out << "/* Mapping table RPDO " << number << "*/\n";
         out << "static CO_CONST PDO_REC_MAP_TABLE_T CO_CONST_STORAGE_CLASS\t" << name << " = {\n";
+        out << body << "};\n";
+        return;
     }
-    out << "\t(UNSIGNED8)" << count << "u,\n";
-    out << "\t{\n";
+    // Lines that receive the same mapping share one table.
+    const QString same = m_uniqueReceiveTables.value(body);
+    if (!same.isEmpty()) {
+        m_mappingTables.insert(name, same);
+        return;
+    }
+    m_uniqueReceiveTables.insert(body, name);
+    m_mappingTables.insert(name, name);
+    out << "/* unique rpdo defintion */\n";
+    out << "static CO_CONST PDO_REC_MAP_TABLE_T CO_CONST_STORAGE_CLASS\tmapTableRPDO" << lineMarker(line)
+        << number << " = {\n";
+    out << body << "};\n";
+}
+
+QString ObjDictGenerator::mappingBody(quint8 line, quint16 mapIndex, quint64 count, bool transmit,
+                                      int maxEntries) const
+{
+    QString body = QStringLiteral("\t(UNSIGNED8)%1u,\n").arg(count);
+    body += QStringLiteral("\t{\n");
     const int rows = count > 64 ? 1 : int(count);
     for (int s = 1; s <= rows; ++s) {
         const quint32 mapping = quint32(numberOf(findSub(line, mapIndex, quint8(s))));
         const quint16 index = quint16(mapping >> 16);
         const quint8 subindex = quint8(mapping >> 8);
         const SUBINDEX_DATA_T* mapped = findSub(line, index, subindex);
-        const bool numeric = mapped && (mapped->datatype < 9 || mapped->datatype == 16);
-        out << "\t\t{" << valuePointer(line, index, subindex) << ", " << (mapping & 0xFF) << "u, ";
-        if (transmit)
-            out << (numeric ? "CO_TRUE" : "CO_FALSE");
-        else
-            out << "CO_TRUE";
-        out << ", " << QStringLiteral("0x%1UL").arg(mapping, 8, 16, QLatin1Char('0'));
+        const bool numeric = !transmit || (mapped && (mapped->datatype < 9 || mapped->datatype == 16));
+        body += QStringLiteral("\t\t{%1, %2u, %3, 0x%4UL")
+                    .arg(valuePointer(line, index, subindex))
+                    .arg(mapping & 0xFF)
+                    .arg(numeric ? QStringLiteral("CO_TRUE") : QStringLiteral("CO_FALSE"))
+                    .arg(mapping, 8, 16, QLatin1Char('0'));
         if (!transmit)
-            out << ", " << routingList(line, mapping);
-        out << " },\n";
+            body += QStringLiteral(", ") + routingList(line, mapping);
+        body += QStringLiteral(" },\n");
     }
     QStringList fillers;
     for (int s = rows; s < maxEntries; ++s) {
@@ -430,9 +453,9 @@ void ObjDictGenerator::writeMappingGroup(SectionStream& out, quint8 line, quint1
         fillers << filler + QLatin1Char('}');
     }
     if (!fillers.isEmpty())
-        out << fillers.join(QLatin1Char(',')) << "\n";
-    out << "\t}\n";
-    out << "};\n";
+        body += fillers.join(QLatin1Char(',')) + QLatin1Char('\n');
+    body += QStringLiteral("\t}\n");
+    return body;
 }
 
 // One position per route of the network routing table 0x1F2C: where the

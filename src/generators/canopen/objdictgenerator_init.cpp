@@ -444,7 +444,7 @@ void ObjDictGenerator::writePdoInitCall(SectionStream& out, quint8 line, quint16
     const QString table = (transmit ? QStringLiteral("mapTableTPDO") : QStringLiteral("mapTableRPDO")) +
                           lineMarker(line) + QString::number(number);
     if (m_mappingTables.contains(table))
-        out << ", &" << table << ");\n";
+        out << ", &" << m_mappingTables.value(table) << ");\n";
     else
         out << ", NULL);\n";
     writeCheck(out);
