@@ -798,7 +798,7 @@ bool ObjectDataBase::copyUdsSettings(ObjectDataBase* source, quint8 fromLine, qu
     while (rows.next()) {
         const QString statement =
             QStringLiteral("insert or replace into UDSSettings%1 values(%2,%3,'%4','%5','%6')")
-                .arg(number(toLine), rows.value(0).toString(), rows.value(1).toString(),
+                .arg(number(toLine), number(rows.value(0).toInt()), number(rows.value(1).toInt()),
                      rows.value(2).toString(), rows.value(3).toString(), rows.value(4).toString());
         ok = exec(query, statement) && ok;
     }

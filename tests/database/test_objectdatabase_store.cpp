@@ -484,6 +484,9 @@ TEST_F(StoreTest, CopiesFromAnotherProject)
         source.addSubIndex(0, index, 0, fullRecord());
     }
     source.setUDSServiceSessions(0, 34, "1,2");
+    // Rows of hand-edited or old files may leave the flag empty.
+    ASSERT_TRUE(
+        QSqlQuery(source.database()).exec("insert into UDSSettings0 (sid, sessions) values(35, '2')"));
 
     db.addIndex(0, 0x6000, INDEX_DATA_T());
     db.addSubIndex(0, 0x6000, 9, SUBINDEX_DATA_T());
@@ -496,6 +499,8 @@ TEST_F(StoreTest, CopiesFromAnotherProject)
     query.exec("select sessions from UDSSettings0 where sid = 34");
     ASSERT_TRUE(query.next());
     EXPECT_EQ(query.value(0).toString(), "1,2");
+    EXPECT_EQ(db.getUDSServiceSessions(0, 35), "2");
+    EXPECT_FALSE(db.getUDSServiceActive(0, 35));
 
     ASSERT_TRUE(db.copyIndexFromDatabase(&source, 0, 0x1000, 0, 0x1000));
     EXPECT_TRUE(db.indexExists(0, 0x1000));
