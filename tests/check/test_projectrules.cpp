@@ -2,6 +2,8 @@
 
 #include "check/modelchecker.h"
 
+#include <QCoreApplication>
+
 #include <gtest/gtest.h>
 
 namespace {
@@ -99,6 +101,29 @@ TEST(ProjectRules, MigrationHints)
          {previous("3.7.0"), previous("2.6.0")},
          0},
     });
+}
+
+// Other builds of the tool bring the PDO mapping code as a file of its own.
+TEST(ProjectRules, MigrationHintsOfOtherToolsNameTheMappingFile)
+{
+    const std::pair<const char*, const char*> rows[] = {
+        {"3.8.0", "<strong>Hint: </strong>Add <font color='red'>co_memcpy.c and co_mapping.c</font> to your "
+                  "project or Makefile."},
+        {"3.5.1", "<strong>Hint: </strong>Add <font color='red'>co_common.c, co_memcpy.c and "
+                  "co_mapping.c</font> to your project or Makefile."},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.first);
+        TestProject project;
+        project.db().setMiscSetting("PreviousToolVersion", row.first);
+        const QString toolName = QCoreApplication::applicationName();
+        QCoreApplication::setApplicationName("CANopen Tarnwick MP");
+        const CheckOutcome outcome = project.run();
+        QCoreApplication::setApplicationName(toolName);
+        EXPECT_EQ(outcome.count(row.second), 1) << outcome.listing().toStdString();
+        EXPECT_EQ(outcome.messages.filter("Hint: ").size(), 1) << outcome.listing().toStdString();
+        EXPECT_EQ(outcome.errors, 0);
+    }
 }
 
 TEST(ProjectRules, MigrationHintIsGivenOnceAndClearsThePreviousVersion)
