@@ -102,6 +102,12 @@ struct ExchangeCase
     QByteArray reply;
 };
 
+// Test names stay readable in the listing of the test runner.
+void PrintTo(const ExchangeCase& exchange, std::ostream* os)
+{
+    *os << exchange.name;
+}
+
 class ProfileExchange : public ProfileServer, public ::testing::WithParamInterface<ExchangeCase>
 {
 };
@@ -225,6 +231,11 @@ struct ImportCase
     QString reply; // without the model summary
     bool isError;
 };
+
+void PrintTo(const ImportCase& import, std::ostream* os)
+{
+    *os << import.name;
+}
 
 class ProfileImport : public ProfileServer, public ::testing::WithParamInterface<ImportCase>
 {
