@@ -360,8 +360,17 @@ TEST_F(McpToolSession, GenerateSaveReopenAndImport)
          QStringLiteral(R"({"categoryCode":1,"description":"","index":"0X2000","line":0,"name":"Setpoint",)"
                         R"("objectTypeCode":7,"subs":[{"accessType":"rw","currentValue":"","dataTypeCode":7,)"
                         R"("defaultValue":"0x10","hasDefault":true,"name":"Setpoint","size":0,"sub":0}]})")},
-        {"delete_index", R"({"line":0,"index":8192})", Reply::Edited,
-         QStringLiteral("Index 0X2000 deleted from line 0.")},
+        // Imports must show through the sub-index cache that the check filled.
+        {"set_subindex_value", R"({"line":0,"index":8192,"sub":0,"defaultValue":"0x20"})", Reply::Edited,
+         QStringLiteral("Updated defaultValue of subindex 0X2000:0 on line 0.")},
+        {"import_file", R"({"path":"@PROJECT@"})", Reply::Text,
+         QStringLiteral("Import successful: @PROJECT@")},
+        {"get_index", R"({"line":0,"index":8192})", Reply::Text,
+         QStringLiteral(R"({"categoryCode":1,"description":"","index":"0X2000","line":0,"name":"Setpoint",)"
+                        R"("objectTypeCode":7,"subs":[{"accessType":"rw","currentValue":"","dataTypeCode":7,)"
+                        R"("defaultValue":"0x10","hasDefault":true,"name":"Setpoint","size":0,"sub":0}]})")},
+        {"set_subindex_value", R"({"line":0,"index":8192,"sub":0,"defaultValue":"0x20"})", Reply::Edited,
+         QStringLiteral("Updated defaultValue of subindex 0X2000:0 on line 0.")},
         {"import_file", R"({"path":"@DIR@/out/device.eds"})", Reply::Text,
          QStringLiteral("Import successful: @DIR@/out/device.eds")},
         {"get_index", R"({"line":0,"index":8192})", Reply::Text,
