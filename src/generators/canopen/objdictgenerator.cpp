@@ -4,6 +4,7 @@
 #include "canopenlib/helper.h"
 #include "database/objectdatabase.h"
 
+#include <QCoreApplication>
 #include <QFile>
 #include <QFileInfo>
 #include <QRegularExpression>
@@ -14,6 +15,9 @@
 namespace {
 
 constexpr quint8 highestDictionaryLine = 31;
+
+// The edition of the tool for EnergyBus devices; this build doesn't bear its name.
+const QString energyBusEditionName = QStringLiteral("EnergyBus Tarnwick");
 
 // The words of the classic stack that the V4 stack spells differently.
 const QHash<QString, QString>& coreWords()
@@ -235,7 +239,7 @@ void ObjDictGenerator::readDictionary()
     }
     m_usedLines.clear();
     m_multiLine = false;
-    if (m_database->getIndexList(1, 0x1000, 0xFFFF).isEmpty()) {
+    if (!m_objects.contains(1)) {
         if (m_generateML)
             m_usedLines << 0;
         return;
@@ -336,6 +340,10 @@ bool ObjDictGenerator::prepareOutputFile()
         else
             out << "RET_T coCanOpenStackInit_line(UNSIGNED8 canLine, CO_INIT_OPTION_T *pCoOptions);";
         out << "\n";
+    }
+    if (QCoreApplication::applicationName() == energyBusEditionName) {
+        out << "/* EnergyBus header files */\n";
+        out << "#include <eb_energybus.h>\n";
     }
     const QString applicationHeader =
         m_database->getGeneralSetting(QStringLiteral("applicationheader")).trimmed();
