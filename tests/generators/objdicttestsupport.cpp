@@ -96,23 +96,23 @@ bool anyLineOfType(ObjectDataBase& db, std::initializer_list<int> types)
 
 } // namespace
 
-void addObject(ObjectDataBase& db, quint8 line, quint16 index, int objectType, const QList<SubSpec>& subs)
+void addObject(ObjectDataBase& db, quint8 line, quint16 index, int objectType, const QList<SubRow>& subs)
 {
     INDEX_DATA_T object;
     object.name = QStringLiteral("object %1").arg(index, 4, 16, QLatin1Char('0'));
     object.objecttype = objectType;
     object.datatype = subs.size() == 1 ? subs.first().datatype : 5;
     db.addIndex(line, index, object);
-    for (const SubSpec& spec : subs) {
+    for (const SubRow& entry : subs) {
         SUBINDEX_DATA_T sub;
-        sub.name = QStringLiteral("sub %1").arg(spec.subindex);
-        sub.datatype = spec.datatype;
-        sub.defaultvalue = spec.defaultvalue;
-        sub.implementation = spec.implementation;
-        sub.accesstype = spec.accesstype;
-        sub.varname = spec.varname;
-        sub.size = spec.size;
-        db.addSubIndex(line, index, spec.subindex, sub);
+        sub.name = QStringLiteral("sub %1").arg(entry.subindex);
+        sub.datatype = entry.datatype;
+        sub.defaultvalue = entry.defaultvalue;
+        sub.implementation = entry.implementation;
+        sub.accesstype = entry.accesstype;
+        sub.varname = entry.varname;
+        sub.size = entry.size;
+        db.addSubIndex(line, index, entry.subindex, sub);
     }
 }
 
@@ -120,7 +120,7 @@ void addSyntheticDevice(ObjectDataBase& db, quint8 line)
 {
     const QString rw = QStringLiteral("rw");
     auto count = [](const QString& value, const QString& access = QStringLiteral("ro")) {
-        return SubSpec{0, 5, value, 0, access};
+        return SubRow{0, 5, value, 0, access};
     };
     addObject(db, line, 0x1000, 7, {{0, 7, "0x00020191"}});
     addObject(db, line, 0x1001, 7, {{0, 5, "0"}});
@@ -155,14 +155,14 @@ void addSyntheticDevice(ObjectDataBase& db, quint8 line)
     const QList<QPair<int, QString>> groups = {{5, "u8"},   {6, "u16"},  {22, "u24"}, {7, "u32"},
                                                {24, "u40"}, {25, "u48"}, {27, "u64"}, {2, "i8"},
                                                {3, "i16"},  {16, "i24"}, {4, "i32"},  {8, "r32"}};
-    QList<SubSpec> applicationSubs = {count(QString::number(groups.size()))};
+    QList<SubRow> applicationSubs = {count(QString::number(groups.size()))};
     for (int i = 0; i < groups.size(); ++i)
-        applicationSubs << SubSpec{quint8(i + 1),
-                                   groups.at(i).first,
-                                   "0",
-                                   2,
-                                   rw,
-                                   QStringLiteral("app_%1_l{line}").arg(groups.at(i).second)};
+        applicationSubs << SubRow{quint8(i + 1),
+                                  groups.at(i).first,
+                                  "0",
+                                  2,
+                                  rw,
+                                  QStringLiteral("app_%1_l{line}").arg(groups.at(i).second)};
     addObject(db, line, 0x2001, 9, applicationSubs);
     addObject(db, line, 0x2002, 9,
               {count("13"),
@@ -194,9 +194,9 @@ void addSyntheticDevice(ObjectDataBase& db, quint8 line)
     addObject(db, line, 0x2007, 7, {{0, 124, "", 2, rw, "app_utf8_l{line}", 8}});
     addObject(db, line, 0x2008, 7, {{0, 5, "0", 3, rw}});
     addObject(db, line, 0x2009, 9, {count("2"), {1, 6, "1", 0, rw}, {2, 7, "2", 3, rw}});
-    QList<SubSpec> equalSubs = {count("10")};
+    QList<SubRow> equalSubs = {count("10")};
     for (quint8 s = 1; s <= 10; ++s)
-        equalSubs << SubSpec{s, 6, "5", 0, rw};
+        equalSubs << SubRow{s, 6, "5", 0, rw};
     addObject(db, line, 0x200A, 8, equalSubs);
     addObject(db, line, 0x200B, 7, {{0, 12, "0", 0, rw}});
     addObject(db, line, 0x2010, 7, {{0, 7, "9", 0, rw}});

@@ -10,7 +10,7 @@
 namespace objdicttest {
 
 // One sub-index of a synthetic object, with the fields gen_objdict.c looks at.
-struct SubSpec
+struct SubRow
 {
     quint8 subindex;
     int datatype;
@@ -21,7 +21,7 @@ struct SubSpec
     int size = 0;
 };
 
-void addObject(ObjectDataBase& db, quint8 line, quint16 index, int objectType, const QList<SubSpec>& subs);
+void addObject(ObjectDataBase& db, quint8 line, quint16 index, int objectType, const QList<SubRow>& subs);
 
 // A device with every storage class (managed, constant, application variable,
 // virtual), every numeric value group including the 24, 40, 48 and 64 bit
@@ -77,7 +77,7 @@ struct DescriptionRow
     quint16 index;
     quint8 subindex;
     QString typeWord;
-    QString spec;
+    QString storageWord;
     int valueSlot;
     QString attributes;
     int defaultSlot;

@@ -26,9 +26,9 @@ QString valueTable(const DescriptionRow& row)
         {"R32", "r32"}, {"VS", "vis_string"}, {"UTF8", "utf8_string"}, {"OS", "octet_string"}};
     QString word = row.typeWord;
     QString service;
-    if (!row.spec.isEmpty()) {
+    if (!row.storageWord.isEmpty()) {
         word.remove(QStringLiteral("CORE_DTYPE_"));
-        service = row.spec.mid(QStringLiteral("CO_DSPEC").size());
+        service = row.storageWord.mid(QStringLiteral("CO_DSPEC").size());
     } else {
         word.remove(QStringLiteral("CO_DTYPE_"));
         for (const QString& suffix :
@@ -491,9 +491,9 @@ QList<AssignRow> assignOf(const Generated& files, quint16 index)
 
 void addEqualArray(ObjectDataBase& db, const QString&)
 {
-    QList<SubSpec> subs = {{0, 5, "254"}};
+    QList<SubRow> subs = {{0, 5, "254"}};
     for (int s = 1; s <= 254; ++s)
-        subs << SubSpec{quint8(s), 5, "3", 0, QStringLiteral("rw")};
+        subs << SubRow{quint8(s), 5, "3", 0, QStringLiteral("rw")};
     addObject(db, 0, 0x3000, 8, subs);
 }
 
