@@ -1,7 +1,7 @@
 // Scripted sessions with the built program in server mode: raw bytes in,
 // replies compared byte for byte.
 
-#include "common/testhelpers.h"
+#include "mcpserverrun.h"
 
 #include <QDir>
 #include <QFile>
@@ -15,18 +15,26 @@
 
 namespace {
 
+// Whatever the input, the server writes nothing but replies and ends on its
+// own once the input has ended.
 QString runServer(const QByteArray& input, const QStringList& extraArguments = {})
 {
-    const testhelpers::RunResult result =
-        testhelpers::runTrw(QStringList{QStringLiteral("--mcp")} + extraArguments, QString(), input);
-    EXPECT_EQ(result.exitCode, 0);
-    return result.out;
+    const mcpserverrun::ServerRun run = mcpserverrun::run(input, extraArguments);
+    EXPECT_TRUE(mcpserverrun::endedCleanly(run));
+    EXPECT_TRUE(mcpserverrun::onlyRepliesOnStdout(run.out));
+    return QString::fromUtf8(run.out);
 }
 
 QByteArray methodNotFound(const QByteArray& id, const QByteArray& method)
 {
     return R"({"error":{"code":-32601,"message":"Method not found: )" + method + R"("},"id":)" + id +
            R"(,"jsonrpc":"2.0"})" + "\n";
+}
+
+QByteArray invalidParams(const QByteArray& id, const QByteArray& message)
+{
+    return R"({"error":{"code":-32602,"message":")" + message + R"("},"id":)" + id + R"(,"jsonrpc":"2.0"})" +
+           "\n";
 }
 
 QByteArray deeplyNested(int depth)
@@ -110,6 +118,46 @@ INSTANTIATE_TEST_SUITE_P(
             "\n",
             R"({"error":{"code":-32601,"message":"Unknown tool: Open_Project"},"id":5,"jsonrpc":"2.0"})"
             "\n"},
+        // Values of the wrong JSON type read as their defaults: 0, an empty
+        // text, an empty object.
+        ExchangeCase{"IdOfAnotherTypeBecomesZero",
+                     R"({"id":true,"method":"ping"})"
+                     "\n"
+                     R"({"id":[7],"method":"ping"})"
+                     "\n"
+                     R"({"id":{"n":7},"method":"ping"})"
+                     "\n",
+                     methodNotFound("0", "ping") + methodNotFound("0", "ping") + methodNotFound("0", "ping")},
+        ExchangeCase{"NegativeIdIsEchoed",
+                     R"({"id":-5,"method":"ping"})"
+                     "\n",
+                     methodNotFound("-5", "ping")},
+        ExchangeCase{"MethodOfAnotherType",
+                     R"({"id":1,"method":42})"
+                     "\n",
+                     methodNotFound("1", "")},
+        ExchangeCase{"ToolNameOfAnotherType",
+                     R"({"id":1,"method":"tools/call","params":{"name":["open_project"]}})"
+                     "\n",
+                     R"({"error":{"code":-32601,"message":"Unknown tool: "},"id":1,"jsonrpc":"2.0"})"
+                     "\n"},
+        ExchangeCase{
+            "ArgumentsOfAnotherType",
+            R"({"id":1,"method":"tools/call","params":{"name":"open_project","arguments":"/a.trwp"}})"
+            "\n"
+            R"({"id":2,"method":"tools/call","params":{"name":"open_project","arguments":{"path":["/a"]}}})"
+            "\n"
+            R"({"id":3,"method":"tools/call","params":{"name":"open_project","arguments":{"path":null}}})"
+            "\n",
+            invalidParams("1", "Missing required argument: path") +
+                invalidParams("2", "Missing required argument: path") +
+                invalidParams("3", "Missing required argument: path")},
+        ExchangeCase{"ProjectGuardBeforeArguments",
+                     R"({"id":1,"method":"tools/call","params":{"name":"get_index","arguments":7}})"
+                     "\n",
+                     R"({"id":1,"jsonrpc":"2.0","result":{"content":[{"text":"No project open. Call )"
+                     R"(open_project first.","type":"text"}],"isError":true}})"
+                     "\n"},
         ExchangeCase{"CarriageReturnLineFeed", ping + "\r\n", methodNotFound("9", "ping")},
         ExchangeCase{"PaddedWithBlanks", "  \t" + ping + " \t \n", methodNotFound("9", "ping")},
         ExchangeCase{"NoFinalLineFeed", ping, methodNotFound("9", "ping")},
@@ -164,11 +212,17 @@ TEST(McpSession, ToolsListWithStringIdStartsWithOpenProject)
     EXPECT_EQ(out.count(QLatin1Char('\n')), 1);
 }
 
-TEST(McpSession, ALineOfTenMegabytesIsAnswered)
+// Lines of ten megabytes, well formed or not, with or without a final line
+// feed; the request behind the garbage is still answered.
+TEST(McpSession, LinesOfTenMegabytes)
 {
     const QByteArray padding(10 * 1024 * 1024, 'x');
     const QByteArray request = R"({"id":11,"method":"ping","params":{"padding":")" + padding + "\"}}\n";
     EXPECT_EQ(runServer(request), QString::fromUtf8(methodNotFound("11", "ping")));
+    EXPECT_EQ(runServer(padding + "\n" + ping + "\n"), QString::fromUtf8(methodNotFound("9", "ping")));
+    EXPECT_EQ(runServer(padding), QString());
+    EXPECT_EQ(runServer(QByteArray(10 * 1024 * 1024, '\xff') + "\n" + ping),
+              QString::fromUtf8(methodNotFound("9", "ping")));
 }
 
 TEST(McpSession, EveryLineOfOutputIsAJsonRpcReplyInRequestOrder)

@@ -2,13 +2,12 @@
 // that passes the model check: each request's reply is compared byte for byte.
 
 #include "common/cleanproject.h"
-#include "common/testhelpers.h"
+#include "mcpserverrun.h"
 
 #include <QDir>
 #include <QFile>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QProcess>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -106,11 +105,10 @@ protected:
         QByteArray input;
         for (int i = 0; i < steps.size(); ++i)
             input += request(i + 1, steps.at(i));
-        const testhelpers::RunResult result =
-            testhelpers::runTrw({QStringLiteral("--mcp")}, QString(), input);
-        EXPECT_EQ(result.exitCode, 0);
-        const QList<QByteArray> replies = result.out.toUtf8().split('\n');
-        ASSERT_EQ(replies.size(), steps.size() + 1) << result.out.left(3000).toStdString();
+        const mcpserverrun::ServerRun run = mcpserverrun::run(input, {}, 120000);
+        EXPECT_TRUE(mcpserverrun::endedCleanly(run));
+        const QList<QByteArray> replies = run.out.split('\n');
+        ASSERT_EQ(replies.size(), steps.size() + 1) << run.out.left(3000).toStdString();
         EXPECT_TRUE(replies.last().isEmpty());
         for (int i = 0; i < steps.size(); ++i) {
             const QByteArray expected = withPaths(expectedReply(i + 1, steps.at(i)));
@@ -391,24 +389,16 @@ TEST_F(McpToolSession, GenerateSaveReopenAndImport)
 // request still comes, and the server ends on its own with status 0.
 TEST_F(McpToolSession, InputClosedDuringGenerateEndsCleanly)
 {
-    QProcess server;
-    server.start(QStringLiteral(TRW_BINARY), {QStringLiteral("--mcp")});
-    ASSERT_TRUE(server.waitForStarted());
-    server.write(request(1, openIt));
-    server.write(request(2, {"generate", "{}", Reply::TextThenLog, QString()}));
-    server.write(request(3, {"list_lines", "{}", Reply::Text, QString()}));
-    server.closeWriteChannel();
-    ASSERT_TRUE(server.waitForFinished(120000));
-    EXPECT_EQ(server.exitStatus(), QProcess::NormalExit);
-    EXPECT_EQ(server.exitCode(), 0);
-    const QList<QByteArray> replies = server.readAllStandardOutput().split('\n');
+    const mcpserverrun::ServerRun run =
+        mcpserverrun::run(request(1, openIt) + request(2, {"generate", "{}", Reply::TextThenLog, QString()}) +
+                              request(3, {"list_lines", "{}", Reply::Text, QString()}),
+                          {}, 120000);
+    EXPECT_TRUE(mcpserverrun::endedCleanly(run));
+    EXPECT_TRUE(mcpserverrun::onlyRepliesOnStdout(run.out));
+    const QList<QByteArray> replies = run.out.split('\n');
     ASSERT_GE(replies.size(), 3);
-    EXPECT_TRUE(replies.last().isEmpty());
-    for (int i = 0; i + 1 < replies.size(); ++i) {
-        const QJsonObject reply = QJsonDocument::fromJson(replies.at(i)).object();
-        EXPECT_EQ(reply.value(QStringLiteral("id")).toInt(), i + 1) << replies.at(i).left(300).toStdString();
-        EXPECT_EQ(reply.value(QStringLiteral("jsonrpc")).toString(), QStringLiteral("2.0"));
-    }
+    for (int i = 0; i + 1 < replies.size(); ++i)
+        EXPECT_EQ(QJsonDocument::fromJson(replies.at(i)).object().value(QStringLiteral("id")).toInt(), i + 1);
     EXPECT_TRUE(replies.at(1).startsWith(head(2) + "Generation completed.\\n"));
 }
 
