@@ -158,6 +158,15 @@ INSTANTIATE_TEST_SUITE_P(
                      R"({"id":1,"jsonrpc":"2.0","result":{"content":[{"text":"No project open. Call )"
                      R"(open_project first.","type":"text"}],"isError":true}})"
                      "\n"},
+        // A listed tool whose handler this build lacks is a tool failure,
+        // not an unknown tool.
+        ExchangeCase{
+            "ListedToolWithoutHandler",
+            R"({"id":1,"method":"tools/call","params":{"name":"list_pgns","arguments":{"line":0}}})"
+            "\n",
+            R"({"id":1,"jsonrpc":"2.0","result":{"content":[{"text":"Tool list_pgns is not available )"
+            R"(in this build yet.","type":"text"}],"isError":true}})"
+            "\n"},
         ExchangeCase{"CarriageReturnLineFeed", ping + "\r\n", methodNotFound("9", "ping")},
         ExchangeCase{"PaddedWithBlanks", "  \t" + ping + " \t \n", methodNotFound("9", "ping")},
         ExchangeCase{"NoFinalLineFeed", ping, methodNotFound("9", "ping")},
@@ -324,13 +333,16 @@ TEST_F(McpProfileFolder, ResourcesListNamesEveryProfileFileWithItsDescription)
                   "\n"));
 }
 
-TEST_F(McpProfileFolder, AnEmptyCodbPathValueKeepsTheBuiltInProfiles)
+TEST_F(McpProfileFolder, OnlyAnExactCodbPathWithAValueReplacesTheBuiltInProfiles)
 {
     const QByteArray request = R"({"id":1,"method":"resources/list"})"
                                "\n";
     const QString builtIn = runServer(request);
     EXPECT_EQ(runServer(request, {QStringLiteral("-codbpath")}), builtIn);
     EXPECT_EQ(runServer(request, {QStringLiteral("-codbpath"), QString()}), builtIn);
+    // The option is compared exactly.
+    EXPECT_EQ(runServer(request, {QStringLiteral("-CODBPATH"), folder.path()}), builtIn);
+    EXPECT_EQ(runServer(request, {QStringLiteral("--codbpath"), folder.path()}), builtIn);
     EXPECT_NE(runServer(request, {QStringLiteral("-codbpath"), folder.path()}), builtIn);
 }
 
