@@ -490,6 +490,9 @@ private:
     bool recalculateBitPositions(quint8 line, quint8 direction);
     void recalculateDataElementBitPositions(quint8 line, quint32 canid, quint8 direction);
     void recalculateSpnBitPositions(quint8 line, quint32 pgnnumber, quint8 direction);
+    // The records in list order; those that cannot be read are left out.
+    QList<SPN> readSPNs(quint8 line, quint32 pgnnumber, quint8 direction);
+    QList<DataElement> readDataElements(quint8 line, quint32 canid, quint8 direction);
     void addMissingPgnColumns(quint8 line);
     // The first column of the first row; invalid when there is no row.
     QVariant readFirstValue(const QString& statement);
@@ -500,6 +503,9 @@ private:
     UdsServiceRow readUdsService(quint8 line, quint8 sid, const QString& columns);
     bool writeUdsService(quint8 line, quint8 sid, const UdsServiceRow& row);
     bool execLogged(QSqlQuery& query, const QString& statement);
+    bool execStatement(const QString& statement);
+    // Runs the statement and moves to its first row.
+    bool readRow(QSqlQuery& query, const QString& statement);
 
     // The SPN cache of one line: SPN numbers per PGN and direction in pos order, and the records.
     QMap<quint8, QHash<quint64, QList<quint32>>> m_spnListCache;

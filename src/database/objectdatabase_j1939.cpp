@@ -33,6 +33,28 @@ quint16 elementWidth(int datatype, quint16 bitsize)
     return COHelper::getDataLengthBits(static_cast<CAN::CANopenDataType>(datatype));
 }
 
+// A field number and its first bit in the message.
+using BitPosition = QPair<quint32, quint32>;
+
+// Files before bit positions were stored have 0 everywhere; the fields were
+// packed one after the other. Gives the packed position of every field but
+// number 0, or none when the stored positions stand.
+template <typename Field, typename Number, typename Position>
+QList<BitPosition> packedBitPositions(const QList<Field>& fields, Number Field::*numberOf,
+                                      Position Field::*positionOf)
+{
+    QList<BitPosition> positions;
+    if (fields.size() < 2 || fields.at(0).*positionOf != 0 || fields.at(1).*positionOf != 0)
+        return positions;
+    quint32 bitCount = 0;
+    for (const Field& field : fields) {
+        if (field.*numberOf != 0)
+            positions.append({field.*numberOf, bitCount});
+        bitCount += elementWidth(field.datatype, field.bitsize);
+    }
+    return positions;
+}
+
 // Old tables of line 0 were created with a misspelt bit position column, so
 // rows of SPNs and DataElements are read by column position.
 enum SpnColumn
@@ -76,6 +98,17 @@ bool ObjectDataBase::execLogged(QSqlQuery& query, const QString& statement)
         return true;
     qDebug() << Q_FUNC_INFO << statement << query.lastError().text();
     return false;
+}
+
+bool ObjectDataBase::execStatement(const QString& statement)
+{
+    QSqlQuery query(m_db);
+    return execLogged(query, statement);
+}
+
+bool ObjectDataBase::readRow(QSqlQuery& query, const QString& statement)
+{
+    return execLogged(query, statement) && query.next();
 }
 
 QVariant ObjectDataBase::readFirstValue(const QString& statement)
@@ -168,8 +201,7 @@ bool ObjectDataBase::addPGN(unsigned char line, unsigned int pgnNumber, PGN data
                      number(data.FD_AssuranceDataSize), number(data.multisourceaddress),
                      number(data.safetytype), number(data.FD_DataId));
     }
-    QSqlQuery query(m_db);
-    return execLogged(query, statement);
+    return execStatement(statement);
 }
 
 bool ObjectDataBase::getPGN(quint8 line, quint32 pgnNumber, quint8 direction, PGN& out)
@@ -181,7 +213,7 @@ bool ObjectDataBase::getPGN(quint8 line, quint32 pgnNumber, quint8 direction, PG
             "issafe,srvt_ms,FD_TrailerFormat,FD_AssuranceType,FD_AssuranceDataSize,multisourceaddress,"
             "safetytype,FD_DataId from PGNs%2 where number = %1 and direction = %3")
             .arg(number(pgnNumber), number(line), number(direction));
-    if (!execLogged(query, statement) || !query.next())
+    if (!readRow(query, statement))
         return false;
     out.number = pgnNumber;
     out.edp_dp_key = query.value(0).toUInt();
@@ -310,8 +342,7 @@ bool ObjectDataBase::addSPN(quint8 line, quint32 pgnnumber, quint8 direction, qu
                      number(data.pos), number(data.bitsize), number(direction), number(data.slot_df),
                      number(data.bitposition));
     }
-    QSqlQuery query(m_db);
-    return execLogged(query, statement);
+    return execStatement(statement);
 }
 
 bool ObjectDataBase::getSPN(quint8 line, quint32 pgnnumber, quint8 direction, quint32 spnnumber, SPN& out)
@@ -328,7 +359,7 @@ bool ObjectDataBase::getSPN(quint8 line, quint32 pgnnumber, quint8 direction, qu
     const QString statement =
         QStringLiteral("select * from SPNs%1 where pgnnumber = %2 and spnnumber = %3 and direction = %4")
             .arg(number(line), number(pgnnumber), number(spnnumber), number(direction));
-    if (!execLogged(query, statement) || !query.next())
+    if (!readRow(query, statement))
         return false;
     fillSpn(query, out, *this);
     return true;
@@ -356,10 +387,9 @@ int ObjectDataBase::getSPNDatatype(quint8 line, quint32 pgnnumber, quint8 direct
 
 bool ObjectDataBase::deleteSPN(quint8 line, quint32 pgnnumber, quint8 direction, quint32 spnnumber)
 {
-    QSqlQuery query(m_db);
-    return execLogged(
-        query, QStringLiteral("delete from SPNs%1 where pgnnumber = %2 and spnnumber = %3 and direction = %4")
-                   .arg(number(line), number(pgnnumber), number(spnnumber), number(direction)));
+    return execStatement(
+        QStringLiteral("delete from SPNs%1 where pgnnumber = %2 and spnnumber = %3 and direction = %4")
+            .arg(number(line), number(pgnnumber), number(spnnumber), number(direction)));
 }
 
 QList<quint32> ObjectDataBase::getSPNList(quint8 line, quint32 pgnnumber, quint8 direction)
@@ -417,8 +447,7 @@ bool ObjectDataBase::addCANID(unsigned char line, unsigned int id, CANID data)
                         .arg(number(line), number(id), number(data.cycletime_ms), number(data.inhibittime_ms),
                              number(data.mappingcount), number(data.direction), nameId, descId);
     }
-    QSqlQuery query(m_db);
-    return execLogged(query, statement);
+    return execStatement(statement);
 }
 
 bool ObjectDataBase::getCANID(quint8 line, quint32 id, quint8 direction, CANID& out)
@@ -429,7 +458,7 @@ bool ObjectDataBase::getCANID(quint8 line, quint32 id, quint8 direction, CANID& 
             "select cycletime_ms,inhibittime_ms,mappingcount,direction,name,desc from CANIDs%1 where id = "
             "%2 and direction = %3")
             .arg(number(line), number(id), number(direction));
-    if (!execLogged(query, statement) || !query.next())
+    if (!readRow(query, statement))
         return false;
     out.id = id;
     out.cycletime_ms = query.value(0).toUInt();
@@ -484,7 +513,6 @@ bool ObjectDataBase::addDataElement(quint8 line, quint32 canid, quint8 direction
         rowExists(QStringLiteral(
                       "select number from DataElements%1 where canid = %2 and number = %3 and direction = %4")
                       .arg(number(line), number(canid), number(elementNumber), number(direction)));
-    QSqlQuery query(m_db);
     QString statement;
     if (exists) {
         statement =
@@ -501,7 +529,7 @@ bool ObjectDataBase::addDataElement(quint8 line, quint32 canid, quint8 direction
                      number(data.implementation), data.varname, data.defaultvalue, nameId, descId,
                      number(data.pos), number(data.bitsize), number(direction), number(data.bitpos));
     }
-    return execLogged(query, statement);
+    return execStatement(statement);
 }
 
 bool ObjectDataBase::getDataElement(quint8 line, quint32 canid, quint8 direction, quint32 elementNumber,
@@ -511,7 +539,7 @@ bool ObjectDataBase::getDataElement(quint8 line, quint32 canid, quint8 direction
     const QString statement =
         QStringLiteral("select * from DataElements%1 where canid = %2 and number = %3 and direction = %4")
             .arg(number(line), number(canid), number(elementNumber), number(direction));
-    if (!execLogged(query, statement) || !query.next())
+    if (!readRow(query, statement))
         return false;
     fillDataElement(query, out, *this);
     return true;
@@ -519,9 +547,7 @@ bool ObjectDataBase::getDataElement(quint8 line, quint32 canid, quint8 direction
 
 bool ObjectDataBase::deleteDataElement(quint8 line, quint32 canid, quint8 direction, quint32 elementNumber)
 {
-    QSqlQuery query(m_db);
-    return execLogged(
-        query,
+    return execStatement(
         QStringLiteral("delete from DataElements%1 where canid = %2 and number = %3 and direction = %4")
             .arg(number(line), number(canid), number(elementNumber), number(direction)));
 }
@@ -557,16 +583,10 @@ bool ObjectDataBase::copyPGNs(ObjectDataBase* source, quint8 fromLine, quint8 to
         if (pgnNumber < from || pgnNumber > to || !source->getPGN(fromLine, pgnNumber, direction, pgn))
             continue;
         // Read the SPNs before the delete: a copy onto its own line deletes its source.
-        QList<SPN> spns;
-        const QList<quint32> spnNumbers = source->getSPNList(fromLine, pgnNumber, direction);
-        for (quint32 spnNumber : spnNumbers) {
-            SPN spn;
-            if (source->getSPN(fromLine, pgnNumber, direction, spnNumber, spn))
-                spns.append(spn);
-        }
+        const QList<SPN> spns = source->readSPNs(fromLine, pgnNumber, direction);
         deletePGN(toLine, pgnNumber, direction);
         ok = addPGN(toLine, pgnNumber, pgn) && ok;
-        for (const SPN& spn : std::as_const(spns))
+        for (const SPN& spn : spns)
             ok = addSPN(toLine, pgnNumber, direction, spn.spnnumber, spn) && ok;
     }
     return ok;
@@ -585,20 +605,14 @@ bool ObjectDataBase::copyCANIDs(ObjectDataBase* source, quint8 fromLine, quint8 
         CANID canId;
         if (id < from || id > to || !source->getCANID(fromLine, id, direction, canId))
             continue;
-        QList<DataElement> elements;
-        const QList<quint32> elementNumbers = source->getDataElementList(fromLine, id, direction);
-        for (quint32 elementNumber : elementNumbers) {
-            DataElement element;
-            if (source->getDataElement(fromLine, id, direction, elementNumber, element))
-                elements.append(element);
-        }
+        const QList<DataElement> elements = source->readDataElements(fromLine, id, direction);
         deleteCANID(toLine, id, direction);
         if (!addCANID(toLine, id, canId)) {
             qDebug() << Q_FUNC_INFO << "addCANID() failed: " << id;
             ok = false;
             continue;
         }
-        for (const DataElement& element : std::as_const(elements))
+        for (const DataElement& element : elements)
             ok = addDataElement(toLine, id, direction, element.number, element) && ok;
     }
     return ok;
@@ -632,9 +646,7 @@ ObjectDataBase::UdsServiceRow ObjectDataBase::readUdsService(quint8 line, quint8
 
 bool ObjectDataBase::writeUdsService(quint8 line, quint8 sid, const UdsServiceRow& row)
 {
-    QSqlQuery query(m_db);
-    return execLogged(
-        query,
+    return execStatement(
         QStringLiteral("insert or replace into UDSSettings%1 values(%2,%3,'%4','%5','%6')")
             .arg(number(line), number(sid), row.active, row.sessions, row.userlevels, row.authentication));
 }
@@ -744,34 +756,34 @@ bool ObjectDataBase::recalculateBitPositions(quint8 line, quint8 direction)
     return true;
 }
 
-// Files before bit positions were stored have 0 everywhere; the elements were
-// packed one after the other.
 void ObjectDataBase::recalculateDataElementBitPositions(quint8 line, quint32 canid, quint8 direction)
 {
-    QList<DataElement> elements;
-    const QList<quint32> numbers = getDataElementList(line, canid, direction);
-    for (quint32 elementNumber : numbers) {
-        DataElement element;
-        if (getDataElement(line, canid, direction, elementNumber, element))
-            elements.append(element);
-    }
-    if (elements.size() < 2 || elements.at(0).bitpos != 0 || elements.at(1).bitpos != 0)
-        return;
+    const QList<BitPosition> positions = packedBitPositions(readDataElements(line, canid, direction),
+                                                            &DataElement::number, &DataElement::bitpos);
     QSqlQuery query(m_db);
-    quint32 bitCount = 0;
-    for (const DataElement& element : std::as_const(elements)) {
-        if (element.number != 0) {
-            execLogged(query,
-                       QStringLiteral("update DataElements%1 set bitpos = %2 where canid = %3 and number = "
-                                      "%4 and direction = %5")
-                           .arg(number(line), number(bitCount), number(canid), number(element.number),
-                                number(direction)));
-        }
-        bitCount += elementWidth(element.datatype, element.bitsize);
+    for (const BitPosition& position : positions) {
+        execLogged(query,
+                   QStringLiteral("update DataElements%1 set bitpos = %2 where canid = %3 and number = "
+                                  "%4 and direction = %5")
+                       .arg(number(line), number(position.second), number(canid), number(position.first),
+                            number(direction)));
     }
 }
 
 void ObjectDataBase::recalculateSpnBitPositions(quint8 line, quint32 pgnnumber, quint8 direction)
+{
+    const QList<BitPosition> positions =
+        packedBitPositions(readSPNs(line, pgnnumber, direction), &SPN::spnnumber, &SPN::bitposition);
+    QSqlQuery query(m_db);
+    for (const BitPosition& position : positions) {
+        execLogged(query, QStringLiteral("update SPNs%1 set bitposition = %2 where pgnnumber = %3 and "
+                                         "spnnumber = %4 and direction = %5")
+                              .arg(number(line), number(position.second), number(pgnnumber),
+                                   number(position.first), number(direction)));
+    }
+}
+
+QList<ObjectDataBase::SPN> ObjectDataBase::readSPNs(quint8 line, quint32 pgnnumber, quint8 direction)
 {
     QList<SPN> spns;
     const QList<quint32> numbers = getSPNList(line, pgnnumber, direction);
@@ -780,20 +792,20 @@ void ObjectDataBase::recalculateSpnBitPositions(quint8 line, quint32 pgnnumber, 
         if (getSPN(line, pgnnumber, direction, spnnumber, spn))
             spns.append(spn);
     }
-    if (spns.size() < 2 || spns.at(0).bitposition != 0 || spns.at(1).bitposition != 0)
-        return;
-    QSqlQuery query(m_db);
-    quint32 bitCount = 0;
-    for (const SPN& spn : std::as_const(spns)) {
-        if (spn.spnnumber != 0) {
-            execLogged(query,
-                       QStringLiteral("update SPNs%1 set bitposition = %2 where pgnnumber = %3 and spnnumber "
-                                      "= %4 and direction = %5")
-                           .arg(number(line), number(bitCount), number(pgnnumber), number(spn.spnnumber),
-                                number(direction)));
-        }
-        bitCount += elementWidth(spn.datatype, spn.bitsize);
+    return spns;
+}
+
+QList<ObjectDataBase::DataElement> ObjectDataBase::readDataElements(quint8 line, quint32 canid,
+                                                                    quint8 direction)
+{
+    QList<DataElement> elements;
+    const QList<quint32> numbers = getDataElementList(line, canid, direction);
+    for (quint32 elementNumber : numbers) {
+        DataElement element;
+        if (getDataElement(line, canid, direction, elementNumber, element))
+            elements.append(element);
     }
+    return elements;
 }
 
 bool ObjectDataBase::repairMappingCounts()
