@@ -19,27 +19,40 @@ QString indexText(quint16 index)
     return MCPRecords::indexText(index);
 }
 
-// The guards every tool here starts with, in their order: an open project,
-// the required arguments, a database. Null when one of them has replied.
-QSharedPointer<ObjectDataBase> guardedDatabase(MCPSession& session, int id, const QJsonObject& arguments,
-                                               const QStringList& requiredKeys, const QString& missingMessage)
-{
-    if (!session.ensureProjectOpen(id) ||
-        !session.ensureArguments(id, arguments, requiredKeys, missingMessage))
-        return {};
-    return session.ensureDatabase(id);
-}
-
-// The guards followed by the CANopen line guard on the argument "line".
+// The project guards followed by the CANopen line guard on the argument "line".
 QSharedPointer<ObjectDataBase> guardedCanopenLine(MCPSession& session, int id, const QJsonObject& arguments,
                                                   const QStringList& requiredKeys,
                                                   const QString& missingMessage)
 {
     QSharedPointer<ObjectDataBase> database =
-        guardedDatabase(session, id, arguments, requiredKeys, missingMessage);
+        session.ensureProjectDatabase(id, arguments, requiredKeys, missingMessage);
     if (database && !session.ensureCanopenLine(id, *database, MCPArguments::line(arguments)))
         return {};
     return database;
+}
+
+// The entries a tool names by the arguments "line", "index" and "sub".
+struct IndexAddress
+{
+    quint8 line;
+    quint16 index;
+};
+
+struct SubindexAddress
+{
+    quint8 line;
+    quint16 index;
+    quint8 sub;
+};
+
+IndexAddress indexAddress(const QJsonObject& arguments)
+{
+    return {MCPArguments::line(arguments), MCPArguments::index(arguments)};
+}
+
+SubindexAddress subindexAddress(const QJsonObject& arguments)
+{
+    return {MCPArguments::line(arguments), MCPArguments::index(arguments), MCPArguments::sub(arguments)};
 }
 
 QStringList lineIndexKeys()
@@ -113,8 +126,7 @@ void MCPObjectTools::getIndex(MCPSession& session, int id, const QJsonObject& ar
         session, id, arguments, lineIndexKeys(), tr("Missing required argument: line and/or index"));
     if (!database)
         return;
-    const quint8 line = MCPArguments::line(arguments);
-    const quint16 index = MCPArguments::index(arguments);
+    const auto [line, index] = indexAddress(arguments);
     INDEX_DATA_T object;
     if (!database->getIndex(line, index, object)) {
         session.sendToolText(id, tr("Index %1 does not exist on line %2.").arg(indexText(index)).arg(line),
@@ -132,9 +144,7 @@ void MCPObjectTools::getSubindex(MCPSession& session, int id, const QJsonObject&
         session, id, arguments, lineIndexSubKeys(), tr("Missing required argument: line, index and/or sub"));
     if (!database)
         return;
-    const quint8 line = MCPArguments::line(arguments);
-    const quint16 index = MCPArguments::index(arguments);
-    const quint8 sub = MCPArguments::sub(arguments);
+    const auto [line, index, sub] = subindexAddress(arguments);
     SUBINDEX_DATA_T record;
     if (!database->getSubIndex(line, index, sub, record)) {
         session.sendToolText(
@@ -176,15 +186,14 @@ void MCPObjectTools::findIndices(MCPSession& session, int id, const QJsonObject&
 
 void MCPObjectTools::addIndex(MCPSession& session, int id, const QJsonObject& arguments)
 {
-    const QSharedPointer<ObjectDataBase> database =
-        guardedDatabase(session, id, arguments,
-                        lineIndexKeys() + QStringList{QStringLiteral("name"), QStringLiteral("objectType"),
-                                                      QStringLiteral("dataType")},
-                        tr("Missing required argument: line, index, name, objectType and/or dataType"));
+    const QSharedPointer<ObjectDataBase> database = session.ensureProjectDatabase(
+        id, arguments,
+        lineIndexKeys() +
+            QStringList{QStringLiteral("name"), QStringLiteral("objectType"), QStringLiteral("dataType")},
+        tr("Missing required argument: line, index, name, objectType and/or dataType"));
     if (!database)
         return;
-    const quint8 line = MCPArguments::line(arguments);
-    const quint16 index = MCPArguments::index(arguments);
+    const auto [line, index] = indexAddress(arguments);
     if (!database->nodeExists(line)) {
         session.sendToolText(id, tr("Line %1 does not exist.").arg(line), true);
         return;
@@ -229,8 +238,7 @@ void MCPObjectTools::deleteIndex(MCPSession& session, int id, const QJsonObject&
         session, id, arguments, lineIndexKeys(), tr("Missing required argument: line and/or index"));
     if (!database)
         return;
-    const quint8 line = MCPArguments::line(arguments);
-    const quint16 index = MCPArguments::index(arguments);
+    const auto [line, index] = indexAddress(arguments);
     if (!ensureIndexExists(session, id, *database, line, index))
         return;
     database->deleteIndex(line, index, false);
@@ -245,9 +253,7 @@ void MCPObjectTools::addSubindex(MCPSession& session, int id, const QJsonObject&
         tr("Missing required argument: line, index, sub, name and/or dataType"));
     if (!database)
         return;
-    const quint8 line = MCPArguments::line(arguments);
-    const quint16 index = MCPArguments::index(arguments);
-    const quint8 sub = MCPArguments::sub(arguments);
+    const auto [line, index, sub] = subindexAddress(arguments);
     if (!ensureIndexExists(session, id, *database, line, index))
         return;
     if (database->subIndexExists(line, index, sub)) {
@@ -284,9 +290,7 @@ void MCPObjectTools::deleteSubindex(MCPSession& session, int id, const QJsonObje
         session, id, arguments, lineIndexSubKeys(), tr("Missing required argument: line, index and/or sub"));
     if (!database)
         return;
-    const quint8 line = MCPArguments::line(arguments);
-    const quint16 index = MCPArguments::index(arguments);
-    const quint8 sub = MCPArguments::sub(arguments);
+    const auto [line, index, sub] = subindexAddress(arguments);
     if (!ensureSubindexExists(session, id, *database, line, index, sub))
         return;
     database->deleteSubIndex(line, index, sub, false);
@@ -301,9 +305,7 @@ void MCPObjectTools::setSubindexValue(MCPSession& session, int id, const QJsonOb
         tr("Missing required argument: line, index, sub and/or defaultValue"));
     if (!database)
         return;
-    const quint8 line = MCPArguments::line(arguments);
-    const quint16 index = MCPArguments::index(arguments);
-    const quint8 sub = MCPArguments::sub(arguments);
+    const auto [line, index, sub] = subindexAddress(arguments);
     if (!ensureSubindexExists(session, id, *database, line, index, sub))
         return;
     // The store puts the value into its statement as text.
@@ -322,8 +324,7 @@ void MCPObjectTools::setIndexName(MCPSession& session, int id, const QJsonObject
                            tr("Missing required argument: line, index and/or name"));
     if (!database)
         return;
-    const quint8 line = MCPArguments::line(arguments);
-    const quint16 index = MCPArguments::index(arguments);
+    const auto [line, index] = indexAddress(arguments);
     if (!ensureIndexExists(session, id, *database, line, index))
         return;
     const QString name = arguments.value(QStringLiteral("name")).toString();
@@ -348,9 +349,8 @@ void MCPObjectTools::copyIndex(MCPSession& session, int id, const QJsonObject& a
 {
     const QStringList keys{QStringLiteral("srcLine"), QStringLiteral("srcIndex"), QStringLiteral("destLine"),
                            QStringLiteral("destIndex")};
-    const QSharedPointer<ObjectDataBase> database =
-        guardedDatabase(session, id, arguments, keys,
-                        tr("Missing required argument: srcLine, srcIndex, destLine and/or destIndex"));
+    const QSharedPointer<ObjectDataBase> database = session.ensureProjectDatabase(
+        id, arguments, keys, tr("Missing required argument: srcLine, srcIndex, destLine and/or destIndex"));
     if (!database)
         return;
     const quint8 srcLine = MCPArguments::line(arguments, keys.at(0));

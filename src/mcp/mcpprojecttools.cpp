@@ -169,10 +169,8 @@ void MCPProjectTools::getLine(MCPSession& session, int id, const QJsonObject& ar
 
 void MCPProjectTools::addLine(MCPSession& session, int id, const QJsonObject& arguments)
 {
-    if (!session.ensureProjectOpen(id) || !session.ensureArguments(id, arguments, {QStringLiteral("line")},
-                                                                   tr("Missing required argument: line")))
-        return;
-    const QSharedPointer<ObjectDataBase> database = session.ensureDatabase(id);
+    const QSharedPointer<ObjectDataBase> database = session.ensureProjectDatabase(
+        id, arguments, {QStringLiteral("line")}, tr("Missing required argument: line"));
     if (!database)
         return;
     const quint8 line = MCPArguments::line(arguments);
@@ -209,10 +207,8 @@ void MCPProjectTools::addLine(MCPSession& session, int id, const QJsonObject& ar
 
 void MCPProjectTools::deleteLine(MCPSession& session, int id, const QJsonObject& arguments)
 {
-    if (!session.ensureProjectOpen(id) || !session.ensureArguments(id, arguments, {QStringLiteral("line")},
-                                                                   tr("Missing required argument: line")))
-        return;
-    const QSharedPointer<ObjectDataBase> database = session.ensureDatabase(id);
+    const QSharedPointer<ObjectDataBase> database = session.ensureProjectDatabase(
+        id, arguments, {QStringLiteral("line")}, tr("Missing required argument: line"));
     if (!database)
         return;
     const quint8 line = MCPArguments::line(arguments);

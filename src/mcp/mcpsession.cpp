@@ -79,6 +79,15 @@ QSharedPointer<ObjectDataBase> MCPSession::ensureDatabase(int id)
     return database;
 }
 
+QSharedPointer<ObjectDataBase> MCPSession::ensureProjectDatabase(int id, const QJsonObject& arguments,
+                                                                 const QStringList& keys,
+                                                                 const QString& missingMessage)
+{
+    if (!ensureProjectOpen(id) || !ensureArguments(id, arguments, keys, missingMessage))
+        return {};
+    return ensureDatabase(id);
+}
+
 bool MCPSession::ensureCanopenLine(int id, ObjectDataBase& database, quint8 line)
 {
     const int type = database.getGeneralSetting(QStringLiteral("line%1type").arg(line)).toInt();

@@ -50,6 +50,10 @@ public:
     bool ensureArguments(int id, const QJsonObject& arguments, const QStringList& keys,
                          const QString& missingMessage);
     QSharedPointer<ObjectDataBase> ensureDatabase(int id);
+    // The three guards above in their order; null when one of them has replied.
+    QSharedPointer<ObjectDataBase> ensureProjectDatabase(int id, const QJsonObject& arguments,
+                                                         const QStringList& keys,
+                                                         const QString& missingMessage);
     // The object dictionary tools work on lines that carry CANopen only; a
     // line that does not exist has type 0 and fails here too.
     bool ensureCanopenLine(int id, ObjectDataBase& database, quint8 line);
