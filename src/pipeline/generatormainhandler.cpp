@@ -489,6 +489,12 @@ void GeneratorMainHandler::runMultiProtocolSteps(const RunFacts& facts)
             html.options.fileSuffix = QStringLiteral("_j1939");
         runGenerator(html, facts);
     }
+    runJ1939DbcSteps(facts);
+}
+
+// The DBC file of every J1939 line, last of the J1939 outputs.
+void GeneratorMainHandler::runJ1939DbcSteps(const RunFacts& facts)
+{
     for (quint8 line : facts.lineList) {
         if (!isJ1939Type(lineType(line)))
             continue;
@@ -581,13 +587,7 @@ void GeneratorMainHandler::runJ1939OnlySteps(const RunFacts& facts)
                       tr("The file in %2.html in %1 is not writable"), line, true},
                      facts);
     }
-    for (quint8 line : facts.lineList) {
-        if (!isJ1939Type(lineType(line)))
-            continue;
-        runGenerator({QStringLiteral("DBCGenerator"), {}, tr("Generation of DBC_file in %1 started"),
-                      tr("The file in %2.html in %1 is not writable"), line, true},
-                     facts);
-    }
+    runJ1939DbcSteps(facts);
     removeAdapterFiles();
 }
 

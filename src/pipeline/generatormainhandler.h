@@ -110,6 +110,7 @@ private:
     AbstractGenerator* createGenerator(const Step& step, const QString& className, const RunFacts& facts);
     void runSourceSteps(const RunFacts& facts);
     void runMultiProtocolSteps(const RunFacts& facts);
+    void runJ1939DbcSteps(const RunFacts& facts);
     bool runSrdoStep(const RunFacts& facts);
     void runDefineSteps(const RunFacts& facts);
     void runJ1939OnlySteps(const RunFacts& facts);
