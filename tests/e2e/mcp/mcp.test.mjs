@@ -23,9 +23,9 @@ const toolNames = [
   'list_can_ids', 'get_can_id', 'add_can_id', 'delete_can_id', 'add_data_element', 'delete_data_element',
 ];
 
-async function connect() {
+async function connect(command = binary, args = ['--mcp']) {
   assert.ok(binary, 'TRW_BINARY must name the trw executable');
-  const transport = new StdioClientTransport({ command: binary, args: ['--mcp'], stderr: 'pipe' });
+  const transport = new StdioClientTransport({ command, args, stderr: 'pipe' });
   const client = new Client({ name: 'trw-e2e', version: '1.0.0' });
   // A line on standard output that is not a JSON-RPC message shows up here.
   client.streamErrors = [];
@@ -75,6 +75,18 @@ test('the client connects and lists the 38 tools in order', async () => {
       for (const key of tool.inputSchema.required ?? [])
         assert.ok(key in tool.inputSchema.properties, `${tool.name} requires unknown ${key}`);
     }
+  } finally {
+    await client.close();
+  }
+});
+
+// The stream check of the other tests relies on the client reporting every
+// line that is not a JSON-RPC message; a server that printed one is caught.
+test('a line on standard output that is not JSON-RPC is reported', async () => {
+  const client = await connect('sh', ['-c', 'echo "Generation started"; echo "{}"; exec "$0" --mcp', binary]);
+  try {
+    assert.equal((await client.listTools()).tools.length, 38);
+    assert.equal(client.streamErrors.length, 2);
   } finally {
     await client.close();
   }
