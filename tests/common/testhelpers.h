@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QFileInfo>
 #include <QString>
 #include <QStringList>
 
@@ -14,9 +15,21 @@ struct RunResult
 
 // Runs the trw binary with the given arguments and working directory, with
 // no standard input, and collects its standard output.
-RunResult runTrw(const QStringList& args, const QString& workDir = QString(), const QByteArray& stdinData = {});
+RunResult runTrw(const QStringList& args, const QString& workDir = QString(),
+                 const QByteArray& stdinData = {});
 
 // Reads a whole file, empty when it does not exist.
 QByteArray readFile(const QString& path);
 
+// Whether the corpus of real device files is where the build was told it is.
+inline bool corpusAvailable()
+{
+    return QFileInfo(QStringLiteral(TRW_CORPUS_DIR "/eds")).isDir();
+}
+
 } // namespace testhelpers
+
+// A clone without the corpus beside it still runs every other test.
+#define TRW_SKIP_WITHOUT_CORPUS()                                                                            \
+    if (!testhelpers::corpusAvailable())                                                                     \
+    GTEST_SKIP() << "no device file corpus at " TRW_CORPUS_DIR

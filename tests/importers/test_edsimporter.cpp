@@ -103,6 +103,7 @@ class CorpusImport : public ::testing::TestWithParam<CorpusCase>
 
 TEST_P(CorpusImport, ObjectsAndSubIndicesArriveWhole)
 {
+    TRW_SKIP_WITHOUT_CORPUS();
     const QString path = QStringLiteral(TRW_CORPUS_DIR "/eds/") + QLatin1String(GetParam().file);
     ASSERT_TRUE(QFile::exists(path)) << path.toStdString();
     QSharedPointer<ObjectDataBase> database = newProject();
@@ -123,6 +124,7 @@ INSTANTIATE_TEST_SUITE_P(EdsCorpus, CorpusImport, ::testing::ValuesIn(corpusCase
 
 TEST(EdsImport, CorpusTableCoversEveryCorpusFile)
 {
+    TRW_SKIP_WITHOUT_CORPUS();
     const QStringList files = QDir(QStringLiteral(TRW_CORPUS_DIR "/eds")).entryList(QDir::Files);
     QStringList listed;
     for (const CorpusCase& c : corpusCases)
@@ -133,6 +135,7 @@ TEST(EdsImport, CorpusTableCoversEveryCorpusFile)
 
 TEST(EdsImport, DemoDeviceKeepsItsRecords)
 {
+    TRW_SKIP_WITHOUT_CORPUS();
     QSharedPointer<ObjectDataBase> database = newProject();
     ASSERT_TRUE(importFile(database, QStringLiteral(TRW_CORPUS_DIR "/eds/demoDevice.eds")));
     EXPECT_EQ(object(*database, 0x1018).name, QStringLiteral("Identity"));
@@ -533,6 +536,7 @@ TEST(EdsImportCommandLine, MissingFileEndsTheRunUnreadableOneDoesNot)
 // suffix decides the importer whatever its case.
 TEST(EdsImportCommandLine, ImportedFileIsSavedWithTheProject)
 {
+    TRW_SKIP_WITHOUT_CORPUS();
     struct Case
     {
         const char* file;
