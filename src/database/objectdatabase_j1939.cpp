@@ -56,39 +56,46 @@ QList<BitPosition> packedBitPositions(const QList<Field>& fields, Number Field::
 }
 
 // Old tables of line 0 were created with a misspelt bit position column, so
-// rows of SPNs and DataElements are read by column position.
+// rows of SPNs and DataElements are read by column position. Both tables
+// start with these columns; the owner is the PGN or the CAN identifier.
+enum SignalColumn
+{
+    SignalOwner,
+    SignalNumber,
+    SignalDatatype,
+    SignalImplementation,
+    SignalVarname,
+    SignalDefaultValue,
+    SignalName,
+    SignalDesc,
+    SignalPos,
+    SignalBitsize,
+    SignalDirection
+};
+
 enum SpnColumn
 {
-    SpnPgnNumber,
-    SpnNumber,
-    SpnDatatype,
-    SpnImplementation,
-    SpnVarname,
-    SpnDefaultValue,
-    SpnName,
-    SpnDesc,
-    SpnPos,
-    SpnBitsize,
-    SpnDirection,
-    SpnSlotDf,
+    SpnSlotDf = SignalDirection + 1,
     SpnBitposition
 };
 
 enum DataElementColumn
 {
-    ElementCanId,
-    ElementNumber,
-    ElementDatatype,
-    ElementImplementation,
-    ElementVarname,
-    ElementDefaultValue,
-    ElementName,
-    ElementDesc,
-    ElementPos,
-    ElementBitsize,
-    ElementDirection,
-    ElementBitpos
+    ElementBitpos = SignalDirection + 1
 };
+
+// PGNs and raw CAN identifiers share these columns, read in this order from
+// the first one on.
+template <typename Message>
+void fillMessageColumns(const QSqlQuery& query, int first, Message& out, ObjectDataBase& database)
+{
+    out.cycletime_ms = query.value(first).toUInt();
+    out.inhibittime_ms = query.value(first + 1).toUInt();
+    out.mappingcount = query.value(first + 2).toUInt();
+    out.direction = query.value(first + 3).toUInt();
+    out.name = database.stringById(query.value(first + 4).toInt());
+    out.desc = database.stringById(query.value(first + 5).toInt());
+}
 
 } // namespace
 
@@ -218,12 +225,7 @@ bool ObjectDataBase::getPGN(quint8 line, quint32 pgnNumber, quint8 direction, PG
     out.number = pgnNumber;
     out.edp_dp_key = query.value(0).toUInt();
     out.priority = query.value(1).toUInt();
-    out.cycletime_ms = query.value(2).toUInt();
-    out.inhibittime_ms = query.value(3).toUInt();
-    out.mappingcount = query.value(4).toUInt();
-    out.direction = query.value(5).toUInt();
-    out.name = stringById(query.value(6).toInt());
-    out.desc = stringById(query.value(7).toInt());
+    fillMessageColumns(query, 2, out, *this);
     out.issafe = query.value(8).toInt() != 0;
     out.srvt_ms = query.value(9).toUInt();
     out.FD_TrailerFormat = query.value(10).toUInt();
@@ -285,36 +287,34 @@ bool ObjectDataBase::deletePGN(quint8 line, quint32 pgnNumber, quint8 direction)
 
 namespace {
 
+template <typename Signal>
+void fillSignalColumns(const QSqlQuery& query, Signal& out, ObjectDataBase& database)
+{
+    out.datatype = query.value(SignalDatatype).toInt();
+    out.implementation = query.value(SignalImplementation).toInt();
+    out.varname = query.value(SignalVarname).toString();
+    out.defaultvalue = query.value(SignalDefaultValue).toString();
+    out.name = database.stringById(query.value(SignalName).toInt());
+    out.desc = database.stringById(query.value(SignalDesc).toInt());
+    out.pos = query.value(SignalPos).toUInt();
+    out.bitsize = query.value(SignalBitsize).toUInt();
+    out.direction = query.value(SignalDirection).toUInt();
+}
+
 void fillSpn(const QSqlQuery& query, ObjectDataBase::SPN& out, ObjectDataBase& database)
 {
-    out.pgnnumber = query.value(SpnPgnNumber).toUInt();
-    out.spnnumber = query.value(SpnNumber).toUInt();
-    out.datatype = query.value(SpnDatatype).toInt();
-    out.implementation = query.value(SpnImplementation).toInt();
-    out.varname = query.value(SpnVarname).toString();
-    out.defaultvalue = query.value(SpnDefaultValue).toString();
-    out.name = database.stringById(query.value(SpnName).toInt());
-    out.desc = database.stringById(query.value(SpnDesc).toInt());
-    out.pos = query.value(SpnPos).toUInt();
-    out.bitsize = query.value(SpnBitsize).toUInt();
-    out.direction = query.value(SpnDirection).toUInt();
+    out.pgnnumber = query.value(SignalOwner).toUInt();
+    out.spnnumber = query.value(SignalNumber).toUInt();
+    fillSignalColumns(query, out, database);
     out.slot_df = query.value(SpnSlotDf).toUInt();
     out.bitposition = query.value(SpnBitposition).toUInt();
 }
 
 void fillDataElement(const QSqlQuery& query, ObjectDataBase::DataElement& out, ObjectDataBase& database)
 {
-    out.canid = query.value(ElementCanId).toUInt();
-    out.number = query.value(ElementNumber).toUInt();
-    out.datatype = query.value(ElementDatatype).toInt();
-    out.implementation = query.value(ElementImplementation).toInt();
-    out.varname = query.value(ElementVarname).toString();
-    out.defaultvalue = query.value(ElementDefaultValue).toString();
-    out.name = database.stringById(query.value(ElementName).toInt());
-    out.desc = database.stringById(query.value(ElementDesc).toInt());
-    out.pos = query.value(ElementPos).toUInt();
-    out.bitsize = query.value(ElementBitsize).toUInt();
-    out.direction = query.value(ElementDirection).toUInt();
+    out.canid = query.value(SignalOwner).toUInt();
+    out.number = query.value(SignalNumber).toUInt();
+    fillSignalColumns(query, out, database);
     out.bitpos = query.value(ElementBitpos).toUInt();
 }
 
@@ -461,12 +461,7 @@ bool ObjectDataBase::getCANID(quint8 line, quint32 id, quint8 direction, CANID& 
     if (!readRow(query, statement))
         return false;
     out.id = id;
-    out.cycletime_ms = query.value(0).toUInt();
-    out.inhibittime_ms = query.value(1).toUInt();
-    out.mappingcount = query.value(2).toUInt();
-    out.direction = query.value(3).toUInt();
-    out.name = stringById(query.value(4).toInt());
-    out.desc = stringById(query.value(5).toInt());
+    fillMessageColumns(query, 0, out, *this);
     return true;
 }
 
