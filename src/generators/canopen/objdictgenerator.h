@@ -144,6 +144,8 @@ protected:
     void writeLoadParameter(SectionStream& out);
     void writeNmtSingleLine(SectionStream& out);
     void writeNmtForLine(SectionStream& out, quint8 line);
+    // The NMT start of the classic stack or of one line of the multi-line one.
+    void writeNmtInit(SectionStream& out, bool master, bool perLine);
     void writeTopFunction(SectionStream& out);
     void writeCommonFunction(SectionStream& out);
     void writeLineDispatcher(SectionStream& out);

@@ -506,12 +506,17 @@ void ObjDictGenerator::writeNmtSingleLine(SectionStream& out)
         }
         writeCheck(out);
     }
-    if (nmtMaster > 0) {
+    writeNmtInit(out, nmtMaster > 0, false);
+}
+
+void ObjDictGenerator::writeNmtInit(SectionStream& out, bool master, bool perLine)
+{
+    if (master) {
         out << "    /* initialize NMT master */ \n";
-        out << "    retVal = coNmtInit(1u);\n";
+        out << "    retVal = coNmtInit(" << args(perLine, QStringLiteral("1u")) << ");\n";
     } else {
         out << "    /* initialize NMT slave */ \n";
-        out << "    retVal = coNmtInit(0u);\n";
+        out << "    retVal = coNmtInit(" << args(perLine, QStringLiteral("0u")) << ");\n";
     }
     writeCheck(out);
 }
@@ -705,14 +710,7 @@ void ObjDictGenerator::writeNmtForLine(SectionStream& out, quint8 line)
         out << "    retVal =  coLssInit(canLine);\n";
         writeCheck(out);
     }
-    if (nmtMaster > 0) {
-        out << "    /* initialize NMT master */ \n";
-        out << "    retVal = coNmtInit(canLine, 1u);\n";
-    } else {
-        out << "    /* initialize NMT slave */ \n";
-        out << "    retVal = coNmtInit(canLine, 0u);\n";
-    }
-    writeCheck(out);
+    writeNmtInit(out, nmtMaster > 0, true);
 }
 
 void ObjDictGenerator::writeFinishFunction(SectionStream& out)
