@@ -84,6 +84,18 @@ enum DataElementColumn
     ElementBitpos = SignalDirection + 1
 };
 
+// The records of the numbers in list order; those that cannot be read are left out.
+template <typename Record, typename Read> QList<Record> readRecords(const QList<quint32>& numbers, Read read)
+{
+    QList<Record> records;
+    for (quint32 recordNumber : numbers) {
+        Record record;
+        if (read(recordNumber, record))
+            records.append(record);
+    }
+    return records;
+}
+
 // PGNs and raw CAN identifiers share these columns, read in this order from
 // the first one on.
 template <typename Message>
@@ -780,27 +792,18 @@ void ObjectDataBase::recalculateSpnBitPositions(quint8 line, quint32 pgnnumber, 
 
 QList<ObjectDataBase::SPN> ObjectDataBase::readSPNs(quint8 line, quint32 pgnnumber, quint8 direction)
 {
-    QList<SPN> spns;
-    const QList<quint32> numbers = getSPNList(line, pgnnumber, direction);
-    for (quint32 spnnumber : numbers) {
-        SPN spn;
-        if (getSPN(line, pgnnumber, direction, spnnumber, spn))
-            spns.append(spn);
-    }
-    return spns;
+    return readRecords<SPN>(getSPNList(line, pgnnumber, direction), [&](quint32 spnnumber, SPN& spn) {
+        return getSPN(line, pgnnumber, direction, spnnumber, spn);
+    });
 }
 
 QList<ObjectDataBase::DataElement> ObjectDataBase::readDataElements(quint8 line, quint32 canid,
                                                                     quint8 direction)
 {
-    QList<DataElement> elements;
-    const QList<quint32> numbers = getDataElementList(line, canid, direction);
-    for (quint32 elementNumber : numbers) {
-        DataElement element;
-        if (getDataElement(line, canid, direction, elementNumber, element))
-            elements.append(element);
-    }
-    return elements;
+    return readRecords<DataElement>(getDataElementList(line, canid, direction),
+                                    [&](quint32 elementNumber, DataElement& element) {
+                                        return getDataElement(line, canid, direction, elementNumber, element);
+                                    });
 }
 
 bool ObjectDataBase::repairMappingCounts()
