@@ -3,11 +3,11 @@
 // the built program.
 
 #include "common/cleanproject.h"
-#include "common/testhelpers.h"
 #include "database/objectdatabase.h"
 #include "mcp/mcpoutputhandler.h"
 #include "mcp/mcprequestdispatcher.h"
 #include "mcp/mcpsession.h"
+#include "mcpserverrun.h"
 #include "pipeline/generatormainhandler.h"
 #include "resources/trwresources.h"
 
@@ -323,10 +323,9 @@ INSTANTIATE_TEST_SUITE_P(
 // A folder given with -codbpath, as the program sees it.
 QString runServer(const QString& codbPath, const QByteArray& input)
 {
-    const testhelpers::RunResult result = testhelpers::runTrw(
-        {QStringLiteral("--mcp"), QStringLiteral("-codbpath"), codbPath}, QString(), input);
-    EXPECT_EQ(result.exitCode, 0);
-    return result.out;
+    const mcpserverrun::ServerRun run = mcpserverrun::run(input, {QStringLiteral("-codbpath"), codbPath});
+    EXPECT_TRUE(mcpserverrun::endedCleanly(run));
+    return QString::fromUtf8(run.out);
 }
 
 void writeFile(const QString& path, const QByteArray& content)
