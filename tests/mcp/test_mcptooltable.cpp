@@ -1,5 +1,6 @@
 #include "mcp/mcptooltable.h"
 
+#include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QSet>
@@ -93,110 +94,19 @@ TEST(McpToolTable, EverySchemaIsConsistent)
     }
 }
 
-struct RequiredCase
+// toolslist.json holds what clients have been told about every tool: names,
+// descriptions and schemas, text for text. Any change to them shows here.
+TEST(McpToolTable, DescriptionsAndSchemasAreThoseClientsKnow)
 {
-    const char* tool;
-    QStringList required;
-};
-
-class McpRequiredArguments : public ::testing::TestWithParam<RequiredCase>
-{
-};
-
-TEST_P(McpRequiredArguments, AreListedInTheirOrder)
-{
-    EXPECT_EQ(requiredOf(QString::fromLatin1(GetParam().tool)), GetParam().required);
+    QFile file(QStringLiteral(TRW_SOURCE_DIR "/tests/mcp/toolslist.json"));
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    const QJsonArray known =
+        QJsonDocument::fromJson(file.readAll()).object().value(QStringLiteral("tools")).toArray();
+    const QJsonArray tools = MCPToolTable::toolList();
+    ASSERT_EQ(tools.size(), known.size());
+    for (qsizetype i = 0; i < tools.size(); ++i)
+        EXPECT_EQ(compact(tools.at(i).toObject()), compact(known.at(i).toObject()));
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Schemas, McpRequiredArguments,
-    ::testing::Values(
-        RequiredCase{"open_project", {"path"}}, RequiredCase{"import_file", {"path"}},
-        RequiredCase{"generate", {}}, RequiredCase{"save_project", {}}, RequiredCase{"get_line", {"line"}},
-        RequiredCase{"delete_line", {"line"}}, RequiredCase{"list_indices", {"line"}},
-        RequiredCase{"get_index", {"line", "index"}}, RequiredCase{"get_subindex", {"line", "index", "sub"}},
-        RequiredCase{"find_indices", {"line", "globPattern"}},
-        RequiredCase{"delete_index", {"line", "index"}},
-        RequiredCase{"delete_subindex", {"line", "index", "sub"}},
-        RequiredCase{"set_index_name", {"line", "index", "name"}},
-        RequiredCase{"list_profile_indices", {"profile"}},
-        RequiredCase{"get_profile_index", {"profile", "index"}},
-        RequiredCase{"get_pgn", {"line", "pgn", "direction"}},
-        RequiredCase{"add_pgn", {"line", "pgn", "direction", "name"}},
-        RequiredCase{"delete_pgn", {"line", "pgn", "direction"}},
-        RequiredCase{"list_spns", {"line", "pgn", "direction"}},
-        RequiredCase{"get_spn", {"line", "pgn", "direction", "spn"}},
-        RequiredCase{"delete_spn", {"line", "pgn", "direction", "spn"}},
-        RequiredCase{"get_can_id", {"line", "canId", "direction"}},
-        RequiredCase{"add_can_id", {"line", "canId", "direction", "name"}},
-        RequiredCase{"delete_can_id", {"line", "canId", "direction"}}, RequiredCase{"check_model", {}},
-        RequiredCase{"list_lines", {}}, RequiredCase{"list_profiles", {}}, RequiredCase{"add_line", {"line"}},
-        RequiredCase{"add_index", {"line", "index", "name", "objectType", "dataType"}},
-        RequiredCase{"add_subindex", {"line", "index", "sub", "name", "dataType"}},
-        RequiredCase{"set_subindex_value", {"line", "index", "sub", "defaultValue"}},
-        RequiredCase{"copy_index", {"srcLine", "srcIndex", "destLine", "destIndex"}},
-        RequiredCase{"import_profile_indices", {"profile", "line", "indices"}},
-        RequiredCase{"list_pgns", {"line"}},
-        RequiredCase{"add_spn", {"line", "pgn", "direction", "spn", "name", "dataType"}},
-        RequiredCase{"list_can_ids", {"line"}},
-        RequiredCase{"add_data_element", {"line", "canId", "direction", "number", "name", "dataType"}},
-        RequiredCase{"delete_data_element", {"line", "canId", "direction", "number"}}),
-    [](const ::testing::TestParamInfo<RequiredCase>& info) { return std::string(info.param.tool); });
-
-struct PropertyCase
-{
-    const char* tool;
-    const char* property;
-    QByteArray json;
-};
-
-class McpToolProperty : public ::testing::TestWithParam<PropertyCase>
-{
-};
-
-TEST_P(McpToolProperty, IsWrittenExactly)
-{
-    const QJsonObject properties =
-        schemaOf(QString::fromLatin1(GetParam().tool)).value(QStringLiteral("properties")).toObject();
-    EXPECT_EQ(compact(properties.value(QString::fromLatin1(GetParam().property)).toObject()),
-              GetParam().json);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Schemas, McpToolProperty,
-    ::testing::Values(
-        PropertyCase{"get_line", "line", R"j({"description":"Line id (0-255)","type":"integer"})j"},
-        PropertyCase{
-            "add_line", "lineType",
-            R"j({"description":"Protocol(s) for this line's line. Required when running as CAN Tarnwick )j"
-            R"j((supports multiple protocols); defaults to the build's single supported protocol )j"
-            R"j(otherwise (CANopen for TRW, J1939 for NLW).","enum":["CANopen","J1939","RawCAN",)j"
-            R"j("CANopen+J1939","CANopen+RawCAN","J1939+RawCAN"],"type":"string"})j"},
-        PropertyCase{"add_index", "category",
-                     R"j({"description":"Default: Optional","enum":["Mandatory","Optional","Conditional"],)j"
-                     R"j("type":"string"})j"},
-        PropertyCase{
-            "import_profile_indices", "indices",
-            R"j({"description":"Indices to copy from the profile, decimal. Indices that already exist )j"
-            R"j(on the line are skipped.","items":{"type":"integer"},"type":"array"})j"},
-        PropertyCase{
-            "get_pgn", "direction",
-            R"j({"description":"Part of the identity key - the same number can exist as both Transmit )j"
-            R"j(and Receive","enum":["Transmit","Receive","Invalid"],"type":"string"})j"},
-        PropertyCase{"list_can_ids", "direction",
-                     R"j({"description":"Filter by direction (omit for both)","enum":["Transmit","Receive",)j"
-                     R"j("Invalid"],"type":"string"})j"},
-        PropertyCase{"add_spn", "pos",
-                     R"j({"description":"Display order within the PGN (optional)","type":"integer"})j"},
-        PropertyCase{"add_data_element", "pos",
-                     R"j({"description":"Display order within the CAN-ID (optional)","type":"integer"})j"},
-        PropertyCase{"add_subindex", "defaultValue",
-                     R"j({"description":"Default value, e.g. \"0x0\" (optional)","type":"string"})j"},
-        PropertyCase{"set_subindex_value", "defaultValue",
-                     R"j({"description":"New default value, e.g. \"0x0\"","type":"string"})j"}),
-    [](const ::testing::TestParamInfo<PropertyCase>& info) {
-        return std::string(info.param.tool) + "_" + info.param.property;
-    });
 
 TEST(McpToolTable, ToolsWithoutArgumentsHaveAnEmptyPropertyObject)
 {
