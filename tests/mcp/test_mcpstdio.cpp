@@ -85,6 +85,11 @@ INSTANTIATE_TEST_SUITE_P(
         ExchangeCase{"Garbage", "hello {\n}{\n\x01\x02\x03\n", ""},
         ExchangeCase{"InvalidUtf8", "{\"id\":1,\"method\":\"ping\xff\xfe\"}\n", ""},
         ExchangeCase{"DeepNesting", deeplyNested(100000), ""},
+        // Escapes that decode to no valid character are echoed as escapes.
+        ExchangeCase{"LoneSurrogateAndNulInTheMethod",
+                     R"({"id":1,"method":"\ud800x\u0000"})"
+                     "\n",
+                     methodNotFound("1", R"(\ud800x\u0000)")},
         ExchangeCase{"UnknownMethod", ping + "\n", methodNotFound("9", "ping")},
         ExchangeCase{"MissingMethod",
                      R"({"jsonrpc":"2.0","id":7})"
