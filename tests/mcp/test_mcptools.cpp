@@ -107,6 +107,7 @@ protected:
             input += request(i + 1, steps.at(i));
         const mcpserverrun::ServerRun run = mcpserverrun::run(input, {}, 120000);
         EXPECT_TRUE(mcpserverrun::endedCleanly(run));
+        EXPECT_TRUE(mcpserverrun::onlyRepliesOnStdout(run.out));
         const QList<QByteArray> replies = run.out.split('\n');
         ASSERT_EQ(replies.size(), steps.size() + 1) << run.out.left(3000).toStdString();
         EXPECT_TRUE(replies.last().isEmpty());
