@@ -1,14 +1,14 @@
 // Times the model check of a large project: 4 CANopen lines with 1,000
 // objects of 10 sub-indices each, read through the whole-line cache.
 
+#include "benchsupport.h"
 #include "check/modelchecker.h"
+#include "common/cleanproject.h"
 #include "database/objectdatabase.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QTextStream>
-
-#include <ctime>
 
 namespace {
 
@@ -17,22 +17,14 @@ constexpr int objectsPerLine = 1000;
 constexpr int subsPerObject = 10;
 constexpr qint64 limitMs = 500;
 
-SUBINDEX_DATA_T record(int dataType, const QString& access, const QString& value)
-{
-    SUBINDEX_DATA_T sub;
-    sub.name = QStringLiteral("entry");
-    sub.datatype = dataType;
-    sub.accesstype = access;
-    sub.defaultvalue = value;
-    return sub;
-}
+using cleanproject::subRecord;
 
 void addVariable(ObjectDataBase& db, quint8 line, quint16 index, int dataType, const QString& value)
 {
     INDEX_DATA_T object;
     object.name = QStringLiteral("mandatory");
     db.addIndex(line, index, object);
-    db.addSubIndex(line, index, 0, record(dataType, QStringLiteral("ro"), value));
+    db.addSubIndex(line, index, 0, subRecord(dataType, QStringLiteral("ro"), value));
 }
 
 void addIdentity(ObjectDataBase& db, quint8 line)
@@ -41,10 +33,10 @@ void addIdentity(ObjectDataBase& db, quint8 line)
     object.name = QStringLiteral("identity");
     object.objecttype = 9;
     db.addIndex(line, 0x1018, object);
-    SUBINDEX_DATA_T count = record(5, QStringLiteral("const"), QStringLiteral("1"));
+    SUBINDEX_DATA_T count = subRecord(5, QStringLiteral("const"), QStringLiteral("1"));
     count.implementation = 1;
     db.addSubIndex(line, 0x1018, 0, count);
-    db.addSubIndex(line, 0x1018, 1, record(7, QStringLiteral("ro"), QStringLiteral("0x1234")));
+    db.addSubIndex(line, 0x1018, 1, subRecord(7, QStringLiteral("ro"), QStringLiteral("0x1234")));
 }
 
 void fillLine(ObjectDataBase& db, quint8 line)
@@ -64,11 +56,11 @@ void fillLine(ObjectDataBase& db, quint8 line)
         object.name = QStringLiteral("array %1").arg(i);
         object.objecttype = 8;
         db.addIndex(line, index, object);
-        SUBINDEX_DATA_T count = record(5, QStringLiteral("const"), QString::number(subsPerObject - 1));
+        SUBINDEX_DATA_T count = subRecord(5, QStringLiteral("const"), QString::number(subsPerObject - 1));
         count.implementation = 1;
         entries.append({line, index, 0, count});
         for (int sub = 1; sub < subsPerObject; ++sub) {
-            SUBINDEX_DATA_T value = record(7, QStringLiteral("rw"), QStringLiteral("0x%1").arg(sub));
+            SUBINDEX_DATA_T value = subRecord(7, QStringLiteral("rw"), QStringLiteral("0x%1").arg(sub));
             value.implementation = 2;
             value.varname = QStringLiteral("v_%1_%2").arg(i).arg(sub);
             entries.append({line, index, quint8(sub), value});
@@ -82,9 +74,7 @@ void fillLine(ObjectDataBase& db, quint8 line)
 int main(int argc, char** argv)
 {
     QCoreApplication app(argc, argv);
-    QCoreApplication::setApplicationName(QStringLiteral("CANopen Tarnwick"));
-    QCoreApplication::setApplicationVersion(QStringLiteral("4.3.2"));
-    QCoreApplication::setOrganizationName(QStringLiteral("halvex"));
+    benchsupport::setToolIdentity();
     QTextStream out(stdout);
 
     QSharedPointer<ObjectDataBase> db(new ObjectDataBase());
@@ -108,7 +98,7 @@ int main(int argc, char** argv)
     // The machine may be shared: processor time tells the cost of the check itself.
     QElapsedTimer timer;
     timer.start();
-    const std::clock_t cpuStart = std::clock();
+    const qint64 cpuStart = benchsupport::processCpuMs();
     ModelChecker checker;
     int messages = 0;
     QObject::connect(&checker, &ModelChecker::newError, [&messages](const QString&) { ++messages; });
@@ -117,7 +107,7 @@ int main(int argc, char** argv)
     for (quint8 line = 0; line < lineCount; ++line)
         errors += checker.checkCANopenLine(line, db, corrected);
     const qint64 elapsed = timer.elapsed();
-    const qint64 cpuMs = qint64(std::clock() - cpuStart) * 1000 / CLOCKS_PER_SEC;
+    const qint64 cpuMs = benchsupport::processCpuMs() - cpuStart;
 
     out << "check of " << lineCount << " lines x " << objectsPerLine << " objects x " << subsPerObject
         << " subindices: " << elapsed << " ms elapsed, " << cpuMs << " ms processor time (" << errors

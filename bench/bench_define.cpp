@@ -3,6 +3,7 @@
 // a quarter of them records of 8 sub-indices. Both generators run as the
 // pipeline runs them, on the caches it fills beforehand.
 
+#include "benchsupport.h"
 #include "database/objectdatabase.h"
 #include "generators/canopen/gendefinegenerator.h"
 #include "generators/canopen/indicesgenerator.h"
@@ -11,10 +12,6 @@
 #include <QElapsedTimer>
 #include <QTemporaryDir>
 #include <QTextStream>
-
-#include <algorithm>
-
-#include <sys/resource.h>
 
 namespace {
 
@@ -99,38 +96,15 @@ void run(AbstractGenerator& generator, ObjectDataBase& db, const QString& dir)
     generator.waitUntilDone();
 }
 
-qint64 cpuMs(int who)
-{
-    rusage usage{};
-    getrusage(who, &usage);
-    return qint64(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) * 1000 +
-           (usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1000;
-}
-
-// Processor time of the generator threads: that of the process less that of
-// the waiting main thread, so that a busy machine doesn't count.
-struct WorkerClock
-{
-    qint64 process = cpuMs(RUSAGE_SELF);
-    qint64 main = cpuMs(RUSAGE_THREAD);
-
-    qint64 elapsed() const { return (cpuMs(RUSAGE_SELF) - process) - (cpuMs(RUSAGE_THREAD) - main); }
-};
-
-qint64 median(QList<qint64> values)
-{
-    std::sort(values.begin(), values.end());
-    return values.at(values.size() / 2);
-}
-
 } // namespace
+
+using benchsupport::median;
+using benchsupport::WorkerClock;
 
 int main(int argc, char** argv)
 {
     QCoreApplication app(argc, argv);
-    QCoreApplication::setApplicationName(QStringLiteral("CANopen Tarnwick"));
-    QCoreApplication::setApplicationVersion(QStringLiteral("4.3.2"));
-    QCoreApplication::setOrganizationName(QStringLiteral("halvex"));
+    benchsupport::setToolIdentity();
     QTextStream out(stdout);
     QTemporaryDir dir;
 

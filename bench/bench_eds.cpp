@@ -2,6 +2,7 @@
 // the corpus both ways, and a synthetic description of 2,000 objects with
 // 20,000 subindices imported, with the peak memory of the process.
 
+#include "benchsupport.h"
 #include "database/objectdatabase.h"
 #include "generators/documents/edsgenerator.h"
 #include "importers/edsimporter.h"
@@ -13,10 +14,6 @@
 #include <QFileInfo>
 #include <QTemporaryDir>
 #include <QTextStream>
-
-#include <algorithm>
-
-#include <sys/resource.h>
 
 namespace {
 
@@ -65,22 +62,6 @@ void cacheAsThePipelineDoes(ObjectDataBase& db)
     db.loadStringPool();
 }
 
-// Processor time of the whole process, worker threads included: on a
-// machine shared with builds the wall-clock figures carry their waiting.
-qint64 processorMs()
-{
-    rusage usage{};
-    getrusage(RUSAGE_SELF, &usage);
-    const auto ms = [](const timeval& t) { return qint64(t.tv_sec) * 1000 + t.tv_usec / 1000; };
-    return ms(usage.ru_utime) + ms(usage.ru_stime);
-}
-
-qint64 median(QList<qint64> values)
-{
-    std::sort(values.begin(), values.end());
-    return values.at(values.size() / 2);
-}
-
 // The device of the corpus to measure: demoDevice.eds, else the largest file.
 QString deviceFile()
 {
@@ -112,26 +93,18 @@ QString writeSyntheticEds(const QString& dir)
     return path;
 }
 
-qint64 peakMemoryKb()
-{
-    QFile status(QStringLiteral("/proc/self/status"));
-    if (!status.open(QIODevice::ReadOnly))
-        return -1;
-    for (const QByteArray& line : status.readAll().split('\n')) {
-        if (line.startsWith("VmHWM:"))
-            return line.mid(6).trimmed().split(' ').first().toLongLong();
-    }
-    return -1;
-}
-
 } // namespace
+
+// Processor time of the whole process, worker threads included: on a
+// machine shared with builds the wall-clock figures carry their waiting.
+constexpr auto processorMs = benchsupport::processCpuMs;
+using benchsupport::median;
+using benchsupport::peakMemoryKb;
 
 int main(int argc, char** argv)
 {
     QCoreApplication app(argc, argv);
-    QCoreApplication::setApplicationName(QStringLiteral("CANopen Tarnwick"));
-    QCoreApplication::setApplicationVersion(QStringLiteral("4.3.2"));
-    QCoreApplication::setOrganizationName(QStringLiteral("halvex"));
+    benchsupport::setToolIdentity();
     QTextStream out(stdout);
     QTemporaryDir dir;
     bool withinLimits = true;

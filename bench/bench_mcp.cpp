@@ -2,6 +2,7 @@
 // and output of the running program: get_index on a line of 1,000 objects,
 // and check_model on 4 lines of 1,000 objects each.
 
+#include "benchsupport.h"
 #include "database/objectdatabase.h"
 
 #include <QCoreApplication>
@@ -117,9 +118,7 @@ private:
 int main(int argc, char** argv)
 {
     QCoreApplication app(argc, argv);
-    QCoreApplication::setApplicationName(QStringLiteral("CANopen Tarnwick"));
-    QCoreApplication::setApplicationVersion(QStringLiteral("4.3.2"));
-    QCoreApplication::setOrganizationName(QStringLiteral("halvex"));
+    benchsupport::setToolIdentity();
     QTextStream out(stdout);
 
     QTemporaryDir folder;
@@ -148,9 +147,8 @@ int main(int argc, char** argv)
             return 2;
         }
     }
-    std::sort(getIndexTimes.begin(), getIndexTimes.end());
-    const qint64 medianUs = getIndexTimes.at(getIndexTimes.size() / 2);
-    const qint64 worstUs = getIndexTimes.last();
+    const qint64 medianUs = benchsupport::median(getIndexTimes);
+    const qint64 worstUs = *std::max_element(getIndexTimes.begin(), getIndexTimes.end());
 
     QList<qint64> checkTimes;
     QList<qint64> checkProcessorTimes;

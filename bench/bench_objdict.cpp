@@ -1,21 +1,18 @@
 // Times gen_objdict.c for a device of 4 lines x 1,000 objects x 10 subindices,
 // in the classic and the V4 form, with the peak memory of the process.
 
+#include "benchsupport.h"
 #include "database/objectdatabase.h"
 #include "generators/canopen/objdictgenerator.h"
 #include "generators/canopen/objdictgeneratorv4.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
-#include <QFile>
 #include <QFileInfo>
 #include <QTemporaryDir>
 #include <QTextStream>
 
-#include <algorithm>
 #include <memory>
-
-#include <time.h>
 
 namespace {
 
@@ -83,13 +80,6 @@ void cacheAsThePipelineDoes(ObjectDataBase& db)
     db.loadStringPool();
 }
 
-qint64 processorMs(clockid_t clock)
-{
-    timespec now{};
-    clock_gettime(clock, &now);
-    return qint64(now.tv_sec) * 1000 + now.tv_nsec / 1000000;
-}
-
 struct Timing
 {
     qint64 wallMs;
@@ -108,41 +98,21 @@ Timing generate(ObjectDataBase& db, const QString& dir, bool core)
     generator->setLine(0);
     QElapsedTimer timer;
     timer.start();
-    const qint64 process = processorMs(CLOCK_PROCESS_CPUTIME_ID);
-    const qint64 mainThread = processorMs(CLOCK_THREAD_CPUTIME_ID);
+    const benchsupport::WorkerClock clock;
     generator->start();
     generator->waitUntilDone();
     const qint64 wall = timer.elapsed();
-    return {wall, (processorMs(CLOCK_PROCESS_CPUTIME_ID) - process) -
-                      (processorMs(CLOCK_THREAD_CPUTIME_ID) - mainThread)};
-}
-
-qint64 median(QList<qint64> values)
-{
-    std::sort(values.begin(), values.end());
-    return values.at(values.size() / 2);
-}
-
-qint64 peakMemoryKb()
-{
-    QFile status(QStringLiteral("/proc/self/status"));
-    if (!status.open(QIODevice::ReadOnly))
-        return -1;
-    for (const QByteArray& line : status.readAll().split('\n')) {
-        if (line.startsWith("VmHWM:"))
-            return line.mid(6).trimmed().split(' ').first().toLongLong();
-    }
-    return -1;
+    return {wall, clock.elapsed()};
 }
 
 } // namespace
 
+using benchsupport::median;
+
 int main(int argc, char** argv)
 {
     QCoreApplication app(argc, argv);
-    QCoreApplication::setApplicationName(QStringLiteral("CANopen Tarnwick"));
-    QCoreApplication::setApplicationVersion(QStringLiteral("4.3.2"));
-    QCoreApplication::setOrganizationName(QStringLiteral("halvex"));
+    benchsupport::setToolIdentity();
     QTextStream out(stdout);
     QTemporaryDir dir;
     ObjectDataBase db;
@@ -164,7 +134,7 @@ int main(int argc, char** argv)
             << ", " << size / 1024 << " KB), limit " << limitMs << " ms\n";
         withinLimits = withinLimits && median(times) < limitMs && size > 0;
     }
-    const qint64 peak = peakMemoryKb();
+    const qint64 peak = benchsupport::peakMemoryKb();
     out << "peak memory of the process: " << peak / 1024 << " MB, limit " << memoryLimitKb / 1024 << " MB\n";
     return withinLimits && peak >= 0 && peak < memoryLimitKb ? 0 : 1;
 }

@@ -2,13 +2,12 @@
 // objects of 10 sub-indices each, written in bulk, cached per line and read
 // back once through the cache.
 
+#include "benchsupport.h"
 #include "database/objectdatabase.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QTextStream>
-
-#include <sys/resource.h>
 
 namespace {
 
@@ -20,7 +19,7 @@ constexpr quint16 firstIndex = 0x2000;
 constexpr qint64 bulkWriteLimitMs = 1500;
 constexpr qint64 cacheFillLimitMs = 300;
 constexpr qint64 readLimitMs = 100;
-constexpr long peakLimitKb = 200 * 1024;
+constexpr qint64 peakLimitKb = 200 * 1024;
 
 QList<ObjectDataBase::SubEntry> entriesOfLine(quint8 line)
 {
@@ -45,35 +44,16 @@ QList<ObjectDataBase::SubEntry> entriesOfLine(quint8 line)
     return entries;
 }
 
-// Processor time of the process, to tell the store's own cost from waiting on a busy machine.
-qint64 cpuMs()
-{
-    rusage usage{};
-    getrusage(RUSAGE_SELF, &usage);
-    return qint64(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) * 1000 +
-           (usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1000;
-}
-
-long peakResidentKb()
-{
-    rusage usage{};
-    getrusage(RUSAGE_SELF, &usage);
-    return usage.ru_maxrss;
-}
-
-QString verdict(bool ok)
-{
-    return ok ? QStringLiteral("ok") : QStringLiteral("TOO SLOW");
-}
-
 } // namespace
+
+// Processor time tells the store's own cost from waiting on a busy machine.
+using benchsupport::verdict;
+constexpr auto cpuMs = benchsupport::processCpuMs;
 
 int main(int argc, char** argv)
 {
     QCoreApplication app(argc, argv);
-    QCoreApplication::setApplicationName(QStringLiteral("CANopen Tarnwick"));
-    QCoreApplication::setApplicationVersion(QStringLiteral("4.3.2"));
-    QCoreApplication::setOrganizationName(QStringLiteral("halvex"));
+    benchsupport::setToolIdentity();
     QTextStream out(stdout);
 
     ObjectDataBase db;
@@ -118,7 +98,7 @@ int main(int argc, char** argv)
     }
     const qint64 readMs = timer.elapsed();
     const qint64 readCpuMs = cpuMs() - cpuStart;
-    const long peakKb = peakResidentKb();
+    const qint64 peakKb = benchsupport::peakMemoryKb();
 
     out << "bulk write of " << entries.size() << " sub-indices: " << bulkWriteMs << " ms (limit "
         << bulkWriteLimitMs << "), cpu " << bulkWriteCpuMs << " ms "

@@ -1,0 +1,64 @@
+#include "benchsupport.h"
+
+#include <QCoreApplication>
+#include <QFile>
+
+#include <algorithm>
+
+#include <sys/resource.h>
+
+namespace benchsupport {
+
+namespace {
+
+qint64 cpuMs(int who)
+{
+    rusage usage{};
+    getrusage(who, &usage);
+    return qint64(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) * 1000 +
+           (usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1000;
+}
+
+} // namespace
+
+void setToolIdentity()
+{
+    QCoreApplication::setApplicationName(QStringLiteral("CANopen Tarnwick"));
+    QCoreApplication::setApplicationVersion(QStringLiteral("4.3.2"));
+    QCoreApplication::setOrganizationName(QStringLiteral("halvex"));
+}
+
+qint64 processCpuMs()
+{
+    return cpuMs(RUSAGE_SELF);
+}
+
+qint64 threadCpuMs()
+{
+    return cpuMs(RUSAGE_THREAD);
+}
+
+qint64 median(QList<qint64> values)
+{
+    std::sort(values.begin(), values.end());
+    return values.at(values.size() / 2);
+}
+
+qint64 peakMemoryKb()
+{
+    QFile status(QStringLiteral("/proc/self/status"));
+    if (!status.open(QIODevice::ReadOnly))
+        return -1;
+    for (const QByteArray& line : status.readAll().split('\n')) {
+        if (line.startsWith("VmHWM:"))
+            return line.mid(6).trimmed().split(' ').first().toLongLong();
+    }
+    return -1;
+}
+
+QString verdict(bool withinLimit)
+{
+    return withinLimit ? QStringLiteral("ok") : QStringLiteral("TOO SLOW");
+}
+
+} // namespace benchsupport

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <QList>
+#include <QString>
+
+namespace benchsupport {
+
+// Gives the running program the tool's identity, so that settings and
+// folders resolve as they do for trw itself.
+void setToolIdentity();
+
+// User and system time of the whole process, worker threads included.
+qint64 processCpuMs();
+// User and system time of the calling thread alone.
+qint64 threadCpuMs();
+
+// Processor time of the worker threads since construction: that of the
+// process less that of the calling thread, which only waits for them, so
+// that a busy machine doesn't count.
+struct WorkerClock
+{
+    qint64 process = processCpuMs();
+    qint64 caller = threadCpuMs();
+
+    qint64 elapsed() const { return (processCpuMs() - process) - (threadCpuMs() - caller); }
+};
+
+qint64 median(QList<qint64> values);
+
+// The most memory the process has held resident so far, -1 where unknown.
+qint64 peakMemoryKb();
+
+QString verdict(bool withinLimit);
+
+} // namespace benchsupport
