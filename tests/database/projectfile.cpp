@@ -47,8 +47,13 @@ bool execute(const QString& path, const QStringList& statements)
 QMap<QString, QStringList> dump(const QString& path)
 {
     Connection connection(path);
+    return dump(connection.db());
+}
+
+QMap<QString, QStringList> dump(const QSqlDatabase& database)
+{
     QMap<QString, QStringList> tables;
-    QSqlQuery query(connection.db());
+    QSqlQuery query(database);
     QStringList names;
     query.exec(QStringLiteral("select name from sqlite_master where type='table' order by name"));
     while (query.next())

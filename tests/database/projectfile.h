@@ -5,6 +5,7 @@
 #include <QList>
 #include <QMap>
 #include <QObject>
+#include <QSqlDatabase>
 #include <QString>
 #include <QStringList>
 
@@ -24,6 +25,8 @@ bool execute(const QString& path, const QStringList& statements);
 
 // Every table with its rows, each row as its cells joined by "|", in rowid order.
 QMap<QString, QStringList> dump(const QString& path);
+// The same for a connection that is already open, such as a store's working copy.
+QMap<QString, QStringList> dump(const QSqlDatabase& database);
 
 // The first column of the first row of a query, or an invalid value.
 QVariant scalar(const QString& path, const QString& statement);

@@ -2,6 +2,7 @@
 #include "projectfile.h"
 
 #include <QSqlQuery>
+#include <functional>
 #include <gtest/gtest.h>
 
 namespace {
@@ -263,6 +264,11 @@ TEST_F(StoreTest, MetadataRoundTripsAndBadBlobsReadAsNone)
     const SUBINDEX_DATA_T sub = read(0, 0x2000, 0);
     EXPECT_FALSE(sub.metadata);
     EXPECT_EQ(sub.name, "unnamed subindex");
+
+    ASSERT_TRUE(db.setObjectIndexSqlValue("Objects0", "8192", "metadata", QByteArray("\xff\xff\xff\xff", 4)));
+    ASSERT_TRUE(db.getIndex(0, 0x2000, back));
+    EXPECT_FALSE(back.metadata);
+    EXPECT_EQ(back.name, "unnamed object");
 }
 
 TEST_F(StoreTest, AddNodeOnExistingLineKeepsTheLaterColumns)
@@ -299,6 +305,56 @@ TEST_F(StoreTest, WritesIntoAMissingLineFail)
     EXPECT_FALSE(db.getIndex(7, 0x1000, object));
     EXPECT_EQ(object.name, "prefilled");
     EXPECT_TRUE(recorder.changes.isEmpty());
+}
+
+// Each refused write leaves the whole project as it was, the record it aimed at included.
+TEST_F(StoreTest, RefusedWritesLeaveEveryRowAlone)
+{
+    SUBINDEX_DATA_T existing;
+    existing.datatype = 5;
+    existing.defaultvalue = "5";
+    ASSERT_TRUE(db.addIndex(0, 0x2000, INDEX_DATA_T()));
+    ASSERT_TRUE(db.addSubIndex(0, 0x2000, 0, existing));
+    ASSERT_TRUE(db.setGeneralSetting("user_defines", "A"));
+    ASSERT_TRUE(db.setEnergyBusSetting("mode", "1"));
+
+    SUBINDEX_DATA_T quoted = existing;
+    quoted.defaultvalue = "it's";
+    SUBINDEX_DATA_T quotedCurrent = existing;
+    quotedCurrent.datatype = 3;
+    quotedCurrent.currentvalue = "'";
+    const struct
+    {
+        const char* what;
+        std::function<bool(ObjectDataBase&)> write;
+    } cases[] = {
+        {"object on a missing line", [](ObjectDataBase& d) { return d.addIndex(7, 0x2000, INDEX_DATA_T()); }},
+        {"subindex on a missing line",
+         [](ObjectDataBase& d) { return d.addSubIndex(7, 0x2000, 0, SUBINDEX_DATA_T()); }},
+        {"object column on a missing line",
+         [](ObjectDataBase& d) { return d.setObjectIndexSqlValue("Objects7", "8192", "datatype", 7); }},
+        {"subindex column on a missing line",
+         [](ObjectDataBase& d) { return d.setSubindexSqlValue("SubObjects7", "8192", "0", "datatype", 7); }},
+        {"default on a missing line", [](ObjectDataBase& d) { return d.setDefaultValue(7, 0x2000, 0, "1"); }},
+        {"apostrophe in a number's default",
+         [&quoted](ObjectDataBase& d) { return d.addSubIndex(0, 0x2000, 0, quoted); }},
+        {"apostrophe in a number's current value",
+         [&quotedCurrent](ObjectDataBase& d) { return d.addSubIndex(0, 0x2000, 0, quotedCurrent); }},
+        {"apostrophe through the default setter",
+         [](ObjectDataBase& d) { return d.setDefaultValue(0, 0x2000, 0, "it's"); }},
+        {"apostrophe in a general setting",
+         [](ObjectDataBase& d) { return d.setGeneralSetting("user_defines", "it's"); }},
+        {"apostrophe in a new general setting",
+         [](ObjectDataBase& d) { return d.setGeneralSetting("fresh", "it's"); }},
+        {"apostrophe in an energy bus setting",
+         [](ObjectDataBase& d) { return d.setEnergyBusSetting("mode", "it's"); }},
+    };
+    const QMap<QString, QStringList> before = projectfile::dump(db.database());
+    for (const auto& c : cases) {
+        EXPECT_FALSE(c.write(db)) << c.what;
+        EXPECT_EQ(projectfile::dump(db.database()), before) << c.what;
+    }
+    EXPECT_EQ(read(0, 0x2000, 0).defaultvalue, "5");
 }
 
 TEST_F(StoreTest, UnknownDataTypeIsStoredAsGiven)
