@@ -39,11 +39,8 @@ TEST(ObjectRules, LineSettings)
          "<strong>Error: </strong>CANopen basic Stack Settings: No Node-Id specified for line 0: Specify a "
          "number "
          "between 1 and 127, or 255 for LSS or a function name like e.g. readDipSwitch in the line below.",
-         {[](TestProject& p) { p.setGeneral("co_node_id", ""); }},
-         {[](TestProject& p) {
-             p.setGeneral("co_node_id", "");
-             p.setGeneral("co_node_id_fct", "readDipSwitch");
-         }}},
+         {settings({{"co_node_id", ""}})},
+         {settings({{"co_node_id", ""}, {"co_node_id_fct", "readDipSwitch"}})}},
         {"node-ID list too short for the line",
          "<strong>Error: </strong>CANopen basic Stack Settings: No Node-Id specified for line 1: Specify a "
          "number "
@@ -59,20 +56,19 @@ TEST(ObjectRules, LineSettings)
         {"node-ID function with (",
          "<strong>Error: </strong>CANopen basic Stack Settings: The name of the NodeId function may not "
          "include a (.",
-         {[](TestProject& p) { p.setGeneral("co_node_id_fct", "readDip("); }},
-         {[](TestProject& p) { p.setGeneral("co_node_id_fct", "readDip"); }}},
+         {settings({{"co_node_id_fct", "readDip("}})},
+         {settings({{"co_node_id_fct", "readDip"}})}},
         {"node-ID function with )",
          "<strong>Error: </strong>CANopen basic Stack Settings: The name of the NodeId function may not "
          "include a ).",
-         {[](TestProject& p) { p.setGeneral("co_node_id_fct", "readDip)"); }},
-         {[](TestProject& p) { p.setGeneral("co_node_id_fct", "readDip"); }}},
+         {settings({{"co_node_id_fct", "readDip)"}})},
+         {settings({{"co_node_id_fct", "readDip"}})}},
         {"receive buffer size, decimal only",
          "<strong>Error: </strong>Common Settings: CAN receive buffer size must be specified individually "
          "for each "
          "line.",
-         {[](TestProject& p) { p.setGeneral("receivebuffersize", "0x10"); },
-          [](TestProject& p) { p.setGeneral("receivebuffersize", ""); }},
-         {[](TestProject& p) { p.setGeneral("receivebuffersize", "16"); }}},
+         {settings({{"receivebuffersize", "0x10"}}), settings({{"receivebuffersize", ""}})},
+         {settings({{"receivebuffersize", "16"}})}},
         {"transmit buffer size",
          "<strong>Error: </strong>Common Settings: CAN transmit buffer size must be specified individually "
          "for each "
@@ -99,10 +95,7 @@ TEST(ObjectRules, LineSettings)
               p.setGeneral("nmtmaster", "0,2");
               p.setGeneral("co_ml_ms", "0,1");
           },
-          [](TestProject& p) {
-              p.setGeneral("nmtmaster", "2");
-              p.setGeneral("co_ml_ms", "1");
-          },
+          settings({{"nmtmaster", "2"}, {"co_ml_ms", "1"}}),
           // A list too short for the line gives it no entry, unlike the store's per-line reader.
           [](TestProject& p) {
               p.addLine(1, 1);
@@ -118,13 +111,13 @@ TEST(ObjectRules, MandatoryObjects)
         {"device type as ARRAY in CAN FD",
          "<strong>Error: </strong>Object 0x1000 (Device Type) must be an ARRAY according to the CANopen FD "
          "specification.",
-         {[](TestProject& p) { p.setGeneral("canfd_supported", "1"); }},
+         {settings({{"canfd_supported", "1"}})},
          {makeFdDevice}},
         {"device type as VARIABLE in classical CAN",
          "<strong>Error: </strong>Object 0x1000 (Device Type) must be a VARIABLE according to the CANopen "
          "specification.",
          {[](TestProject& p) { p.addObject(0x1000, 9, "Device Type"); }},
-         {[](TestProject& p) { p.setGeneral("canfd_supported", "2"); }}},
+         {settings({{"canfd_supported", "2"}})}},
         {"device type missing",
          "<strong>Error: </strong>Object 0x1000 (Device Type) does not exist, but it is mandatory according "
          "to "
@@ -175,7 +168,7 @@ TEST(ObjectRules, MandatoryObjects)
               p.addArray(0x1F81, {"0", "0"});
               p.setGeneral("max_slave_assignment", "three");
           },
-          [](TestProject& p) { p.setGeneral("max_slave_assignment", "3"); }}},
+          settings({{"max_slave_assignment", "3"}})}},
         {"list object without entries",
          "<strong>Error: </strong>Object 0x1016 does not contain any sub-indices.",
          {[](TestProject& p) { p.addArray(0x1016, {}); }},
@@ -211,10 +204,7 @@ TEST(ObjectRules, MandatoryObjects)
               p.setGeneral("usdo_server_enabled", "1");
               p.setGeneral("usdo_server_cnt", "0x1");
           },
-          [](TestProject& p) {
-              p.setGeneral("usdo_server_enabled", "1");
-              p.setGeneral("usdo_server_cnt", "0");
-          }}},
+          settings({{"usdo_server_enabled", "1"}, {"usdo_server_cnt", "0"}})}},
         {"store command value without application handling",
          "<strong>Error: </strong>Object 0x1010:1 only default values between 0 and 1 are supported. Enable "
          "CO_AUTO_STORE_HANDLED_BY_APPLICATION to support other values",
@@ -238,7 +228,7 @@ TEST(ObjectRules, MandatoryObjects)
          "Warning: Object 0x102a: The object 0x102A (NMT inhibit time) is highly recommended for masters. It "
          "may be "
          "added via 'Add Communication Service'.",
-         {[](TestProject& p) { p.setGeneral("nmtmaster", "1"); }},
+         {settings({{"nmtmaster", "1"}})},
          {[](TestProject& p) {
              p.setGeneral("nmtmaster", "1");
              p.addVariable(0x102A, 6, "rw", "0");

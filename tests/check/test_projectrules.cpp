@@ -18,14 +18,8 @@ TEST(ProjectRules, UdsRolesAndStaticIndication)
     expectRules({
         {"UDS server and client on the only line",
          udsRoles,
-         {[](TestProject& p) {
-             p.setGeneral("udsserver_supported", "1");
-             p.setGeneral("udsclient_supported", "1");
-         }},
-         {[](TestProject& p) {
-             p.setGeneral("udsserver_supported", "1");
-             p.setGeneral("udsclient_supported", "0");
-         }}},
+         {settings({{"udsserver_supported", "1"}, {"udsclient_supported", "1"}})},
+         {settings({{"udsserver_supported", "1"}, {"udsclient_supported", "0"}})}},
         {"UDS server and client on one of two lines",
          udsRoles,
          {[](TestProject& p) {
@@ -46,31 +40,21 @@ TEST(ProjectRules, UdsRolesAndStaticIndication)
          "<strong>Warning: </strong>Static UDS indication is enabled but no service has a function name; no "
          "callback "
          "will be wired up.",
-         {[](TestProject& p) {
-             p.setGeneral("uds_static_indication", "1");
-             p.setGeneral("uds_fct_generic", "  ");
-         }},
-         {[](TestProject& p) {
-              p.setGeneral("uds_static_indication", "1");
-              p.setGeneral("uds_fct_generic", "onGeneric");
-          },
-          [](TestProject& p) { p.setGeneral("uds_static_indication", "0"); }},
+         {settings({{"uds_static_indication", "1"}, {"uds_fct_generic", "  "}})},
+         {settings({{"uds_static_indication", "1"}, {"uds_fct_generic", "onGeneric"}}),
+          settings({{"uds_static_indication", "0"}})},
          0},
         {"static UDS indication function used twice",
          "<strong><font color='red'>Error: </font></strong>The function name 'onService' is used for more "
          "than one UDS "
          "static indication service; each service needs its own callback (different signature).",
-         {[](TestProject& p) {
-             p.setGeneral("uds_static_indication", "1");
-             p.setGeneral("uds_fct_ioctrl", "onService");
-             p.setGeneral("uds_fct_generic", " onService ");
-             p.setGeneral("uds_fct_dtc_info", "onService");
-         }},
-         {[](TestProject& p) {
-             p.setGeneral("uds_static_indication", "1");
-             p.setGeneral("uds_fct_ioctrl", "onIoControl");
-             p.setGeneral("uds_fct_generic", "onGeneric");
-         }}},
+         {settings({{"uds_static_indication", "1"},
+                    {"uds_fct_ioctrl", "onService"},
+                    {"uds_fct_generic", " onService "},
+                    {"uds_fct_dtc_info", "onService"}})},
+         {settings({{"uds_static_indication", "1"},
+                    {"uds_fct_ioctrl", "onIoControl"},
+                    {"uds_fct_generic", "onGeneric"}})}},
     });
 }
 
@@ -146,14 +130,14 @@ TEST(ProjectRules, CommonSettings)
     expectRules({
         {"SDO block size",
          "<strong><font color='red'>Error: </font></strong>CANopen SDO block size may not exceed 127.",
-         {[](TestProject& p) { p.setGeneral("sdo_blocktransfer_block_size", "128"); },
-          [](TestProject& p) { p.setGeneral("sdo_blocktransfer_block_size", "0x80"); }},
-         {[](TestProject& p) { p.setGeneral("sdo_blocktransfer_block_size", "127"); }}},
+         {settings({{"sdo_blocktransfer_block_size", "128"}}),
+          settings({{"sdo_blocktransfer_block_size", "0x80"}})},
+         {settings({{"sdo_blocktransfer_block_size", "127"}})}},
         {"timer interval",
          "<strong><font color='red'>Error: </font></strong>Timer interval not set in Common Settings -> "
          "Hardware/Target.",
-         {[](TestProject& p) { p.setGeneral("co_timer_interval", ""); }},
-         {[](TestProject& p) { p.setGeneral("co_timer_interval", "0"); }}},
+         {settings({{"co_timer_interval", ""}})},
+         {settings({{"co_timer_interval", "0"}})}},
         {"NMT master in a multi-protocol project",
          "<strong><font color='red'>Error: </font></strong>The CANopen setting 'NMT Master or Slave' is not "
          "supported "
@@ -170,10 +154,7 @@ TEST(ProjectRules, CommonSettings)
               p.addLine(1, 2);
               p.setGeneral("nmtmaster", "0,0");
           },
-          [](TestProject& p) {
-              p.setGeneral("line0type", "5");
-              p.setGeneral("nmtmaster", "2");
-          }}},
+          settings({{"line0type", "5"}, {"nmtmaster", "2"}})}},
     });
 }
 
@@ -182,25 +163,21 @@ TEST(ProjectRules, NumericSettings)
     expectRules({
         {"general table, one entry per line",
          "<strong>Error: </strong>\"CAN Event\" has non-numeric value \"x\".",
-         {[](TestProject& p) { p.setGeneral("event_can", "1, x"); }},
-         {[](TestProject& p) { p.setGeneral("event_can", "1,2"); },
-          [](TestProject& p) { p.setGeneral("event_can", "0x10,,$NODEID+1"); }}},
+         {settings({{"event_can", "1, x"}})},
+         {settings({{"event_can", "1,2"}}), settings({{"event_can", "0x10,,$NODEID+1"}})}},
         {"signed type",
          "<strong>Error: </strong>\"Sleep Mode Waiting Time (ms)\" has non-numeric value \"0x80000000\".",
-         {[](TestProject& p) { p.setGeneral("sleep_wait_time", "0x80000000"); }},
-         {[](TestProject& p) { p.setGeneral("sleep_wait_time", "-5"); }}},
+         {settings({{"sleep_wait_time", "0x80000000"}})},
+         {settings({{"sleep_wait_time", "-5"}})}},
         {"UDS table, skipped for a bootloader",
          "<strong>Error: </strong>\"Session Timeout (ms)\" has non-numeric value \"5s\".",
-         {[](TestProject& p) { p.setGeneral("uds_session_timeout", "5s"); }},
-         {[](TestProject& p) {
-             p.setGeneral("uds_session_timeout", "5s");
-             p.setGeneral("uds_bl_setting", "1");
-         }}},
+         {settings({{"uds_session_timeout", "5s"}})},
+         {settings({{"uds_session_timeout", "5s"}, {"uds_bl_setting", "1"}})}},
         {"J1939 table",
          "<strong>Error: </strong>\"Identity Number\" has non-numeric value \"12z\".",
          {[](TestProject& p) { p.db().setJ1939Setting("identitynumber", "12z"); }},
          {[](TestProject& p) { p.db().setJ1939Setting("identitynumber", "0x12"); },
-          [](TestProject& p) { p.setGeneral("identitynumber", "12z"); }}},
+          settings({{"identitynumber", "12z"}})}},
     });
 }
 

@@ -154,6 +154,14 @@ CheckOutcome TestProject::run()
     return outcome;
 }
 
+ProjectSetup settings(std::vector<std::pair<QString, QString>> values)
+{
+    return [values = std::move(values)](TestProject& project) {
+        for (const auto& [key, value] : values)
+            project.setGeneral(key, value);
+    };
+}
+
 void expectRules(const std::vector<RuleRow>& rows)
 {
     for (const RuleRow& row : rows) {

@@ -8,6 +8,7 @@
 #include <QTemporaryDir>
 
 #include <functional>
+#include <utility>
 #include <vector>
 
 // What one check of a project reported.
@@ -72,6 +73,9 @@ private:
 using cleanproject::subRecord;
 
 using ProjectSetup = std::function<void(TestProject&)>;
+
+// A setup that only sets project-wide settings, in the given order.
+ProjectSetup settings(std::vector<std::pair<QString, QString>> values);
 
 // One rule: projects that make it fire (its message exactly once, and the
 // check's whole error count as given) and near misses that must stay silent
