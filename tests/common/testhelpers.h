@@ -21,6 +21,24 @@ RunResult runTrw(const QStringList& args, const QString& workDir = QString(),
 // Reads a whole file, empty when it does not exist.
 QByteArray readFile(const QString& path);
 
+// The .trwt files of the example projects, sorted by path.
+QStringList exampleProjects();
+
+// The values of a record as text, numbers in decimal, so that two records
+// compare field by field with a readable failure.
+inline QString fieldText(const QString& text)
+{
+    return text;
+}
+template <typename Number> QString fieldText(Number number)
+{
+    return QString::number(number);
+}
+template <typename... Values> QStringList fieldTexts(const Values&... values)
+{
+    return {fieldText(values)...};
+}
+
 // Whether the corpus of real device files is where the build was told it is.
 inline bool corpusAvailable()
 {

@@ -1,4 +1,5 @@
 #include "j1939testdata.h"
+#include "common/testhelpers.h"
 
 namespace j1939testdata {
 
@@ -69,67 +70,29 @@ ObjectDataBase::DataElement element(quint32 pos, int datatype, quint16 bitsize, 
 
 QStringList fields(const ObjectDataBase::PGN& r)
 {
-    return {r.name,
-            r.desc,
-            QString::number(r.number),
-            QString::number(r.edp_dp_key),
-            QString::number(r.priority),
-            QString::number(r.cycletime_ms),
-            QString::number(r.inhibittime_ms),
-            QString::number(r.mappingcount),
-            QString::number(r.direction),
-            QString::number(r.issafe),
-            QString::number(r.srvt_ms),
-            QString::number(r.FD_TrailerFormat),
-            QString::number(r.FD_AssuranceType),
-            QString::number(r.FD_AssuranceDataSize),
-            QString::number(r.multisourceaddress),
-            QString::number(r.safetytype),
-            QString::number(r.FD_DataId)};
+    return testhelpers::fieldTexts(r.name, r.desc, r.number, r.edp_dp_key, r.priority, r.cycletime_ms,
+                                   r.inhibittime_ms, r.mappingcount, r.direction, r.issafe, r.srvt_ms,
+                                   r.FD_TrailerFormat, r.FD_AssuranceType, r.FD_AssuranceDataSize,
+                                   r.multisourceaddress, r.safetytype, r.FD_DataId);
 }
 
 QStringList fields(const ObjectDataBase::SPN& r)
 {
-    return {QString::number(r.pos),
-            r.name,
-            r.desc,
-            r.defaultvalue,
-            QString::number(r.datatype),
-            QString::number(r.pgnnumber),
-            QString::number(r.spnnumber),
-            QString::number(r.direction),
-            QString::number(r.implementation),
-            r.varname,
-            QString::number(r.bitsize),
-            QString::number(r.slot_df),
-            QString::number(r.bitposition)};
+    return testhelpers::fieldTexts(r.pos, r.name, r.desc, r.defaultvalue, r.datatype, r.pgnnumber,
+                                   r.spnnumber, r.direction, r.implementation, r.varname, r.bitsize,
+                                   r.slot_df, r.bitposition);
 }
 
 QStringList fields(const ObjectDataBase::CANID& r)
 {
-    return {r.name,
-            r.desc,
-            QString::number(r.id),
-            QString::number(r.cycletime_ms),
-            QString::number(r.inhibittime_ms),
-            QString::number(r.mappingcount),
-            QString::number(r.direction)};
+    return testhelpers::fieldTexts(r.name, r.desc, r.id, r.cycletime_ms, r.inhibittime_ms, r.mappingcount,
+                                   r.direction);
 }
 
 QStringList fields(const ObjectDataBase::DataElement& r)
 {
-    return {QString::number(r.pos),
-            r.name,
-            r.desc,
-            r.defaultvalue,
-            QString::number(r.datatype),
-            QString::number(r.canid),
-            QString::number(r.number),
-            QString::number(r.direction),
-            QString::number(r.implementation),
-            r.varname,
-            QString::number(r.bitsize),
-            QString::number(r.bitpos)};
+    return testhelpers::fieldTexts(r.pos, r.name, r.desc, r.defaultvalue, r.datatype, r.canid, r.number,
+                                   r.direction, r.implementation, r.varname, r.bitsize, r.bitpos);
 }
 
 } // namespace j1939testdata

@@ -1,3 +1,4 @@
+#include "common/testhelpers.h"
 #include "database/databasetextconverter.h"
 #include "database/objectdatabase.h"
 #include "j1939testdata.h"
@@ -33,67 +34,31 @@ QString metadataText(const ObjectMetadata& map)
 // The fields of a sub-index that the text form keeps.
 QStringList keptFields(const SUBINDEX_DATA_T& s)
 {
-    return {s.name,
-            QString::number(s.datatype),
-            s.accesstype,
-            s.defaultvalue,
-            s.currentvalue,
-            QString::number(s.pdomapping.toUInt()),
-            s.lowlimit,
-            s.uplimit,
-            QString::number(s.size),
-            QString::number(s.defaultineds),
-            QString::number(s.limitineds),
-            QString::number(s.refuseread),
-            QString::number(s.refusewrite),
-            s.allowedaccesstypes,
-            QString::number(s.implementation),
-            s.description,
-            s.varname,
-            QString::number(s.category),
-            QString::number(s.writedefaulttoeds),
-            QString::number(s.sharedlines),
-            QString::number(s.managedbyobn),
-            QString::number(s.nvstorage),
-            metadataText(s.metadata)};
+    return testhelpers::fieldTexts(
+        s.name, s.datatype, s.accesstype, s.defaultvalue, s.currentvalue, s.pdomapping.toUInt(), s.lowlimit,
+        s.uplimit, s.size, s.defaultineds, s.limitineds, s.refuseread, s.refusewrite, s.allowedaccesstypes,
+        s.implementation, s.description, s.varname, s.category, s.writedefaulttoeds, s.sharedlines,
+        s.managedbyobn, s.nvstorage, metadataText(s.metadata));
 }
 
 // The editing state and links that the text form leaves out.
 QStringList droppedFields(const SUBINDEX_DATA_T& s)
 {
-    return {QString::number(s.cyclicread),   QString::number(s.changedbyuser),
-            QString::number(s.dcfcomponent), QString::number(s.wizardsource),
-            QString::number(s.signalid),     s.denotation};
+    return testhelpers::fieldTexts(s.cyclicread, s.changedbyuser, s.dcfcomponent, s.wizardsource, s.signalid,
+                                   s.denotation);
 }
 
 QStringList objectFields(const INDEX_DATA_T& o)
 {
-    return {o.name,
-            QString::number(o.datatype),
-            QString::number(o.objecttype),
-            o.description,
-            QString::number(o.category),
-            QString::number(o.fwsupported),
-            metadataText(o.metadata)};
+    return testhelpers::fieldTexts(o.name, o.datatype, o.objecttype, o.description, o.category, o.fwsupported,
+                                   metadataText(o.metadata));
 }
 
 QStringList nodeFields(const NODE_DATA_T& n)
 {
-    return {n.name,
-            n.iconpath,
-            n.edspath,
-            n.dcfpath,
-            n.xddpath,
-            QString::number(n.tpdocnt),
-            QString::number(n.rpdocnt),
-            n.prefix,
-            n.outputpath,
-            QString::number(n.ismaster),
-            QString::number(n.issyncproducer),
-            QString::number(n.allpdosstatic),
-            QString::number(n.generatedcf),
-            QString::number(n.multilinedata),
-            QString::number(n.lssslave)};
+    return testhelpers::fieldTexts(n.name, n.iconpath, n.edspath, n.dcfpath, n.xddpath, n.tpdocnt, n.rpdocnt,
+                                   n.prefix, n.outputpath, n.ismaster, n.issyncproducer, n.allpdosstatic,
+                                   n.generatedcf, n.multilinedata, n.lssslave);
 }
 
 SUBINDEX_DATA_T unusualSubIndex(const QString& name, int datatype, const QString& defaultValue)

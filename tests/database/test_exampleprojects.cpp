@@ -1,25 +1,13 @@
 #include "canopenlib/cohelper.h"
+#include "common/testhelpers.h"
 #include "database/objectdatabase.h"
 
-#include <QDir>
-#include <QDirIterator>
 #include <QFile>
 #include <QSettings>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
 namespace {
-
-QStringList exampleProjects()
-{
-    QStringList paths;
-    QDirIterator it(QStringLiteral(TRW_SOURCE_DIR "/examples"), {QStringLiteral("*.trwt")}, QDir::Files,
-                    QDirIterator::Subdirectories);
-    while (it.hasNext())
-        paths << it.next();
-    paths.sort();
-    return paths;
-}
 
 int lineType(ObjectDataBase& db, quint8 line)
 {
@@ -65,7 +53,7 @@ TEST(ExampleProjects, CoverTheFourKindsOfDevice)
     int canopenOnly = 0;
     int j1939Only = 0;
     int twoLines = 0;
-    for (const QString& path : exampleProjects()) {
+    for (const QString& path : testhelpers::exampleProjects()) {
         ObjectDataBase db;
         ASSERT_TRUE(db.openTextProject(path)) << path.toStdString();
         const QList<quint8> lines = db.getNodeList();
@@ -84,7 +72,7 @@ TEST(ExampleProjects, CoverTheFourKindsOfDevice)
 TEST(ExampleProjects, OpenWithTheObjectsAndPgnsOfTheirFileAndKeepThemThroughAnotherSave)
 {
     QTemporaryDir dir;
-    for (const QString& path : exampleProjects()) {
+    for (const QString& path : testhelpers::exampleProjects()) {
         SCOPED_TRACE(path.toStdString());
         ObjectDataBase db;
         ASSERT_TRUE(db.openTextProject(path));
@@ -151,7 +139,7 @@ TEST(ExampleProjects, SavingAnOpenedTextProjectAgainGivesTheSameText)
         ObjectDataBase db;
         return db.openDataBase(from, true) && db.saveDatabase(to);
     };
-    for (const QString& path : exampleProjects()) {
+    for (const QString& path : testhelpers::exampleProjects()) {
         SCOPED_TRACE(path.toStdString());
         const QString first = dir.filePath(QStringLiteral("first.trwt"));
         const QString second = dir.filePath(QStringLiteral("second.trwt"));
@@ -173,7 +161,7 @@ TEST(ExampleProjects, SavingAnOpenedTextProjectAgainGivesTheSameText)
 // with the size of its type, and enabled PDOs must carry a mapping.
 TEST(ExampleProjects, PdoMappingsReferToMappableObjectsOfTheirSize)
 {
-    for (const QString& path : exampleProjects()) {
+    for (const QString& path : testhelpers::exampleProjects()) {
         SCOPED_TRACE(path.toStdString());
         ObjectDataBase db;
         ASSERT_TRUE(db.openTextProject(path));
@@ -213,7 +201,7 @@ TEST(ExampleProjects, PdoMappingsReferToMappableObjectsOfTheirSize)
 // SPNs of one PGN follow each other in pos order without sharing a bit.
 TEST(ExampleProjects, SpnsFitTheirPgnWithoutOverlap)
 {
-    for (const QString& path : exampleProjects()) {
+    for (const QString& path : testhelpers::exampleProjects()) {
         SCOPED_TRACE(path.toStdString());
         ObjectDataBase db;
         ASSERT_TRUE(db.openTextProject(path));

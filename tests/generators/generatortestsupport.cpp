@@ -3,8 +3,6 @@
 #include "common/testhelpers.h"
 #include "generators/abstractgenerator.h"
 
-#include <QDir>
-#include <QDirIterator>
 #include <QFile>
 #include <QProcess>
 #include <QRegularExpression>
@@ -63,23 +61,18 @@ QString runGenerator(AbstractGenerator& generator, ObjectDataBase& db, const QSt
     return QString::fromUtf8(testhelpers::readFile(dir + QLatin1Char('/') + fileName));
 }
 
-QStringList exampleProjects()
-{
-    QStringList paths;
-    QDirIterator it(QStringLiteral(TRW_SOURCE_DIR "/examples"), {QStringLiteral("*.trwt")}, QDir::Files,
-                    QDirIterator::Subdirectories);
-    while (it.hasNext())
-        paths << it.next();
-    paths.sort();
-    return paths;
-}
-
 QString withoutBanner(const QString& text)
 {
     return text.section(QLatin1Char('\n'), 3);
 }
 
 namespace {
+
+struct CompileResult
+{
+    bool ok = false;
+    QString output;
+};
 
 CompileResult runCompiler(const QStringList& arguments, const QString& dir)
 {
@@ -119,9 +112,7 @@ QString usesOfDefines(const QString& header, QStringList& used)
     return uses;
 }
 
-} // namespace
-
-CompileResult compileHeaders(const QString& dir, const QStringList& headers, const QString& prelude)
+CompileResult compileUnit(const QString& dir, const QStringList& headers, const QString& prelude)
 {
     QString unit =
         QStringLiteral("#include <stddef.h>\n#define TEXT_OF_(x) #x\n#define TEXT_OF(x) TEXT_OF_(x)\n"
@@ -150,6 +141,17 @@ CompileResult compileHeaders(const QString& dir, const QStringList& headers, con
                         QStringLiteral("-Werror"), QStringLiteral("-Wno-unused-const-variable"),
                         QStringLiteral("-I."), QStringLiteral("use_headers.c")},
                        dir);
+}
+
+} // namespace
+
+::testing::AssertionResult compileHeaders(const QString& dir, const QStringList& headers,
+                                          const QString& prelude)
+{
+    const CompileResult compiled = compileUnit(dir, headers, prelude);
+    if (compiled.ok)
+        return ::testing::AssertionSuccess();
+    return ::testing::AssertionFailure() << compiled.output.toStdString();
 }
 
 } // namespace generatortest

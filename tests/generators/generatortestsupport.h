@@ -6,6 +6,8 @@
 #include <QString>
 #include <QStringList>
 
+#include <gtest/gtest.h>
+
 #include <ostream>
 
 class AbstractGenerator;
@@ -50,22 +52,14 @@ void cacheLines(ObjectDataBase& db);
 QString runGenerator(AbstractGenerator& generator, ObjectDataBase& db, const QString& dir,
                      const QString& fileName, bool multiLine = false);
 
-// The .trwt files of the example projects, sorted by path.
-QStringList exampleProjects();
-
 // The file without its first three lines, which carry the generation date.
 QString withoutBanner(const QString& text);
 
-struct CompileResult
-{
-    bool ok = false;
-    QString output;
-};
-
 // Runs the C preprocessor and a syntax-only C99 compile over a translation unit
 // that includes the headers of `dir` and uses each of their value defines in an
-// initialiser, so that every value must be a valid C constant.
-CompileResult compileHeaders(const QString& dir, const QStringList& headers,
-                             const QString& prelude = QString());
+// initialiser, so that every value must be a valid C constant. A failure
+// carries the compiler's output.
+::testing::AssertionResult compileHeaders(const QString& dir, const QStringList& headers,
+                                          const QString& prelude = QString());
 
 } // namespace generatortest

@@ -273,30 +273,35 @@ Generated generate(ObjectDataBase& db, const QString& dir, const RunOptions& opt
     return result;
 }
 
+namespace {
+
+// The first capture of every match as the key, the second converted as its value.
+template <typename Value, typename Convert>
+QMap<QString, Value> capturedPairs(const QRegularExpression& pattern, const QString& text, Convert convert)
+{
+    QMap<QString, Value> values;
+    QRegularExpressionMatchIterator it = pattern.globalMatch(text);
+    while (it.hasNext()) {
+        const QRegularExpressionMatch match = it.next();
+        values.insert(match.captured(1), convert(match.captured(2)));
+    }
+    return values;
+}
+
+} // namespace
+
 QMap<QString, QString> defines(const QString& header)
 {
     static const QRegularExpression define(QStringLiteral("^#define\\s+([A-Za-z_][A-Za-z0-9_]*)[ \\t]+(.*)$"),
                                            QRegularExpression::MultilineOption);
-    QMap<QString, QString> values;
-    QRegularExpressionMatchIterator it = define.globalMatch(header);
-    while (it.hasNext()) {
-        const QRegularExpressionMatch match = it.next();
-        values.insert(match.captured(1), match.captured(2).trimmed());
-    }
-    return values;
+    return capturedPairs<QString>(define, header, [](const QString& value) { return value.trimmed(); });
 }
 
 QMap<QString, int> tableSizes(const QString& source)
 {
     static const QRegularExpression table(QStringLiteral("^static [^\\n]*\\b(od_[a-z0-9_A-Z]+)\\[(\\d+)\\]"),
                                           QRegularExpression::MultilineOption);
-    QMap<QString, int> sizes;
-    QRegularExpressionMatchIterator it = table.globalMatch(source);
-    while (it.hasNext()) {
-        const QRegularExpressionMatch match = it.next();
-        sizes.insert(match.captured(1), match.captured(2).toInt());
-    }
-    return sizes;
+    return capturedPairs<int>(table, source, [](const QString& size) { return size.toInt(); });
 }
 
 QList<int> countList(const QString& value)

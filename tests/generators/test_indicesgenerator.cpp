@@ -92,8 +92,7 @@ TEST(IndicesGenerator, SingleLineFileIsExact)
                                    "#define  S_NUMBER_OF_ENTRIES_1    \t0x2u\n"
                                    "#define  S_NUMBER_OF_ENTRIES      \t0x0u\n"
                                    "#endif /* GEN_INDICES_H */\n");
-    const CompileResult compiled = compileHeaders(dir.path(), {"gen_indices.h"});
-    EXPECT_TRUE(compiled.ok) << compiled.output.toStdString();
+    EXPECT_TRUE(compileHeaders(dir.path(), {"gen_indices.h"}));
 }
 
 // The line prefix comes with a real multi-line project or the hidden switch,
@@ -139,8 +138,7 @@ TEST(IndicesGenerator, MultiLineProjectNamesEachLine)
     EXPECT_TRUE(text.contains("#define L0_I_DEVICE_TYPE         \t0x1000u\n"));
     EXPECT_TRUE(text.contains("#define L1_I_DEVICE_TYPE         \t0x1000u\n"));
     EXPECT_TRUE(text.contains("#define L1_MOTOR_RPDO_5_2        \t2u\n")) << text.toStdString();
-    const CompileResult compiled = compileHeaders(dir.path(), {"gen_indices.h"});
-    EXPECT_TRUE(compiled.ok) << compiled.output.toStdString();
+    EXPECT_TRUE(compileHeaders(dir.path(), {"gen_indices.h"}));
 }
 
 // A PDO that a manager sets up for another node gets a second name by device,
@@ -234,8 +232,7 @@ TEST(IndicesGenerator, PgnsSpnsAndRawCanIdentifiers)
                              "#define L1_ID_STATUS_FRAME       \t385u\n"
                              "#define L1_S_ERROR_BITS          \t1u\n";
     EXPECT_TRUE(text.contains(expected)) << text.toStdString();
-    const CompileResult compiled = compileHeaders(dir.path(), {"gen_indices.h"});
-    EXPECT_TRUE(compiled.ok) << compiled.output.toStdString();
+    EXPECT_TRUE(compileHeaders(dir.path(), {"gen_indices.h"}));
 }
 
 // The address claim is sent by the stack itself on a line that carries J1939

@@ -3,7 +3,6 @@
 #include "common/testhelpers.h"
 #include "generators/canopen/objdictgenerator.h"
 
-#include <QDirIterator>
 #include <QFile>
 #include <QRegularExpression>
 #include <QTemporaryDir>
@@ -143,17 +142,6 @@ void expectConsistent(ObjectDataBase& db, const Generated& files)
               files.objdict.contains(QLatin1String("j1939OdInit")) ? 0 : transmitTotal);
 }
 
-QStringList exampleProjects()
-{
-    QStringList paths;
-    QDirIterator it(QStringLiteral(TRW_SOURCE_DIR "/examples"), {QStringLiteral("*.trwt")}, QDir::Files,
-                    QDirIterator::Subdirectories);
-    while (it.hasNext())
-        paths << it.next();
-    paths.sort();
-    return paths;
-}
-
 // The pipeline writes gen_objdict.c for projects whose lines all carry CANopen
 // only; a project that mixes protocols gets its dictionary in gen_mp.c, with a
 // gen_define.h of the multi-protocol form.
@@ -170,7 +158,7 @@ bool canopenOnly(ObjectDataBase& db)
 
 TEST(ObjDictGenerator, ExampleProjectsCompileInBothStackForms)
 {
-    const QStringList projects = exampleProjects();
+    const QStringList projects = testhelpers::exampleProjects();
     ASSERT_FALSE(projects.isEmpty());
     for (const QString& path : projects) {
         for (bool core : {false, true}) {
