@@ -2,10 +2,13 @@
 #include "common/testhelpers.h"
 #include "database/objectdatabase.h"
 
+#include <QDateTime>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QProcess>
+#include <QSettings>
+#include <QSqlQuery>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -52,8 +55,9 @@ TEST(CommandLine, HelpWinsOverAValidProjectAndOpensNothing)
     QTemporaryDir dir;
     const QString project = makeProject(dir.path());
     const QByteArray before = readFile(project);
-    for (const QStringList& args : {QStringList{"-project", project, "-help"}, QStringList{"-help", "-project", project},
-                                    QStringList{"-project", "/no/such/file.trwp", "-help"}}) {
+    for (const QStringList& args :
+         {QStringList{"-project", project, "-help"}, QStringList{"-help", "-project", project},
+          QStringList{"-project", "/no/such/file.trwp", "-help"}}) {
         const auto r = runTrw(args);
         EXPECT_EQ(r.exitCode, 0);
         EXPECT_EQ(r.out, usage);
@@ -64,10 +68,12 @@ TEST(CommandLine, HelpWinsOverAValidProjectAndOpensNothing)
 
 TEST(CommandLine, ProjectInLastPositionCountsAsAbsent)
 {
-    for (const QStringList& args : {QStringList{"-project"}, QStringList{"-save", "-project"}, QStringList{"-s"}}) {
+    for (const QStringList& args :
+         {QStringList{"-project"}, QStringList{"-save", "-project"}, QStringList{"-s"}}) {
         const auto r = runTrw(args);
         EXPECT_EQ(r.exitCode, 2);
-        EXPECT_EQ(r.out, QStringLiteral("Project not given.\n") + usage + QStringLiteral("Error - No project specified.\n"));
+        EXPECT_EQ(r.out, QStringLiteral("Project not given.\n") + usage +
+                             QStringLiteral("Error - No project specified.\n"));
     }
 }
 
@@ -120,7 +126,8 @@ TEST(CommandLine, CleanRunPrintsTheCheckFrameAndKeepsTheLogAsBak)
     const QString project = makeProject(dir.path());
     const auto r = runTrw({"-project", project});
     EXPECT_EQ(r.exitCode, 0);
-    EXPECT_TRUE(r.out.startsWith(QStringLiteral("\nCheck of model consistency started\n"))) << qPrintable(r.out);
+    EXPECT_TRUE(r.out.startsWith(QStringLiteral("\nCheck of model consistency started\n")))
+        << qPrintable(r.out);
     EXPECT_TRUE(r.out.contains(QStringLiteral("\nCheck of model consistency finished.\n\n")));
     EXPECT_TRUE(r.out.contains(QStringLiteral("Generation finished.\n")));
     EXPECT_EQ(lastLine(r.out), QStringLiteral("Generation completed."));
@@ -135,7 +142,8 @@ TEST(CommandLine, LinesWithoutTypeAreWarnedAboutPerLine)
     const QString project = makeProject(dir.path(), QStringLiteral("untyped.trwp"), 3);
     const auto r = runTrw({"-project", project});
     EXPECT_EQ(r.exitCode, 0);
-    EXPECT_TRUE(r.out.contains(QStringLiteral("Warning line type not set for line 0.\n"))) << qPrintable(r.out);
+    EXPECT_TRUE(r.out.contains(QStringLiteral("Warning line type not set for line 0.\n")))
+        << qPrintable(r.out);
 }
 
 TEST(CommandLine, SaveWritesTheForcedSettingsIntoTheFile)
@@ -159,34 +167,114 @@ TEST(CommandLine, McpAnywhereStartsTheServerAndLeavesOtherArgumentsAlone)
     EXPECT_FALSE(r.out.contains(QStringLiteral("Error -")));
 }
 
-// Files that are no project: nothing is opened, the file is left as it was.
+// A file's bytes and modification time: an open that writes back shows in one of them.
+struct FileState
+{
+    bool exists = false;
+    QByteArray content;
+    QDateTime modified;
+    bool operator==(const FileState& other) const
+    {
+        return exists == other.exists && content == other.content && modified == other.modified;
+    }
+};
+
+FileState stateOf(const QString& path)
+{
+    const QFileInfo info(path);
+    return FileState{info.exists(), readFile(path), info.exists() ? info.lastModified() : QDateTime()};
+}
+
+void writeFile(const QString& path, const QByteArray& content)
+{
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+    file.write(content);
+}
+
+// Files that are no project: nothing is opened, the file is left as it was, even when saving is asked for.
 TEST(CommandLine, BrokenProjectFilesFailToOpenAndStayUntouched)
 {
     QTemporaryDir dir;
-    const QString notSqlite = dir.path() + QStringLiteral("/text.trwp");
-    QFile f(notSqlite);
-    ASSERT_TRUE(f.open(QIODevice::WriteOnly));
-    f.write("this is not an SQLite database\n");
-    f.close();
-    const QString empty = dir.path() + QStringLiteral("/empty.trwp");
-    QFile e(empty);
-    ASSERT_TRUE(e.open(QIODevice::WriteOnly));
-    e.close();
-    const QString folder = dir.path() + QStringLiteral("/folder.trwp");
+    const QString notSqlite = dir.filePath(QStringLiteral("text.trwp"));
+    writeFile(notSqlite, "this is not an SQLite database\n");
+    const QString empty = dir.filePath(QStringLiteral("empty.trwp"));
+    writeFile(empty, QByteArray());
+    const QString folder = dir.filePath(QStringLiteral("folder.trwp"));
     QDir().mkdir(folder);
-    QString noNodes = makeProject(dir.path(), QStringLiteral("nonodes.trwp"));
+    const QString noNodeRows = makeProject(dir.path(), QStringLiteral("nonoderows.trwp"));
     {
         ObjectDataBase db;
-        ASSERT_TRUE(db.openDataBase(noNodes, true));
+        ASSERT_TRUE(db.openDataBase(noNodeRows, true));
         ASSERT_TRUE(db.deleteNode(0));
-        ASSERT_TRUE(db.saveDatabase(noNodes));
+        ASSERT_TRUE(db.saveDatabase(noNodeRows));
     }
-    for (const QString& path : {notSqlite, empty, folder, noNodes, dir.path() + QStringLiteral("/missing.trwp")}) {
-        const QByteArray before = readFile(path);
+    const QString noNodesTable = makeProject(dir.path(), QStringLiteral("nonodestable.trwp"));
+    {
+        ObjectDataBase db;
+        ASSERT_TRUE(db.openDataBase(noNodesTable, true));
+        QSqlQuery query(db.database());
+        ASSERT_TRUE(query.exec(QStringLiteral("drop table Nodes")));
+        ASSERT_TRUE(db.saveDatabase(noNodesTable));
+    }
+    const QString missing = dir.filePath(QStringLiteral("missing.trwp"));
+    const QString missingText = dir.filePath(QStringLiteral("missing.trwt"));
+
+    for (const QString& path : {notSqlite, empty, folder, noNodeRows, noNodesTable, missing, missingText}) {
+        SCOPED_TRACE(path.toStdString());
+        const FileState before = stateOf(path);
+        const FileState backupBefore = stateOf(path + QStringLiteral(".bak"));
         const auto r = runTrw({"-project", path, "-s"});
-        EXPECT_EQ(r.exitCode, 3) << qPrintable(path);
-        EXPECT_EQ(r.out, QStringLiteral("Error - Open project failed.\n")) << qPrintable(path);
-        EXPECT_EQ(readFile(path), before) << qPrintable(path);
+        EXPECT_EQ(r.exitCode, 3);
+        EXPECT_EQ(r.out, QStringLiteral("Error - Open project failed.\n"));
+        EXPECT_TRUE(stateOf(path) == before);
+        EXPECT_TRUE(stateOf(path + QStringLiteral(".bak")) == backupBefore);
+    }
+}
+
+// A hand-edited text project opens with what it holds; the rest is passed over and the run goes on to the
+// check. The file changes only when saving is asked for, and then holds what was read.
+TEST(CommandLine, DamagedTextProjectsOpenWithWhatTheyHold)
+{
+    const struct
+    {
+        const char* name;
+        QByteArray content;
+        const char* group;
+        QStringList children;
+    } cases[] = {
+        {"empty.trwt", "", "Nodes", {"0"}},
+        {"nogroups.trwt", "line0type=1\nname=x\n", "Nodes", {"0"}},
+        {"brokenlines.trwt",
+         "[GeneralSettings]\nline0type=1\nthis line is broken\n=\n[Objects0]\n0x1000\\name=Dev\n",
+         "Objects0",
+         {"0x1000"}},
+        {"unknowngroup.trwt", "[Gadgets0]\nx=1\n[Nodes]\n0\\name=n\n", "Gadgets0", {}},
+        {"pgnkeys.trwt",
+         "[GeneralSettings]\nline0type=2\n[PGNs0]\nabc\\priority=3\n61444\\direction=85\n",
+         "PGNs0",
+         {"61444"}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        QTemporaryDir dir;
+        const QString project = dir.filePath(QLatin1String(c.name));
+        writeFile(project, c.content);
+        const FileState before = stateOf(project);
+
+        auto r = runTrw({"-project", project});
+        EXPECT_NE(r.exitCode, -1) << "crashed";
+        EXPECT_NE(r.exitCode, 3);
+        EXPECT_TRUE(r.out.contains(QStringLiteral("Check of model consistency started")))
+            << qPrintable(r.out);
+        EXPECT_TRUE(stateOf(project) == before);
+
+        r = runTrw({"-project", project, "-s"});
+        EXPECT_NE(r.exitCode, -1) << "crashed";
+        QSettings saved(project, QSettings::IniFormat);
+        saved.beginGroup(QLatin1String(c.group));
+        EXPECT_EQ(saved.childGroups() + saved.childKeys(), c.children);
+        EXPECT_EQ(readFile(project + QStringLiteral(".bak")), c.content);
     }
 }
 
@@ -202,28 +290,41 @@ TEST(CommandLine, UnwritableOutputFolderEndsWithCode8)
     if (geteuid() == 0) {
         if (QFileInfo(QStringLiteral("/usr/bin/setpriv")).exists() == false)
             GTEST_SKIP() << "no setpriv to drop root";
-        QFile::setPermissions(dir.path(), QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner |
-                                              QFileDevice::ReadOther | QFileDevice::ExeOther);
-        QFile::setPermissions(project, QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ReadOther);
+        QFile::setPermissions(dir.path(), QFileDevice::ReadOwner | QFileDevice::WriteOwner |
+                                              QFileDevice::ExeOwner | QFileDevice::ReadOther |
+                                              QFileDevice::ExeOther);
+        QFile::setPermissions(project,
+                              QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ReadOther);
         QTemporaryDir home;
-        QFile::setPermissions(home.path(), QFileDevice::ReadOther | QFileDevice::WriteOther | QFileDevice::ExeOther |
-                                               QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
-        args = QStringList{"--reuid=65534", "--regid=65534", "--clear-groups", "env", "HOME=" + home.path(),
-                           "XDG_DATA_HOME=" + home.path(), "XDG_CONFIG_HOME=" + home.path(), program} + args;
+        QFile::setPermissions(home.path(), QFileDevice::ReadOther | QFileDevice::WriteOther |
+                                               QFileDevice::ExeOther | QFileDevice::ReadOwner |
+                                               QFileDevice::WriteOwner | QFileDevice::ExeOwner);
+        args = QStringList{"--reuid=65534",
+                           "--regid=65534",
+                           "--clear-groups",
+                           "env",
+                           "HOME=" + home.path(),
+                           "XDG_DATA_HOME=" + home.path(),
+                           "XDG_CONFIG_HOME=" + home.path(),
+                           program} +
+               args;
         QProcess p;
         p.start(QStringLiteral("/usr/bin/setpriv"), args);
         p.waitForFinished(60000);
         const QString out = QString::fromUtf8(p.readAllStandardOutput());
         EXPECT_EQ(p.exitCode(), 8) << qPrintable(out);
-        EXPECT_TRUE(out.contains(QStringLiteral("ABORT - The output folder %1 is not writeable.\n").arg(projectDir)));
+        EXPECT_TRUE(
+            out.contains(QStringLiteral("ABORT - The output folder %1 is not writeable.\n").arg(projectDir)));
         EXPECT_EQ(lastLine(out), QStringLiteral("Error - The output folder is not writeable"));
         return;
     }
     QFile::setPermissions(projectDir, QFileDevice::ReadOwner | QFileDevice::ExeOwner);
     const auto r = runTrw(args);
-    QFile::setPermissions(projectDir, QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
+    QFile::setPermissions(projectDir,
+                          QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
     EXPECT_EQ(r.exitCode, 8);
-    EXPECT_TRUE(r.out.contains(QStringLiteral("ABORT - The output folder %1 is not writeable.\n").arg(projectDir)));
+    EXPECT_TRUE(
+        r.out.contains(QStringLiteral("ABORT - The output folder %1 is not writeable.\n").arg(projectDir)));
     EXPECT_EQ(lastLine(r.out), QStringLiteral("Error - The output folder is not writeable"));
 }
 
