@@ -111,13 +111,35 @@ TEST(CommandLine, FirstRefusedImportStopsTheRun)
     EXPECT_EQ(readFile(project), before) << "nothing is saved after a failed import";
 }
 
+// The rows of the two tables a modifier file can reach, as saved in a project file.
+QStringList modifiableSettings(const QString& project)
+{
+    ObjectDataBase db;
+    EXPECT_TRUE(db.openDataBase(project, true));
+    QSqlQuery query(db.database());
+    QStringList rows;
+    for (const char* table : {"GeneralSettings", "J1939Settings"}) {
+        EXPECT_TRUE(
+            query.exec(QStringLiteral("select item, value from %1 order by item").arg(QLatin1String(table))));
+        while (query.next())
+            rows.append(QLatin1String(table) + QLatin1Char(':') + query.value(0).toString() +
+                        QLatin1Char(':') + query.value(1).toString());
+    }
+    return rows;
+}
+
 TEST(CommandLine, MissingModifierFileChangesNothingAndTheRunGoesOn)
 {
     QTemporaryDir dir;
-    const QString project = makeProject(dir.path());
-    const auto r = runTrw({"-project", project, "-dbmod", dir.path() + QStringLiteral("/none.txt")});
+    const QString plain = makeProject(dir.path(), QStringLiteral("plain.trwp"));
+    const QString modified = makeProject(dir.path(), QStringLiteral("modified.trwp"));
+    ASSERT_EQ(runTrw({"-project", plain, "-s"}).exitCode, 0);
+    const auto r = runTrw({"-project", modified, "-dbmod", dir.filePath(QStringLiteral("none.txt")), "-s"});
     EXPECT_EQ(r.exitCode, 0);
     EXPECT_TRUE(r.out.contains(QStringLiteral("Generation finished.\n")));
+    const QStringList expected = modifiableSettings(plain);
+    EXPECT_TRUE(expected.contains(QStringLiteral("GeneralSettings:use_core_headers:V4")));
+    EXPECT_EQ(modifiableSettings(modified), expected);
 }
 
 TEST(CommandLine, CleanRunPrintsTheCheckFrameAndKeepsTheLogAsBak)
