@@ -498,7 +498,8 @@ QString makeProject(const QString& dir)
 }
 
 // A file that isn't there ends the run before the check; one that is there
-// but holds nothing readable is imported as what it is, and the run goes on.
+// but holds little or nothing readable is imported as what it is, the run
+// goes on, and what could be read is saved with the project.
 TEST(EdsImportCommandLine, MissingFileEndsTheRunUnreadableOneDoesNot)
 {
     struct Case
@@ -507,12 +508,21 @@ TEST(EdsImportCommandLine, MissingFileEndsTheRunUnreadableOneDoesNot)
         QByteArray content;
         bool exists;
         int exitCode;
+        QList<quint16> kept;
     };
     const Case cases[] = {
-        {"missing.eds", {}, false, 5},
-        {"missing.dcf", {}, false, 5},
-        {"garbage.eds", garbage(16 * 1024), true, -1},
-        {"empty.dcf", {}, true, -1},
+        {"missing.eds", {}, false, 5, {}},
+        {"missing.dcf", {}, false, 5, {}},
+        {"garbage.eds", garbage(16 * 1024), true, -1, {}},
+        {"empty.dcf", {}, true, -1, {}},
+        {"hugeline.eds", QByteArray(5 * 1024 * 1024, 'E'), true, -1, {}},
+        {"odd.eds",
+         "[2005sub1]\nParameterName=Orphan\nDataType=0x0005\n" + goodVar +
+             "[2003]\nParameterName=A\nObjectType=0x7\nDataType=0x7777\n"
+             "[2006]\nParameterName=Odd\nObjectType=banana\nSubNumber=many\nDataType=0x\nPDOMapping=maybe\n",
+         true,
+         -1,
+         {0x2001, 0x2003, 0x2006}},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
@@ -521,7 +531,7 @@ TEST(EdsImportCommandLine, MissingFileEndsTheRunUnreadableOneDoesNot)
         const QString path = dir.filePath(QLatin1String(c.name));
         if (c.exists)
             writeFile(dir.path(), QLatin1String(c.name), c.content);
-        const auto result = testhelpers::runTrw({"-project", project, "-import", path});
+        const auto result = testhelpers::runTrw({"-project", project, "-import", path, "-s"});
         const bool refused = result.out.contains(QStringLiteral("Import failed: %1\n").arg(path));
         EXPECT_EQ(refused, !c.exists) << result.out.toStdString();
         EXPECT_EQ(result.out.contains(QStringLiteral("Check of model consistency started")), c.exists);
@@ -529,6 +539,10 @@ TEST(EdsImportCommandLine, MissingFileEndsTheRunUnreadableOneDoesNot)
             EXPECT_EQ(result.exitCode, c.exitCode);
         else
             EXPECT_NE(result.exitCode, 5);
+        EXPECT_NE(result.exitCode, -1) << "crashed";
+        ObjectDataBase saved;
+        ASSERT_TRUE(saved.openDataBase(project, true));
+        EXPECT_EQ(saved.getIndexList(0, 0x2000, 0x5FFF), c.kept);
     }
 }
 
