@@ -435,6 +435,17 @@ void setTargets(ObjectDataBase& db, int count)
     db.setGeneralSetting("targetsettings_1_targetid", "BOARD_B");
 }
 
+// The block of the third target of setTargets(), the same alone or among all.
+const char* const thirdTargetBlock = "#ifdef TARGET_2\n"
+                                     "/* board 2 TARGET_2 */\n"
+                                     "#define CO_TIMER_INTERVAL\t1000u\n"
+                                     "#define CO_BIG_ENDIAN\t1u\n"
+                                     "#define CO_DRV_FILTER\t1u\n"
+                                     "#define CO_DRV_GROUP_FILTER\t1u\n"
+                                     "\n/* target-specific defines */\n"
+                                     "#define BOARD_NR 2\n"
+                                     "#endif /* TARGET_2*/ \n\n";
+
 TEST(DefineGenerator, ActiveTargetAloneWithoutAllTargets)
 {
     QTemporaryDir dir;
@@ -443,18 +454,9 @@ TEST(DefineGenerator, ActiveTargetAloneWithoutAllTargets)
     setTargets(db, 3);
     db.setGeneralSetting("targetsettings_active", "2");
     db.setGeneralSetting("all_targets", "0");
-    EXPECT_EQ(hardwareBlock(classicText(db, dir.path())), "/* Hardware settings */\n"
-                                                          "#define TARGET_2 1u\n"
-                                                          "#ifdef TARGET_2\n"
-                                                          "/* board 2 TARGET_2 */\n"
-                                                          "#define CO_TIMER_INTERVAL\t1000u\n"
-                                                          "#define CO_BIG_ENDIAN\t1u\n"
-                                                          "#define CO_DRV_FILTER\t1u\n"
-                                                          "#define CO_DRV_GROUP_FILTER\t1u\n"
-                                                          "\n/* target-specific defines */\n"
-                                                          "#define BOARD_NR 2\n"
-                                                          "#endif /* TARGET_2*/ \n\n"
-                                                          "\n");
+    EXPECT_EQ(hardwareBlock(classicText(db, dir.path())), QString("/* Hardware settings */\n"
+                                                                  "#define TARGET_2 1u\n") +
+                                                              thirdTargetBlock + "\n");
     EXPECT_TRUE(compileHeaders(dir.path(), {"gen_define.h"}));
 }
 
@@ -466,31 +468,22 @@ TEST(DefineGenerator, AllTargets)
     setTargets(db, 3);
     db.setGeneralSetting("targetsettings_active", "1");
     db.setGeneralSetting("all_targets", "1");
-    EXPECT_EQ(hardwareBlock(classicText(db, dir.path())), "/* Hardware settings */\n"
-                                                          "#ifdef BOARD_A\n"
-                                                          "/* boardBOARD_A */\n"
-                                                          "#define CO_TIMER_INTERVAL\t1000u\n"
-                                                          "\n/* target-specific defines */\n"
-                                                          "#define BOARD_LED 3\n"
-                                                          "#endif /* BOARD_A*/ \n\n"
-                                                          "#define BOARD_B 1u\n"
-                                                          "#ifdef BOARD_B\n"
-                                                          "/* board 1 BOARD_B */\n"
-                                                          "#define CO_TIMER_INTERVAL\t500u\n"
-                                                          "#define CO_DRV_FILTER\t1u\n"
-                                                          "\n/* target-specific defines */\n"
-                                                          "#define BOARD_NR 1\n"
-                                                          "#endif /* BOARD_B*/ \n\n"
-                                                          "#ifdef TARGET_2\n"
-                                                          "/* board 2 TARGET_2 */\n"
-                                                          "#define CO_TIMER_INTERVAL\t1000u\n"
-                                                          "#define CO_BIG_ENDIAN\t1u\n"
-                                                          "#define CO_DRV_FILTER\t1u\n"
-                                                          "#define CO_DRV_GROUP_FILTER\t1u\n"
-                                                          "\n/* target-specific defines */\n"
-                                                          "#define BOARD_NR 2\n"
-                                                          "#endif /* TARGET_2*/ \n\n"
-                                                          "\n");
+    EXPECT_EQ(hardwareBlock(classicText(db, dir.path())), QString("/* Hardware settings */\n"
+                                                                  "#ifdef BOARD_A\n"
+                                                                  "/* boardBOARD_A */\n"
+                                                                  "#define CO_TIMER_INTERVAL\t1000u\n"
+                                                                  "\n/* target-specific defines */\n"
+                                                                  "#define BOARD_LED 3\n"
+                                                                  "#endif /* BOARD_A*/ \n\n"
+                                                                  "#define BOARD_B 1u\n"
+                                                                  "#ifdef BOARD_B\n"
+                                                                  "/* board 1 BOARD_B */\n"
+                                                                  "#define CO_TIMER_INTERVAL\t500u\n"
+                                                                  "#define CO_DRV_FILTER\t1u\n"
+                                                                  "\n/* target-specific defines */\n"
+                                                                  "#define BOARD_NR 1\n"
+                                                                  "#endif /* BOARD_B*/ \n\n") +
+                                                              thirdTargetBlock + "\n");
 
     db.setGeneralSetting("targetsettings_active", "0");
     db.setGeneralSetting("target_id", " ");
