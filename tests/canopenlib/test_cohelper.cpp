@@ -125,6 +125,25 @@ TEST(COHelperDataTypes, NameLookupIsLenientAndRoundTripsUnnamedNumbers)
     EXPECT_EQ(COHelper::mapDataTypeString(COHelper::index2DataTypeString(0x40)), 0x40);
 }
 
+// Numbers that no table knows, as they come from damaged device files: no
+// size, no range, no short name, and a name that leads back to the number.
+TEST(COHelperDataTypes, UnknownNumbersHaveNoSizeRangeOrShortName)
+{
+    for (quint16 number :
+         {quint16(0), quint16(0x0E), quint16(0x41), quint16(113), quint16(0x7777), quint16(0xFFFF)}) {
+        SCOPED_TRACE(number);
+        const auto dataType = CAN::CANopenDataType(number);
+        EXPECT_EQ(COHelper::getDataLengthBits(dataType), 0);
+        QString low = QStringLiteral("untouched");
+        QString up = low;
+        EXPECT_FALSE(COHelper::getDefaultLimits(dataType, low, up));
+        EXPECT_EQ(low, QStringLiteral("untouched"));
+        EXPECT_EQ(up, QStringLiteral("untouched"));
+        EXPECT_EQ(COHelper::index2DataTypeShortString(number), QString());
+        EXPECT_EQ(COHelper::mapDataTypeString(COHelper::index2DataTypeString(number)), dataType);
+    }
+}
+
 TEST(COHelperAccessTypes, NormalisedToTheCanonicalWords)
 {
     const struct
