@@ -11,6 +11,19 @@ namespace {
 const QString udsRoles = QStringLiteral("<strong><font color='red'>Error: </font></strong>UDS server and UDS "
                                         "client together on one line is not possible.");
 
+// Two lines, both UDS roles switched on for the project, clients on line 1
+// and the server where `serverActive` says.
+ProjectSetup udsOnTwoLines(const QString& serverActive)
+{
+    return [serverActive](TestProject& p) {
+        p.addLine(1, 1);
+        settings({{"udsserver_supported", "1"},
+                  {"udsclient_supported", "1"},
+                  {"uds_server_active", serverActive},
+                  {"uds_client_cnt", "0,2"}})(p);
+    };
+}
+
 } // namespace
 
 TEST(ProjectRules, UdsRolesAndStaticIndication)
@@ -22,20 +35,8 @@ TEST(ProjectRules, UdsRolesAndStaticIndication)
          {settings({{"udsserver_supported", "1"}, {"udsclient_supported", "0"}})}},
         {"UDS server and client on one of two lines",
          udsRoles,
-         {[](TestProject& p) {
-             p.addLine(1, 1);
-             p.setGeneral("udsserver_supported", "1");
-             p.setGeneral("udsclient_supported", "1");
-             p.setGeneral("uds_server_active", "0,1");
-             p.setGeneral("uds_client_cnt", "0,2");
-         }},
-         {[](TestProject& p) {
-             p.addLine(1, 1);
-             p.setGeneral("udsserver_supported", "1");
-             p.setGeneral("udsclient_supported", "1");
-             p.setGeneral("uds_server_active", "1,0");
-             p.setGeneral("uds_client_cnt", "0,2");
-         }}},
+         {udsOnTwoLines("0,1")},
+         {udsOnTwoLines("1,0")}},
         {"static UDS indication without any function",
          "<strong>Warning: </strong>Static UDS indication is enabled but no service has a function name; no "
          "callback "
