@@ -2,6 +2,7 @@
 #include "projectfile.h"
 
 #include <QCoreApplication>
+#include <QDateTime>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -177,12 +178,15 @@ TEST_F(LifecycleTest, OpeningNeverChangesTheProjectFile)
     const QString project = path("old.trwp");
     ASSERT_TRUE(projectfile::execute(project, oldProjectStatements(99)));
     const QByteArray before = fileContent(project);
+    const QDateTime modified = QFileInfo(project).lastModified();
     {
         ObjectDataBase db;
         ASSERT_TRUE(db.openDataBase(project, true));
+        db.setGeneralSetting("unsaved", "1");
         EXPECT_EQ(fileContent(project), before);
     }
     EXPECT_EQ(fileContent(project), before);
+    EXPECT_EQ(QFileInfo(project).lastModified(), modified);
 }
 
 TEST_F(LifecycleTest, ChangedCellOutsideTheToolAddsOneTamperTimestamp)
