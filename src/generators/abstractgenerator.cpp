@@ -175,7 +175,8 @@ void AbstractGenerator::fail(const QString& text)
     m_errorText = text;
 }
 
-QString AbstractGenerator::banner(const QString& title, const QString& closing, const QString& afterVersion) const
+QString AbstractGenerator::banner(const QString& title, const QString& closing,
+                                  const QString& afterVersion) const
 {
     QSettings user(QCoreApplication::organizationName(),
                    QCoreApplication::instance()->property("AppNameWithVersion").toString());

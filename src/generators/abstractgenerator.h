@@ -15,7 +15,8 @@ class AbstractGenerator : public QObject
 {
     Q_OBJECT
 public:
-    enum GeneratorStatus {
+    enum GeneratorStatus
+    {
         Ok = 0,
         OutputDirMissing = 1,
         OutputDirUnreadable = 2,

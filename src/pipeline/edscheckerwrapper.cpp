@@ -16,7 +16,8 @@ bool EdsCheckerWrapper::setCheckerPath(const QString& path)
 
 bool EdsCheckerWrapper::start(const QString& edsFile)
 {
-    const QString profileDb = QFileInfo(m_checkerPath).absoluteDir().absolutePath() + QStringLiteral("/v301.codb");
+    const QString profileDb =
+        QFileInfo(m_checkerPath).absoluteDir().absolutePath() + QStringLiteral("/v301.codb");
     connect(m_process.data(), qOverload<int, QProcess::ExitStatus>(&QProcess::finished), this,
             [this](int exitCode, QProcess::ExitStatus) { processFinished(exitCode); });
     m_process->start(m_checkerPath, {QStringLiteral("-e"), edsFile, QStringLiteral("-d"), profileDb},

@@ -191,7 +191,8 @@ void GeneratorMainHandler::generate(bool ignoreCheckErrors)
 void GeneratorMainHandler::runPostGenProcess()
 {
     if (!m_postGen)
-        m_postGen.reset(new PostGenProcessor(m_output, m_progressHandler.data(), this), &QObject::deleteLater);
+        m_postGen.reset(new PostGenProcessor(m_output, m_progressHandler.data(), this),
+                        &QObject::deleteLater);
     qDebug() << Q_FUNC_INFO << __LINE__ << QDateTime::currentDateTime();
     m_postGen->run(m_database, m_outputDir, m_projectBaseName, m_skipEdsCheck, m_skipProgressValue);
     qDebug() << Q_FUNC_INFO << __LINE__ << QDateTime::currentDateTime();
@@ -228,7 +229,8 @@ GeneratorMainHandler::RunFacts GeneratorMainHandler::prepareRun()
     }
     facts.multiLine = facts.lineList.size() > 1;
     facts.bootloaderOnly =
-        m_database->getGeneralSetting(QStringLiteral("uds_bl_setting")) == QLatin1String("1") && !facts.multiLine;
+        m_database->getGeneralSetting(QStringLiteral("uds_bl_setting")) == QLatin1String("1") &&
+        !facts.multiLine;
 
     for (quint8 line : std::as_const(facts.lineList)) {
         m_database->cacheAllSubs(line, 0);
@@ -249,10 +251,9 @@ bool GeneratorMainHandler::runModelCheck(const RunFacts& facts, bool ignoreCheck
     for (quint8 line : facts.lineList) {
         if (facts.multiLine) {
             m_output->writeEmphasized(QVariant());
-            m_output->writeEmphasized(
-                tr("<strong>________________________________________ Checking line %1 "
-                   "________________________________________</strong>")
-                    .arg(line));
+            m_output->writeEmphasized(tr("<strong>________________________________________ Checking line %1 "
+                                         "________________________________________</strong>")
+                                          .arg(line));
         }
         const int type = lineType(line);
         if (isCANopenType(type))
@@ -269,7 +270,8 @@ bool GeneratorMainHandler::runModelCheck(const RunFacts& facts, bool ignoreCheck
 
     writeCheckLog(errorCount, ignoreCheckErrors);
     if (errorCount > 0 && !ignoreCheckErrors) {
-        m_output->writeLine(tr("ABORT - Check of model consistency finished: failed (%1 errors)").arg(errorCount));
+        m_output->writeLine(
+            tr("ABORT - Check of model consistency finished: failed (%1 errors)").arg(errorCount));
         Q_EMIT finished(CheckFailed);
         return false;
     }
@@ -409,7 +411,9 @@ void GeneratorMainHandler::runSourceSteps(const RunFacts& facts)
         m_database->getGeneralSetting(QStringLiteral("compact_array_description")).toInt() == 1;
 
     if (facts.anyLine() && !facts.bootloaderOnly) {
-        Step indices{QStringLiteral("IndicesGenerator"), {}, tr("Generation of gen_indices.h in %1 started"),
+        Step indices{QStringLiteral("IndicesGenerator"),
+                     {},
+                     tr("Generation of gen_indices.h in %1 started"),
                      tr("The file in gen_indices.h in %1 is not writable")};
         indices.withMultiLine = true;
         indices.options.lineList = facts.lineList;
@@ -419,18 +423,24 @@ void GeneratorMainHandler::runSourceSteps(const RunFacts& facts)
         for (quint8 line : facts.lineList) {
             if (!isCANopenType(lineType(line)))
                 continue;
-            Step doc{QStringLiteral("TextDocGenerator"), {},
+            Step doc{QStringLiteral("TextDocGenerator"),
+                     {},
                      tr("Generation of textual object dictionary documentation in %1 started"),
-                     tr("The file in %2_doc.txt in %1 is not writable"), line, true};
+                     tr("The file in %2_doc.txt in %1 is not writable"),
+                     line,
+                     true};
             runGenerator(doc, facts);
         }
         for (quint8 line : facts.lineList) {
             const int type = lineType(line);
             if (!isCANopenType(type))
                 continue;
-            Step html{QStringLiteral("HTMLGenerator"), {},
+            Step html{QStringLiteral("HTMLGenerator"),
+                      {},
                       tr("Generation of HTML object dictionary documentation in %1 started"),
-                      tr("The file in %2.html in %1 is not writable"), line, true};
+                      tr("The file in %2.html in %1 is not writable"),
+                      line,
+                      true};
             if (type == 5 || type == 6)
                 html.options.fileSuffix = QStringLiteral("_co");
             runGenerator(html, facts);
@@ -464,18 +474,28 @@ void GeneratorMainHandler::runMultiProtocolSteps(const RunFacts& facts)
     for (quint8 line : facts.lineList) {
         const int type = lineType(line);
         if (isJ1939Type(type)) {
-            runGenerator({QStringLiteral("J1939TextDocGenerator"), {},
+            runGenerator({QStringLiteral("J1939TextDocGenerator"),
+                          {},
                           tr("Generation of textual PGN documentation in %1 started"),
-                          tr("The file in %2_doc.txt in %1 is not writable"), line, true},
+                          tr("The file in %2_doc.txt in %1 is not writable"),
+                          line,
+                          true},
                          facts);
         }
         if (isRawCanType(type)) {
-            runGenerator({QStringLiteral("RawCANTextDocGenerator"), {},
+            runGenerator({QStringLiteral("RawCANTextDocGenerator"),
+                          {},
                           tr("Generation of raw CAN text documentation in %1 started"),
-                          tr("The file %2_doc.txt in %1 is not writable"), line, true},
+                          tr("The file %2_doc.txt in %1 is not writable"),
+                          line,
+                          true},
                          facts);
-            runGenerator({QStringLiteral("RawCANDBCGenerator"), {}, tr("Generation of raw CAN DBC file in %1 started"),
-                          tr("The file %2.dbc in %1 is not writable"), line, true},
+            runGenerator({QStringLiteral("RawCANDBCGenerator"),
+                          {},
+                          tr("Generation of raw CAN DBC file in %1 started"),
+                          tr("The file %2.dbc in %1 is not writable"),
+                          line,
+                          true},
                          facts);
         }
     }
@@ -483,8 +503,12 @@ void GeneratorMainHandler::runMultiProtocolSteps(const RunFacts& facts)
         const int type = lineType(line);
         if (!isJ1939Type(type))
             continue;
-        Step html{QStringLiteral("J1939HTMLGenerator"), {}, tr("Generation of HTML pgn documentation in %1 started"),
-                  tr("The file in %2.html in %1 is not writable"), line, true};
+        Step html{QStringLiteral("J1939HTMLGenerator"),
+                  {},
+                  tr("Generation of HTML pgn documentation in %1 started"),
+                  tr("The file in %2.html in %1 is not writable"),
+                  line,
+                  true};
         if (type == 5 || type == 7)
             html.options.fileSuffix = QStringLiteral("_j1939");
         runGenerator(html, facts);
@@ -498,8 +522,12 @@ void GeneratorMainHandler::runJ1939DbcSteps(const RunFacts& facts)
     for (quint8 line : facts.lineList) {
         if (!isJ1939Type(lineType(line)))
             continue;
-        runGenerator({QStringLiteral("DBCGenerator"), {}, tr("Generation of DBC_file in %1 started"),
-                      tr("The file in %2.html in %1 is not writable"), line, true},
+        runGenerator({QStringLiteral("DBCGenerator"),
+                      {},
+                      tr("Generation of DBC_file in %1 started"),
+                      tr("The file in %2.html in %1 is not writable"),
+                      line,
+                      true},
                      facts);
     }
 }
@@ -512,9 +540,12 @@ bool GeneratorMainHandler::runSrdoStep(const RunFacts& facts)
         srdoObjects += m_database->getIndexList(line, 4865, 4991).size();
     if (srdoObjects == 0 || !m_srdoEnabled)
         return true;
-    Step srdo{QStringLiteral("SrdoGeneratorStatic"), {}, tr("Generation of gen_srdo.c in %1 started"),
+    Step srdo{QStringLiteral("SrdoGeneratorStatic"),
+              {},
+              tr("Generation of gen_srdo.c in %1 started"),
               tr("The file gen_srdo.c in %1 is not writable")};
-    srdo.options.staticSrdoData = m_database->getGeneralSetting(QStringLiteral("static_srdo_data")).toInt() == 1;
+    srdo.options.staticSrdoData =
+        m_database->getGeneralSetting(QStringLiteral("static_srdo_data")).toInt() == 1;
     srdo.afterRun = [this](AbstractGenerator* generator) {
         if (!generator->hasFailed())
             return true;
@@ -529,7 +560,8 @@ bool GeneratorMainHandler::runSrdoStep(const RunFacts& facts)
 void GeneratorMainHandler::runDefineSteps(const RunFacts& facts)
 {
     Step define{QStringLiteral("CoDefineGenerator"), QStringLiteral("GenDefineGenerator"),
-                tr("Generation of gen_define.h in %1 started"), tr("The file gen_define.h in %1 is not writable")};
+                tr("Generation of gen_define.h in %1 started"),
+                tr("The file gen_define.h in %1 is not writable")};
     define.options.j1939Present = facts.hasJ1939;
     define.options.moreThanJ1939 = facts.hasJ1939 ? (facts.hasCANopen || facts.hasRawCan) : facts.hasRawCan;
     define.afterRun = [this](AbstractGenerator* generator) {
@@ -550,8 +582,8 @@ void GeneratorMainHandler::writePropertyFiles()
         m_output->writeLine(
             tr("Generation of gen_define.props and Directory.Build.props in %1 finished").arg(m_outputDir));
     else
-        m_output->writeLine(
-            tr("The files gen_define.props and Directory.Build.props in %1 are not writable").arg(m_outputDir));
+        m_output->writeLine(tr("The files gen_define.props and Directory.Build.props in %1 are not writable")
+                                .arg(m_outputDir));
 }
 
 // Steps 15 to 21: a device that speaks J1939 only.
@@ -560,9 +592,11 @@ void GeneratorMainHandler::runJ1939OnlySteps(const RunFacts& facts)
     if (!facts.j1939Only())
         return;
     runGenerator({QStringLiteral("PGNGenerator"), QStringLiteral("PGNGeneratorV4"),
-                  tr("Generation of gen_pgn.c in %1 started"), tr("The file gen_pgn.c in %1 is not writable")},
+                  tr("Generation of gen_pgn.c in %1 started"),
+                  tr("The file gen_pgn.c in %1 is not writable")},
                  facts);
-    const bool sdoServer = m_database->getJ1939Setting(QStringLiteral("cia510serversupport")).toInt(nullptr, 0) == 1;
+    const bool sdoServer =
+        m_database->getJ1939Setting(QStringLiteral("cia510serversupport")).toInt(nullptr, 0) == 1;
     if (sdoServer) {
         Step objdict{QStringLiteral("ObjDictGenerator"), QStringLiteral("ObjDictGeneratorV4"),
                      tr("Generation of gen_objdict.c for CAM11/CAM21 SDO server in %1 started"),
@@ -570,21 +604,29 @@ void GeneratorMainHandler::runJ1939OnlySteps(const RunFacts& facts)
         objdict.options.sdoServerMode = true;
         runGenerator(objdict, facts);
 
-        Step eds{QStringLiteral("EDSGenerator"), {},
+        Step eds{QStringLiteral("EDSGenerator"),
+                 {},
                  tr("Generation of %2 EDS file in %1 started (for CAM11/CAM21 SDO Server)"),
                  tr("The EDS file %2.eds in %1 is not writable")};
         eds.withMultiLine = true;
         runGenerator(eds, facts);
     }
     for (quint8 line : facts.lineList) {
-        runGenerator({QStringLiteral("J1939TextDocGenerator"), {},
+        runGenerator({QStringLiteral("J1939TextDocGenerator"),
+                      {},
                       tr("Generation of textual PGN documentation in %1 started"),
-                      tr("The file in %2_doc.txt in %1 is not writable"), line, true},
+                      tr("The file in %2_doc.txt in %1 is not writable"),
+                      line,
+                      true},
                      facts);
     }
     for (quint8 line : facts.lineList) {
-        runGenerator({QStringLiteral("J1939HTMLGenerator"), {}, tr("Generation of HTML pgn documentation in %1 started"),
-                      tr("The file in %2.html in %1 is not writable"), line, true},
+        runGenerator({QStringLiteral("J1939HTMLGenerator"),
+                      {},
+                      tr("Generation of HTML pgn documentation in %1 started"),
+                      tr("The file in %2.html in %1 is not writable"),
+                      line,
+                      true},
                      facts);
     }
     runJ1939DbcSteps(facts);
@@ -628,7 +670,9 @@ void GeneratorMainHandler::runDescriptionSteps(const RunFacts& facts)
     if (!facts.hasCANopen && !staticUdsIndication)
         return;
 
-    Step indication{QStringLiteral("indicationgenerator"), {}, tr("Generation of gen_indication in %1 started"),
+    Step indication{QStringLiteral("indicationgenerator"),
+                    {},
+                    tr("Generation of gen_indication in %1 started"),
                     tr("The file gen_indication.h in %1 is not writable")};
     if (usesV4() || staticUdsIndication)
         indication.classicClass = QStringLiteral("indicationgeneratorv4");
@@ -637,15 +681,23 @@ void GeneratorMainHandler::runDescriptionSteps(const RunFacts& facts)
     for (quint8 line : facts.lineList) {
         if (!isCANopenType(lineType(line)))
             continue;
-        runGenerator({QStringLiteral("CSVGenerator"), {}, tr("Generation of CSV file (deprecated) in %1 started"),
-                      tr("The file %2.csv in %1 is not writable"), line, true},
+        runGenerator({QStringLiteral("CSVGenerator"),
+                      {},
+                      tr("Generation of CSV file (deprecated) in %1 started"),
+                      tr("The file %2.csv in %1 is not writable"),
+                      line,
+                      true},
                      facts);
     }
     for (quint8 line : facts.lineList) {
         if (!isCANopenType(lineType(line)))
             continue;
-        Step icsv{QStringLiteral("ICSVGenerator"), {}, tr("Generation of ICSV file in %1 started"),
-                  tr("The file %2.icsv in %1 is not writable"), line, true};
+        Step icsv{QStringLiteral("ICSVGenerator"),
+                  {},
+                  tr("Generation of ICSV file in %1 started"),
+                  tr("The file %2.icsv in %1 is not writable"),
+                  line,
+                  true};
         icsv.options.leaveOutDocumentation =
             m_database->getMiscSetting(QStringLiteral("disableDocu")) == QLatin1String("true");
         runGenerator(icsv, facts);
@@ -658,8 +710,12 @@ void GeneratorMainHandler::runDescriptionSteps(const RunFacts& facts)
         for (quint8 line : facts.lineList) {
             if (!isCANopenType(lineType(line)))
                 continue;
-            runGenerator({QStringLiteral("XDDGenerator"), {}, tr("Generation of XDD file in %1 started"),
-                          tr("The XDD file %2.xdd in %1 is not writable"), line, true},
+            runGenerator({QStringLiteral("XDDGenerator"),
+                          {},
+                          tr("Generation of XDD file in %1 started"),
+                          tr("The XDD file %2.xdd in %1 is not writable"),
+                          line,
+                          true},
                          facts);
         }
     }
@@ -674,15 +730,23 @@ void GeneratorMainHandler::runEdsVariants(quint8 line, const RunFacts& facts)
     const QStringList variants = edsVariants(line);
     const bool canFd = m_database->getGeneralSetting(QStringLiteral("canfd_supported")).toInt() >= 1;
     for (const QString& define : variants) {
-        Step eds{QStringLiteral("EDSGenerator"), {}, tr("Generation of %2 EDS file in %1 started"),
-                 tr("The EDS file %2.eds in %1 is not writable"), line, true};
+        Step eds{QStringLiteral("EDSGenerator"),
+                 {},
+                 tr("Generation of %2 EDS file in %1 started"),
+                 tr("The EDS file %2.eds in %1 is not writable"),
+                 line,
+                 true};
         eds.startedMessage = eds.startedMessage.arg(QStringLiteral("%1"), define);
         eds.options.edsDefine = define;
         eds.options.canFd = canFd;
         runGenerator(eds, facts);
         if (canFd) {
-            Step classical{QStringLiteral("EDSGenerator"), {}, tr("Generation of %2 classical EDS file in %1 started"),
-                           tr("The EDS file %2_classical.eds in %1 is not writable"), line, true};
+            Step classical{QStringLiteral("EDSGenerator"),
+                           {},
+                           tr("Generation of %2 classical EDS file in %1 started"),
+                           tr("The EDS file %2_classical.eds in %1 is not writable"),
+                           line,
+                           true};
             classical.startedMessage = classical.startedMessage.arg(QStringLiteral("%1"), define);
             classical.options.edsDefine = define;
             classical.options.classical = true;

@@ -22,7 +22,8 @@ class GeneratorMainHandler : public QObject
 {
     Q_OBJECT
 public:
-    enum GeneratorResult {
+    enum GeneratorResult
+    {
         Success = 0,
         CheckFailed = 2,
         OutputNotWritable = 3,

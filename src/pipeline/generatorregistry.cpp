@@ -10,8 +10,7 @@
 
 namespace {
 
-template <typename DefineGenerator>
-AbstractGenerator* createDefineGenerator(const GeneratorOptions& options)
+template <typename DefineGenerator> AbstractGenerator* createDefineGenerator(const GeneratorOptions& options)
 {
     auto* generator = new DefineGenerator;
     generator->setJ1939Present(options.j1939Present);
@@ -19,8 +18,7 @@ AbstractGenerator* createDefineGenerator(const GeneratorOptions& options)
     return generator;
 }
 
-template <typename ObjDict>
-AbstractGenerator* createObjDictGenerator(const GeneratorOptions& options)
+template <typename ObjDict> AbstractGenerator* createObjDictGenerator(const GeneratorOptions& options)
 {
     return new ObjDict(options.compactArrays, options.sdoServerMode);
 }
@@ -28,12 +26,13 @@ AbstractGenerator* createObjDictGenerator(const GeneratorOptions& options)
 QHash<QString, GeneratorRegistry::Entry> builtInGenerators()
 {
     QHash<QString, GeneratorRegistry::Entry> known;
-    known.insert(QStringLiteral("IndicesGenerator"), {[](const GeneratorOptions& options) -> AbstractGenerator* {
-                                                          auto* generator = new IndicesGenerator;
-                                                          generator->setLineList(options.lineList);
-                                                          return generator;
-                                                      },
-                                                      {}});
+    known.insert(QStringLiteral("IndicesGenerator"),
+                 {[](const GeneratorOptions& options) -> AbstractGenerator* {
+                      auto* generator = new IndicesGenerator;
+                      generator->setLineList(options.lineList);
+                      return generator;
+                  },
+                  {}});
     known.insert(QStringLiteral("CoDefineGenerator"), {createDefineGenerator<CoDefineGenerator>, {}});
     known.insert(QStringLiteral("GenDefineGenerator"), {createDefineGenerator<GenDefineGenerator>, {}});
     known.insert(QStringLiteral("ObjDictGenerator"), {createObjDictGenerator<ObjDictGenerator>, {}});

@@ -134,8 +134,8 @@ void PostGenProcessor::proceedGenerationSlot()
         if (m_commandExitCode == 0)
             m_output->writeLine(tr("Generation completed."));
         else
-            m_output->writeLine(
-                tr("<b>Warning: Generation completed, but post gen process returned %1.</b>").arg(m_commandExitCode));
+            m_output->writeLine(tr("<b>Warning: Generation completed, but post gen process returned %1.</b>")
+                                    .arg(m_commandExitCode));
         m_step = 0;
         break;
     default:
@@ -258,10 +258,17 @@ void PostGenProcessor::convertLineEndings()
         return;
     }
     const QStringList files = {
-        QStringLiteral("gen_define.h"),    QStringLiteral("gen_indication.h"), QStringLiteral("gen_indices.h"),
-        QStringLiteral("gen_extern_decl.h"), QStringLiteral("gen_var_decl.h"), QStringLiteral("gen_srdo.c"),
-        QStringLiteral("gen_sdg.c"),       QStringLiteral("gen_objdict.c"),    QStringLiteral("gen_pgn.c"),
-        QStringLiteral("gen_define.props"), QStringLiteral("Directory.Build.props"),
+        QStringLiteral("gen_define.h"),
+        QStringLiteral("gen_indication.h"),
+        QStringLiteral("gen_indices.h"),
+        QStringLiteral("gen_extern_decl.h"),
+        QStringLiteral("gen_var_decl.h"),
+        QStringLiteral("gen_srdo.c"),
+        QStringLiteral("gen_sdg.c"),
+        QStringLiteral("gen_objdict.c"),
+        QStringLiteral("gen_pgn.c"),
+        QStringLiteral("gen_define.props"),
+        QStringLiteral("Directory.Build.props"),
     };
     for (const QString& file : files)
         Helper::modifyLineEnding(m_outputDir + QLatin1Char('/') + file, ending);

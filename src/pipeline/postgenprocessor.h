@@ -17,7 +17,8 @@ class PostGenProcessor : public QObject
 {
     Q_OBJECT
 public:
-    PostGenProcessor(OutputHandlerBase* output, PostGenProgressHandler* progressHandler, QObject* parent = nullptr);
+    PostGenProcessor(OutputHandlerBase* output, PostGenProgressHandler* progressHandler,
+                     QObject* parent = nullptr);
 
     void run(QSharedPointer<ObjectDataBase> database, const QString& outputDir, const QString& baseName,
              bool skipEdsCheck, bool skipProgressValue);

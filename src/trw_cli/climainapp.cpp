@@ -5,18 +5,21 @@
 #include <QCoreApplication>
 
 CLIMainApp::CLIMainApp(const QStringList& arguments, CLIOutputHandler* output, QObject* parent)
-    : QObject(parent), m_arguments(arguments), m_output(output), m_handler(new GeneratorMainHandler(output, this))
+    : QObject(parent), m_arguments(arguments), m_output(output),
+      m_handler(new GeneratorMainHandler(output, this))
 {
     connect(m_handler, &GeneratorMainHandler::finished, this, &CLIMainApp::generatorFinished);
 
-    m_options.insert(QStringLiteral("-project"), tr("Sets the project file to use. This argument is mandatory."));
+    m_options.insert(QStringLiteral("-project"),
+                     tr("Sets the project file to use. This argument is mandatory."));
     m_options.insert(QStringLiteral("-import"), tr("Sets an importfile. This argument is optional."));
     m_options.insert(QStringLiteral("-save"),
                      tr("Saves the project file. Could be helpful in combination with import option."));
     m_options.insert(QStringLiteral("-s"),
                      tr("Saves the project file. Could be helpful in combination with import option."));
-    m_options.insert(QStringLiteral("-stackpath"),
-                     tr("Sets the path to the stack. It is required for SRDO generation; otherwise optional."));
+    m_options.insert(
+        QStringLiteral("-stackpath"),
+        tr("Sets the path to the stack. It is required for SRDO generation; otherwise optional."));
     m_options.insert(QStringLiteral("-dbmod"), tr("Apply a db modification. Only for internal use."));
 
     m_results.insert(0, tr("No error"));

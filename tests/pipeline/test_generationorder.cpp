@@ -43,12 +43,14 @@ private:
 };
 
 const QStringList allClasses = {
-    "IndicesGenerator", "TextDocGenerator", "HTMLGenerator", "ObjDictGenerator", "ObjDictGeneratorV4",
-    "VobjDictGenerator", "VobjDictGeneratorV4", "MultiProGenerator", "MultiProGeneratorV4", "J1939TextDocGenerator",
-    "RawCANTextDocGenerator", "RawCANDBCGenerator", "J1939HTMLGenerator", "DBCGenerator", "SrdoGeneratorStatic",
-    "GenDefineGenerator", "CoDefineGenerator", "PGNGenerator", "PGNGeneratorV4", "ExtDeclGenerator",
-    "ExtDeclGeneratorV4", "SDMGenerator", "SDMGeneratorV4", "indicationgenerator", "indicationgeneratorv4",
-    "CSVGenerator", "ICSVGenerator", "EDSGenerator", "XDDGenerator"};
+    "IndicesGenerator",      "TextDocGenerator",      "HTMLGenerator",          "ObjDictGenerator",
+    "ObjDictGeneratorV4",    "VobjDictGenerator",     "VobjDictGeneratorV4",    "MultiProGenerator",
+    "MultiProGeneratorV4",   "J1939TextDocGenerator", "RawCANTextDocGenerator", "RawCANDBCGenerator",
+    "J1939HTMLGenerator",    "DBCGenerator",          "SrdoGeneratorStatic",    "GenDefineGenerator",
+    "CoDefineGenerator",     "PGNGenerator",          "PGNGeneratorV4",         "ExtDeclGenerator",
+    "ExtDeclGeneratorV4",    "SDMGenerator",          "SDMGeneratorV4",         "indicationgenerator",
+    "indicationgeneratorv4", "CSVGenerator",          "ICSVGenerator",          "EDSGenerator",
+    "XDDGenerator"};
 
 class GenerationOrder : public ::testing::Test
 {
@@ -91,7 +93,8 @@ protected:
             for (int line = 0; line < lineTypes.size(); ++line) {
                 if (line > 0)
                     db.addNode(line, NODE_DATA_T());
-                db.setGeneralSetting(QStringLiteral("line%1type").arg(line), QString::number(lineTypes.at(line)));
+                db.setGeneralSetting(QStringLiteral("line%1type").arg(line),
+                                     QString::number(lineTypes.at(line)));
                 cleanproject::addLineSettings(db, quint8(line));
                 cleanproject::addMandatoryObjects(db, quint8(line));
             }
@@ -135,26 +138,27 @@ TEST_F(GenerationOrder, StepsFollowTheLineTypes)
     const QList<OrderCase> cases = {
         {"CANopen",
          {1},
-         {"IndicesGenerator", "TextDocGenerator", "HTMLGenerator", "ObjDictGeneratorV4", "VobjDictGeneratorV4",
-          "GenDefineGenerator", "indicationgeneratorv4", "CSVGenerator", "ICSVGenerator", "EDSGenerator"}},
+         {"IndicesGenerator", "TextDocGenerator", "HTMLGenerator", "ObjDictGeneratorV4",
+          "VobjDictGeneratorV4", "GenDefineGenerator", "indicationgeneratorv4", "CSVGenerator",
+          "ICSVGenerator", "EDSGenerator"}},
         {"J1939",
          {2},
-         {"IndicesGenerator", "GenDefineGenerator", "PGNGeneratorV4", "J1939TextDocGenerator", "J1939HTMLGenerator",
-          "DBCGenerator", "ExtDeclGeneratorV4"}},
+         {"IndicesGenerator", "GenDefineGenerator", "PGNGeneratorV4", "J1939TextDocGenerator",
+          "J1939HTMLGenerator", "DBCGenerator", "ExtDeclGeneratorV4"}},
         {"raw CAN",
          {4},
          {"IndicesGenerator", "MultiProGeneratorV4", "RawCANTextDocGenerator", "RawCANDBCGenerator",
           "GenDefineGenerator", "ExtDeclGeneratorV4"}},
         {"CANopen and J1939",
          {5},
-         {"IndicesGenerator", "TextDocGenerator", "HTMLGenerator_co", "MultiProGeneratorV4", "J1939TextDocGenerator",
-          "J1939HTMLGenerator_j1939", "DBCGenerator", "GenDefineGenerator", "ExtDeclGeneratorV4",
-          "indicationgeneratorv4", "CSVGenerator", "ICSVGenerator", "EDSGenerator"}},
+         {"IndicesGenerator", "TextDocGenerator", "HTMLGenerator_co", "MultiProGeneratorV4",
+          "J1939TextDocGenerator", "J1939HTMLGenerator_j1939", "DBCGenerator", "GenDefineGenerator",
+          "ExtDeclGeneratorV4", "indicationgeneratorv4", "CSVGenerator", "ICSVGenerator", "EDSGenerator"}},
         {"CANopen and raw CAN",
          {6},
-         {"IndicesGenerator", "TextDocGenerator", "HTMLGenerator_co", "MultiProGeneratorV4", "RawCANTextDocGenerator",
-          "RawCANDBCGenerator", "GenDefineGenerator", "ExtDeclGeneratorV4", "indicationgeneratorv4", "CSVGenerator",
-          "ICSVGenerator", "EDSGenerator"}},
+         {"IndicesGenerator", "TextDocGenerator", "HTMLGenerator_co", "MultiProGeneratorV4",
+          "RawCANTextDocGenerator", "RawCANDBCGenerator", "GenDefineGenerator", "ExtDeclGeneratorV4",
+          "indicationgeneratorv4", "CSVGenerator", "ICSVGenerator", "EDSGenerator"}},
         {"J1939 and raw CAN",
          {7},
          {"IndicesGenerator", "MultiProGeneratorV4", "J1939TextDocGenerator", "RawCANTextDocGenerator",
@@ -164,14 +168,14 @@ TEST_F(GenerationOrder, StepsFollowTheLineTypes)
         {"type 3", {3}, {"GenDefineGenerator"}},
         {"CANopen line and J1939 line",
          {1, 2},
-         {"IndicesGenerator", "TextDocGenerator", "HTMLGenerator", "MultiProGeneratorV4", "J1939TextDocGenerator",
-          "J1939HTMLGenerator", "DBCGenerator", "GenDefineGenerator", "ExtDeclGeneratorV4", "indicationgeneratorv4",
-          "CSVGenerator", "ICSVGenerator", "EDSGenerator"}},
+         {"IndicesGenerator", "TextDocGenerator", "HTMLGenerator", "MultiProGeneratorV4",
+          "J1939TextDocGenerator", "J1939HTMLGenerator", "DBCGenerator", "GenDefineGenerator",
+          "ExtDeclGeneratorV4", "indicationgeneratorv4", "CSVGenerator", "ICSVGenerator", "EDSGenerator"}},
         {"two CANopen lines",
          {1, 1},
          {"IndicesGenerator", "TextDocGenerator", "TextDocGenerator", "HTMLGenerator", "HTMLGenerator",
-          "ObjDictGeneratorV4", "VobjDictGeneratorV4", "GenDefineGenerator", "indicationgeneratorv4", "CSVGenerator",
-          "CSVGenerator", "ICSVGenerator", "ICSVGenerator", "EDSGenerator", "EDSGenerator"}},
+          "ObjDictGeneratorV4", "VobjDictGeneratorV4", "GenDefineGenerator", "indicationgeneratorv4",
+          "CSVGenerator", "CSVGenerator", "ICSVGenerator", "ICSVGenerator", "EDSGenerator", "EDSGenerator"}},
     };
     for (const OrderCase& c : cases) {
         output.text.clear();
@@ -183,8 +187,10 @@ TEST_F(GenerationOrder, StepsFollowTheLineTypes)
 TEST_F(GenerationOrder, StartedMessageStandsBeforeCompletion)
 {
     run({1});
-    const qsizetype started = output.text.indexOf(QStringLiteral("Generation of gen_indices.h in %1 started").arg(dir.path()));
-    const qsizetype completed = output.text.indexOf(QStringLiteral("Generation of IndicesGenerator completed. \n"));
+    const qsizetype started =
+        output.text.indexOf(QStringLiteral("Generation of gen_indices.h in %1 started").arg(dir.path()));
+    const qsizetype completed =
+        output.text.indexOf(QStringLiteral("Generation of IndicesGenerator completed. \n"));
     ASSERT_GE(started, 0) << qPrintable(output.text);
     EXPECT_LT(started, completed);
     EXPECT_TRUE(output.text.endsWith(QStringLiteral("Generation finished.\nGeneration completed.\n")));
@@ -219,8 +225,8 @@ TEST_F(GenerationOrder, FailedSrdoGeneratorEndsTheRun)
         db.addIndex(0, 0x1301, srdo);
     });
     EXPECT_EQ(result, GeneratorMainHandler::SrdoTemplateMissing);
-    EXPECT_TRUE(output.text.contains(
-        QStringLiteral("<b>ERROR - Generation of SrdoGeneratorStatic failed. template missing</b>\ntemplate missing\n")))
+    EXPECT_TRUE(output.text.contains(QStringLiteral(
+        "<b>ERROR - Generation of SrdoGeneratorStatic failed. template missing</b>\ntemplate missing\n")))
         << qPrintable(output.text);
     EXPECT_FALSE(completed.contains(QStringLiteral("GenDefineGenerator")));
     EXPECT_FALSE(output.text.contains(QStringLiteral("Generation finished.")));
@@ -231,10 +237,12 @@ TEST_F(GenerationOrder, EdsVariantsComeFromTheEdsDefineMetadata)
     const QStringList completed = run({1}, [](ObjectDataBase& db) {
         db.setGeneralSetting(QStringLiteral("canfd_supported"), QStringLiteral("1"));
         INDEX_DATA_T object;
-        object.metadata.reset(new QMap<QString, QString>{{QStringLiteral("eds_define"), QStringLiteral("VARIANT_B")}});
+        object.metadata.reset(
+            new QMap<QString, QString>{{QStringLiteral("eds_define"), QStringLiteral("VARIANT_B")}});
         db.addIndex(0, 0x2000, object);
         SUBINDEX_DATA_T sub;
-        sub.metadata.reset(new QMap<QString, QString>{{QStringLiteral("eds_define"), QStringLiteral("VARIANT_A")}});
+        sub.metadata.reset(
+            new QMap<QString, QString>{{QStringLiteral("eds_define"), QStringLiteral("VARIANT_A")}});
         db.addSubIndex(0, 0x2000, 0, sub);
         db.addIndex(0, 0x2001, object);
     });
@@ -243,7 +251,8 @@ TEST_F(GenerationOrder, EdsVariantsComeFromTheEdsDefineMetadata)
                                 "EDSGenerator[classical][VARIANT_B]", "EDSGenerator[VARIANT_A]",
                                 "EDSGenerator[classical][VARIANT_A]"}));
     EXPECT_TRUE(output.text.contains(QStringLiteral("XDDGenerator")));
-    EXPECT_TRUE(output.text.contains(QStringLiteral("Warning: multiple different EDS files to be generated.\n\n")));
+    EXPECT_TRUE(
+        output.text.contains(QStringLiteral("Warning: multiple different EDS files to be generated.\n\n")));
 }
 
 TEST_F(GenerationOrder, BootloaderOnlyLeavesOutIndicesAndDeclarations)
@@ -277,7 +286,8 @@ TEST_F(GenerationOrder, SdoServerModeOfAJ1939Device)
     EXPECT_EQ(completed.mid(0, 5), (QStringList{"IndicesGenerator", "GenDefineGenerator", "PGNGeneratorV4",
                                                 "ObjDictGeneratorV4[sdo]", "EDSGenerator"}));
     EXPECT_TRUE(output.text.contains(
-        QStringLiteral("Generation of device EDS file in %1 started (for CAM11/CAM21 SDO Server)").arg(dir.path())));
+        QStringLiteral("Generation of device EDS file in %1 started (for CAM11/CAM21 SDO Server)")
+            .arg(dir.path())));
 }
 
 TEST_F(GenerationOrder, CppOutputCopiesTheObjectDictionaryAndUserHeader)
@@ -298,7 +308,8 @@ TEST_F(GenerationOrder, CppOutputCopiesTheObjectDictionaryAndUserHeader)
     EXPECT_EQ(cpp.readAll(), QByteArray("int x;\n"));
     QFile hpp(dir.path() + QStringLiteral("/gen_user.hpp"));
     ASSERT_TRUE(hpp.open(QIODevice::ReadOnly));
-    EXPECT_EQ(hpp.readAll(), QByteArray("extern \"C\" RET_T myIndication(void);\nextern \"C\" RET_T other(void);\n"));
+    EXPECT_EQ(hpp.readAll(),
+              QByteArray("extern \"C\" RET_T myIndication(void);\nextern \"C\" RET_T other(void);\n"));
 }
 
 TEST_F(GenerationOrder, MultiLineRunsHeadTheCheckOfEachLine)

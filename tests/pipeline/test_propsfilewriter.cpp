@@ -30,17 +30,19 @@ TEST(PropsFileWriter, OnlyValuedSymbolsWithoutParametersBecomeConstants)
                  "#endif\n");
     define.close();
     ASSERT_TRUE(PropsFileWriter::write(define.fileName(), dir.path()));
-    EXPECT_EQ(read(dir.path() + QStringLiteral("/gen_define.props")),
-              QByteArray("<?xml version=\"1.0\" encoding=\"utf-8\"?>\n"
-                         "<!-- Auto-generated from gen_define.h - do not edit. -->\n"
-                         "<!-- C# conditional-compilation symbols that make the #if in the -->\n"
-                         "<!-- generated wrapper match the compiled stack_wrapper DLL. -->\n"
-                         "<!-- Imported automatically by Directory.Build.props when present. -->\n"
-                         "<Project>\n"
-                         "  <PropertyGroup>\n"
-                         "    <DefineConstants>$(DefineConstants);CO_SDO_SERVER_CNT;CO_EMCY_PRODUCER</DefineConstants>\n"
-                         "  </PropertyGroup>\n"
-                         "</Project>\n"));
+    EXPECT_EQ(
+        read(dir.path() + QStringLiteral("/gen_define.props")),
+        QByteArray(
+            "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n"
+            "<!-- Auto-generated from gen_define.h - do not edit. -->\n"
+            "<!-- C# conditional-compilation symbols that make the #if in the -->\n"
+            "<!-- generated wrapper match the compiled stack_wrapper DLL. -->\n"
+            "<!-- Imported automatically by Directory.Build.props when present. -->\n"
+            "<Project>\n"
+            "  <PropertyGroup>\n"
+            "    <DefineConstants>$(DefineConstants);CO_SDO_SERVER_CNT;CO_EMCY_PRODUCER</DefineConstants>\n"
+            "  </PropertyGroup>\n"
+            "</Project>\n"));
     EXPECT_EQ(read(dir.path() + QStringLiteral("/Directory.Build.props")),
               QByteArray("<?xml version=\"1.0\" encoding=\"utf-8\"?>\n"
                          "<!-- Auto-imported by MSBuild. Pulls in the generated define -->\n"
@@ -61,7 +63,8 @@ TEST(PropsFileWriter, WithoutGenDefineOnlyTheDirectoryFileIsWritten)
 
 TEST(PropsFileWriter, UnwritableFolderFails)
 {
-    EXPECT_FALSE(PropsFileWriter::write(QStringLiteral("/no/such/gen_define.h"), QStringLiteral("/no/such/folder")));
+    EXPECT_FALSE(
+        PropsFileWriter::write(QStringLiteral("/no/such/gen_define.h"), QStringLiteral("/no/such/folder")));
 }
 
 } // namespace

@@ -198,8 +198,10 @@ void CoDefineGenerator::writeBannerAndToolBlock()
     out << "#define GEN_TOOL_VERSION\t" << toolVersionNumber(m_version) << "\n";
     out << "/* init struct versions */\n";
     out << "#define GEN_COMMON_INIT_STRUCT_VERSION \t1u\n";
-    if (settingInt(QStringLiteral("udsserver_supported")) > 0 || settingInt(QStringLiteral("udsclient_supported")) > 0)
-        out << "#define GEN_UDS_INIT_STRUCT_VERSION \t" << setting(QStringLiteral("udsserver_version")) << "u\n";
+    if (settingInt(QStringLiteral("udsserver_supported")) > 0 ||
+        settingInt(QStringLiteral("udsclient_supported")) > 0)
+        out << "#define GEN_UDS_INIT_STRUCT_VERSION \t" << setting(QStringLiteral("udsserver_version"))
+            << "u\n";
     if (anyLineOfType({1, 5, 6}))
         out << "#define GEN_CANOPEN_INIT_STRUCT_VERSION \t5u\n";
     if (anyLineOfType({2, 5, 7}))
@@ -317,7 +319,8 @@ void CoDefineGenerator::writeApplicationBlock()
     if (coreForm()) {
         bool overwritePredefined = false;
         for (quint8 line : std::as_const(m_lines))
-            overwritePredefined = overwritePredefined || lineSetting(QStringLiteral("overwrite_predef"), line).toInt() > 0;
+            overwritePredefined =
+                overwritePredefined || lineSetting(QStringLiteral("overwrite_predef"), line).toInt() > 0;
         if (overwritePredefined)
             out << "#define GEN_OVERWRITE_PREDEF_CONN_SET\t1u\n";
     }
@@ -415,7 +418,8 @@ int CoDefineGenerator::objects(quint8 line, quint16 from, quint16 to) const
 int CoDefineGenerator::subs(quint8 line, quint16 index, quint8 from) const
 {
     const QList<quint8> subindices = m_subIndexLists.value(quint32(line) << 16 | index);
-    return int(std::count_if(subindices.cbegin(), subindices.cend(), [from](quint8 sub) { return sub >= from; }));
+    return int(
+        std::count_if(subindices.cbegin(), subindices.cend(), [from](quint8 sub) { return sub >= from; }));
 }
 
 bool CoDefineGenerator::has(quint8 line, quint16 index) const
@@ -436,7 +440,8 @@ int CoDefineGenerator::sumOverLines(const std::function<int(quint8)>& value) con
     return sum;
 }
 
-QString CoDefineGenerator::lineList(const std::function<QString(quint8)>& value, const QString& separator) const
+QString CoDefineGenerator::lineList(const std::function<QString(quint8)>& value,
+                                    const QString& separator) const
 {
     QStringList values;
     for (quint8 line : m_lines)

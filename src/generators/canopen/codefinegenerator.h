@@ -53,9 +53,9 @@ protected:
         explicit SectionStream(CoDefineGenerator* generator);
         SectionStream& operator<<(const char* literal);
         SectionStream& operator<<(const QString& text);
-        template <typename T, std::enable_if_t<std::is_integral_v<T> && !std::is_same_v<T, bool> &&
-                                                    !std::is_same_v<T, char>,
-                                                int> = 0>
+        template <typename T,
+                  std::enable_if_t<
+                      std::is_integral_v<T> && !std::is_same_v<T, bool> && !std::is_same_v<T, char>, int> = 0>
         SectionStream& operator<<(T number)
         {
             m_stream << QString::number(number);
@@ -153,7 +153,8 @@ protected:
     // "<a>u, <b>u" over the lines.
     QString lineList(const std::function<QString(quint8)>& value,
                      const QString& separator = QStringLiteral(", ")) const;
-    QString countList(const std::function<int(quint8)>& count, const QString& separator = QStringLiteral(", ")) const;
+    QString countList(const std::function<int(quint8)>& count,
+                      const QString& separator = QStringLiteral(", ")) const;
     // Default of a sub-index read as a number with automatic base; 0 when absent.
     quint64 defaultNumber(quint8 line, quint16 index, quint8 subindex) const;
     // A receive or transmit buffer size; the default holds only when the row is missing.

@@ -11,7 +11,8 @@ bool PropsFileWriter::write(const QString& genDefinePath, const QString& outputD
     const QStringList symbols = definedSymbols(genDefinePath, &found);
     const QString directoryProps = outputDir + QStringLiteral("/Directory.Build.props");
     if (!found) {
-        qDebug() << Q_FUNC_INFO << "gen_define.h not found, writing Directory.Build.props only: " << genDefinePath;
+        qDebug() << Q_FUNC_INFO
+                 << "gen_define.h not found, writing Directory.Build.props only: " << genDefinePath;
         return writeDirectoryBuildProps(directoryProps);
     }
     const bool defineOk = writeDefineProps(outputDir + QStringLiteral("/gen_define.props"), symbols);
@@ -28,7 +29,8 @@ QStringList PropsFileWriter::definedSymbols(const QString& genDefinePath, bool* 
         return symbols;
     // "#  define NAME value": a macro with parameters, or one without a value
     // or with the value 0, does not become a C# symbol.
-    static const QRegularExpression define(QStringLiteral("^#\\s*define\\s+([A-Za-z_][A-Za-z0-9_]*)(\\(?)\\s*(.*)$"));
+    static const QRegularExpression define(
+        QStringLiteral("^#\\s*define\\s+([A-Za-z_][A-Za-z0-9_]*)(\\(?)\\s*(.*)$"));
     QTextStream in(&file);
     while (!in.atEnd()) {
         const QString line = in.readLine().trimmed();
@@ -59,7 +61,8 @@ bool PropsFileWriter::writeDefineProps(const QString& path, const QStringList& s
     out << "<!-- Imported automatically by Directory.Build.props when present. -->\n";
     out << "<Project>\n";
     out << "  <PropertyGroup>\n";
-    out << "    <DefineConstants>$(DefineConstants);" << symbols.join(QLatin1Char(';')) << "</DefineConstants>\n";
+    out << "    <DefineConstants>$(DefineConstants);" << symbols.join(QLatin1Char(';'))
+        << "</DefineConstants>\n";
     out << "  </PropertyGroup>\n";
     out << "</Project>\n";
     out.flush();
