@@ -318,7 +318,8 @@ INSTANTIATE_TEST_SUITE_P(
                    "{\n\t(UNSIGNED8)3u,\n",
                    "static CO_CONST PDO_REC_MAP_TABLE_T CO_CONST_STORAGE_CLASS\tmapTableRPDO1 = {\n",
                    "CO_CONST CO_OD_DATA_VARIABLES_T od_data_variables = {\n   &od_const_u8[0]\n    , "
-                   "&od_const_u16[0]\n"}},
+                   "&od_const_u16[0]\n",
+                   "    retVal = coNmtInit(0u);\n    if (retVal != RET_OK) {\n"}},
         PieceCase{"WideIntegerInitialisers",
                   false,
                   false,
@@ -365,7 +366,8 @@ INSTANTIATE_TEST_SUITE_P(
                    "    coOdInitOdPtr(canLine, &od_assign[",
                    "static CO_CONST PDO_TR_MAP_TABLE_T "
                    "CO_CONST_STORAGE_CLASS\tmapTableTPDO1_1 = {\n",
-                   "    retVal = coPdoTransmitInit(canLine, 1u, od_const_u8["}},
+                   "    retVal = coPdoTransmitInit(canLine, 1u, od_const_u8[",
+                   "    retVal = coNmtInit(canLine, 0u);\n    return(RET_OK);\n}\n"}},
         PieceCase{
             "V4Words",
             false,

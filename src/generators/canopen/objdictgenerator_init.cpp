@@ -518,7 +518,10 @@ void ObjDictGenerator::writeNmtInit(SectionStream& out, bool master, bool perLin
         out << "    /* initialize NMT slave */ \n";
         out << "    retVal = coNmtInit(" << args(perLine, QStringLiteral("0u")) << ");\n";
     }
-    writeCheck(out);
+    // A line's start ends in the NMT call and reports success whatever it
+    // gives, as the run-time master choice of a line does.
+    if (!perLine)
+        writeCheck(out);
 }
 
 void ObjDictGenerator::writeStackInitMultiLine()
