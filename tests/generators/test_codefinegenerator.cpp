@@ -543,6 +543,48 @@ TEST(DefineGenerator, ListsAndSumsOverLines)
                                "unsigned char fctA(void);\nunsigned char fctB(void);\n"));
 }
 
+// A setting is tested as a number, but a value that passes is written as the
+// user wrote it.
+TEST(DefineGenerator, SettingValuesTestedAsNumbersWrittenAsText)
+{
+    struct Case
+    {
+        QList<QPair<QString, QString>> settings;
+        QString present;
+        QString absent;
+    };
+    const QList<Case> cases = {
+        {{{"user_tx_cob", "03"}, {"user_rx_cob", "0"}},
+         "#define USER_TRANSMIT_MSG_CNT\t03u\n#define CO_USER_EXTENSION_SUPPORTED\t1u\n",
+         "USER_RECEIVE_MSG_CNT"},
+        {{{"user_tx_cob", "x"}, {"user_rx_cob", " 2"}},
+         "#define USER_RECEIVE_MSG_CNT\t 2u\n#define CO_USER_EXTENSION_SUPPORTED\t1u\n",
+         "USER_TRANSMIT_MSG_CNT"},
+        {{{"user_tx_cob", "0x10"}}, "/* Definition of CAN queue sizes */\n", "CO_USER_EXTENSION_SUPPORTED"},
+        {{{"receivebuffersize", ""}},
+         "#define CO_CONFIG_REC_BUFFER_CNT\tu\n",
+         "CO_CONFIG_REC_BUFFER_CNT\t10u"},
+        {{{"max_slave_assignment", " 4 "}}, "#define CO_MAX_ASSIGN_COUNTS\t4u\n", ""},
+        {{{"max_slave_assignment", "00"}}, "#define CO_MAX_ASSIGN_COUNTS\t2u\n", ""},
+        {{{"max_slave_assignment", "all"}}, "#define CO_MAX_ASSIGN_COUNTS\t2u\n", ""},
+    };
+    for (const Case& c : cases) {
+        QTemporaryDir dir;
+        ObjectDataBase db;
+        openSmallProject(db);
+        addObject(db, 0, 0x1F81, "Slave assignment", 8,
+                  {{0, "count", 5, "2"}, {1, "node 1", 7, "0"}, {2, "node 2", 7, "0"}});
+        for (const auto& [key, value] : c.settings)
+            db.setGeneralSetting(key, value);
+        const QString text = classicText(db, dir.path());
+        SCOPED_TRACE(c.settings.first().first.toStdString() + "=" + c.settings.first().second.toStdString());
+        EXPECT_TRUE(text.contains(c.present)) << text.toStdString();
+        if (!c.absent.isEmpty()) {
+            EXPECT_FALSE(text.contains(c.absent)) << text.toStdString();
+        }
+    }
+}
+
 TEST(DefineGenerator, NodeIdsAreNormalised)
 {
     const QList<QPair<QString, QString>> cases = {

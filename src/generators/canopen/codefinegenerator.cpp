@@ -214,13 +214,14 @@ void CoDefineGenerator::writeBannerAndToolBlock()
 void CoDefineGenerator::writeQueueBlock()
 {
     SectionStream out(this);
-    const int userTx = settingInt(QStringLiteral("user_tx_cob"));
-    const int userRx = settingInt(QStringLiteral("user_rx_cob"));
-    if (userTx > 0)
+    // The counts stand as the user wrote them; only the test is numeric.
+    const QString userTx = setting(QStringLiteral("user_tx_cob"));
+    const QString userRx = setting(QStringLiteral("user_rx_cob"));
+    if (userTx.toInt() > 0)
         out << "#define USER_TRANSMIT_MSG_CNT\t" << userTx << "u\n";
-    if (userRx > 0)
+    if (userRx.toInt() > 0)
         out << "#define USER_RECEIVE_MSG_CNT\t" << userRx << "u\n";
-    if (userTx > 0 || userRx > 0)
+    if (userTx.toInt() > 0 || userRx.toInt() > 0)
         out << "#define CO_USER_EXTENSION_SUPPORTED\t1u\n";
     if (settingInt(QStringLiteral("sorted_coblist")) > 0) {
         out << "/* Use of sorted COB list*/\n";

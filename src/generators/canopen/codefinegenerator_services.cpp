@@ -192,7 +192,7 @@ void CoDefineGenerator::writeLineSettings(SectionStream& out)
     out << "#define CO_ASSIGN_COUNTS\t" << countList([this](quint8 l) { return subs(l, 0x1F81, 1); }) << "\n";
     const QString maxAssignment = setting(QStringLiteral("max_slave_assignment")).trimmed();
     out << "#define CO_MAX_ASSIGN_COUNTS\t" << lineList([this, &maxAssignment](quint8 l) {
-        if (!maxAssignment.isEmpty() && maxAssignment != QLatin1String("0"))
+        if (maxAssignment.toInt() != 0)
             return maxAssignment;
         return QString::number(subs(l, 0x1F81, 1));
     }) << "\n";
