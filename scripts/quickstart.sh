@@ -4,17 +4,6 @@
 set -euo pipefail
 
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
-build="${TRW_BUILD_DIR:-$root/build}"
 
 bash "$root/scripts/setup.sh"
-
-example="${1:-$root/examples/cia401_io_module/cia401_io_module.trwt}"
-workdir="$build/example"
-rm -rf "$workdir"
-mkdir -p "$workdir"
-cp "$example" "$workdir/"
-
-"$build/trw" -project "$workdir/$(basename "$example")"
-echo
-echo "Generated files in $workdir:"
-ls "$workdir"
+bash "$root/scripts/run_example.sh" "$@"
