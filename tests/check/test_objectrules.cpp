@@ -386,6 +386,14 @@ TEST(ObjectRules, SubIndices)
              setSub(p, 0x2000, 1, [](auto& r) { r.name = ""; });
          }},
          {variable([](auto& r) { r.name = ""; })}},
+        // Behind "-0x" the sub-index has two hexadecimal digits, unlike the decimal forms of other rules.
+        {"unnamed sub-index beyond 9 of an ARRAY",
+         "<strong>Error: </strong>Object 0x2000-0x0a: The object does not have a name. (Required for EDS)",
+         {[](TestProject& p) {
+             p.addArray(0x2000, QStringList(10, "0"));
+             setSub(p, 0x2000, 10, [](auto& r) { r.name = ""; });
+         }},
+         {[](TestProject& p) { p.addArray(0x2000, QStringList(10, "0")); }}},
         {"application variable without a name",
          "<strong>Error: </strong>Object 0x2000-0x00: The variable name is missing.",
          {variable([](auto& r) { r.implementation = applicationVariable; })},

@@ -133,6 +133,20 @@ TEST(PdoRules, MappingObjects)
          "<strong>Error: </strong>Object 0x1a00: The mapped object 0x3000:00 does not exist.",
          {tpdoMapping(6, "rw", {"0x30000010"})},
          {tpdoMapping(6, "rw", {"0x20000010"})}},
+        // The mapped sub-index has two hexadecimal digits, the entry's own sub-index is decimal.
+        {"mapped sub-index beyond 9 missing",
+         "<strong>Error: </strong>Object 0x1a00: The mapped object 0x3000:0c does not exist.",
+         {tpdoMapping(6, "rw", {"0x30000C10"})},
+         {tpdoMapping(6, "rw", {"0x20000010"})}},
+        {"active empty entry beyond 9",
+         "<strong>Error: </strong>Object 0x1600:10 is an active mapping entry but maps no object (empty "
+         "entry).",
+         {[](TestProject& p) {
+             QStringList entries(9, "0x00050000");
+             entries << "0x00000000";
+             p.addRpdo(1, "$NODEID+0x200", entries);
+         }},
+         {[](TestProject& p) { p.addRpdo(1, "$NODEID+0x200", QStringList(10, "0x00050000")); }}},
         {"mapped object missing from an RPDO is read-only by default",
          "<strong>Error: </strong>Object 0x1600: The access right of the mapped object 0x3000:00 does not "
          "fit for an "
