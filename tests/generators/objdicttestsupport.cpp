@@ -185,7 +185,7 @@ void addSyntheticDevice(ObjectDataBase& db, quint8 line)
                {2, 7, "$NODEID+0x600", 1, "const"},
                {3, 3, "-1", 1, "const"},
                {4, 9, "hello", 1, "const", QString(), 5},
-               {5, 9, "|x414243", 1, "const", QString(), 3},
+               {5, 10, "|x414243", 1, "const", QString(), 3},
                {6, 124, "grün", 1, "const", QString(), 5},
                {7, 27, "0x10", 1, "const"}});
     addObject(db, line, 0x2004, 7, {{0, 9, "abc", 2, rw, "app_text_l{line}", 16}});

@@ -336,7 +336,8 @@ INSTANTIATE_TEST_SUITE_P(
                   false,
                   false,
                   {},
-                  {"\t(UNSIGNED32)1536UL", "\t\"\\x41\\x42\\x43\"", "\t\"hello\"", "\t(INTEGER16)-1"}},
+                  {"\t(UNSIGNED32)1536UL", "\t\"\\x41\\x42\\x43\"", "\t\"hello\"", "\t(INTEGER16)-1",
+                   "\t{ (UNSIGNED8)5u, CO_DTYPE_VS_CONST , (UNSIGNED16)1u, "}},
         PieceCase{
             "SingleLineStart",
             false,
@@ -379,7 +380,8 @@ INSTANTIATE_TEST_SUITE_P(
              "   { CO_OBJECT_COUNTS },\n", "    retVal = coreStackInit(&commonInitVars);\n",
              "CORE_COMMON_INIT_VAL_T    commonInitVars = {\n", "CORE_DTYPE_U8", "CO_DSPEC_VAR",
              "#ifdef GEN_OVERWRITE_PREDEF_CONN_SET\n", "RET_T genLoadIndication(UNSIGNED8 subIndex)\n",
-             "\t\tcobId = nodeId + 0x180;\n", "CORE_HANDLE_WATCHDOG\n"}}),
+             "\t\tcobId = nodeId + 0x180;\n", "CORE_HANDLE_WATCHDOG\n",
+             "\t{ (UNSIGNED8)5u, CORE_DTYPE_VS     , CO_DSPEC_CONST, (UNSIGNED16)1u, "}}),
     [](const testing::TestParamInfo<PieceCase>& info) { return std::string(info.param.name); });
 
 namespace {

@@ -168,13 +168,12 @@ QString ObjDictGenerator::dataTypeWord(quint8 line, quint16 index, quint8 subind
         shortWord = QStringLiteral("BOOL");
     else if (narrow.contains(shortWord))
         shortWord = QStringLiteral("U8");
+    // A constant octet string lies in the table of constant visible strings.
+    if (sub.implementation == 1 && shortWord == QLatin1String("OS"))
+        shortWord = QStringLiteral("VS");
     if (coreForm())
         return QStringLiteral("CORE_DTYPE_") + shortWord;
-    QString word = QStringLiteral("CO_DTYPE_") + shortWord;
-    const QString suffix = serviceSuffix(line, index, subindex, sub);
-    if (suffix == QLatin1String("_CONST") && word == QLatin1String("CO_DTYPE_OS"))
-        word = QStringLiteral("CO_DTYPE_VS");
-    return word + suffix;
+    return QStringLiteral("CO_DTYPE_") + shortWord + serviceSuffix(line, index, subindex, sub);
 }
 
 QString ObjDictGenerator::serviceSuffix(quint8 line, quint16 i, quint8 s, const SUBINDEX_DATA_T& sub) const
