@@ -368,7 +368,8 @@ INSTANTIATE_TEST_SUITE_P(
                    "static CO_CONST PDO_TR_MAP_TABLE_T "
                    "CO_CONST_STORAGE_CLASS\tmapTableTPDO1_1 = {\n",
                    "    retVal = coPdoTransmitInit(canLine, 1u, od_const_u8[",
-                   "    retVal = coNmtInit(canLine, 0u);\n    return(RET_OK);\n}\n"}},
+                   "    retVal = coNmtInit(canLine, 0u);\n    return(RET_OK);\n}\n",
+                   "    RET_T retVal;\n    (void) pCoOptions; /* currently unused */\n\n"}},
         PieceCase{
             "V4Words",
             false,
@@ -670,6 +671,16 @@ INSTANTIATE_TEST_SUITE_P(
                               QLatin1String("\t\tcobId = (UNSIGNED32)nodeId + (UNSIGNED32)0x180;\n\t\tret = "
                                             "coOdSetCobid(1, 0x1800, 1, "
                                             "cobId);\n")));
+                      }},
+        BehaviourCase{"LinesOfAProjectWithOptionsAllTakeThem",
+                      true,
+                      false,
+                      {{"nmtmaster", "2,0"}},
+                      {},
+                      [](const Generated& files) {
+                          EXPECT_TRUE(
+                              files.objdict.contains(QLatin1String("RET_T coCanOpenStackInitPara(\n")));
+                          EXPECT_FALSE(files.objdict.contains(QLatin1String("(void) pCoOptions;")));
                       }},
         BehaviourCase{"MissingOverflowObjectGivesZero",
                       false,

@@ -670,7 +670,7 @@ void ObjDictGenerator::writeLineFunction(SectionStream& out, quint8 line)
     out << "       )\n";
     out << "{\n";
     out << "    RET_T retVal;\n";
-    if (lineSetting(QStringLiteral("nmtmaster"), line).toInt() != 2)
+    if (!usesOptions())
         out << "    (void) pCoOptions; /* currently unused */\n\n";
     out << "    /* initialize object dictionary variables and pointers */\n";
     out << "    coOdInitOdPtr(canLine, &od_assign[" << firstRow << "], " << m_lineAssignCounts.value(line)
