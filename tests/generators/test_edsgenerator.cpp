@@ -171,7 +171,7 @@ TEST_F(EdsGeneratorTest, SmallDeviceGivesTheWholeFile)
         "[ManufacturerObjects]\nSupportedObjects=1\n1=0x2000\n\n"
         "[OptionalObjects]\nSupportedObjects=2\n1=0x1400\n2=0x6000\n\n"
         "[1000]\nParameterName=Device type\nObjectType=7\nDataType=7\nAccessType=ro\nPDOMapping=0\n"
-        "DefaultValue=0x191\n\n"
+        "DefaultValue=0x191\n;;\n\n"
         "[1018]\nParameterName=Identity\nObjectType=9\nSubNumber=4\n\n"
         "[1018sub0]\nParameterName=Number of entries\nObjectType=7\nDataType=5\nAccessType=ro\nPDOMapping=0\n"
         "DefaultValue=3\n\n"
@@ -194,7 +194,7 @@ TEST_F(EdsGeneratorTest, SmallDeviceGivesTheWholeFile)
         "[6000]\nParameterName=Input\nObjectType=7\nDataType=2\nAccessType=ro\nPDOMapping=0\nObjFlags=2\n"
         ";;two\n;;lines\n\n"
         "[d000]\nParameterName=Hidden\nObjectType=7\nDataType=5\nAccessType=rw\nPDOMapping=0\nDefaultValue="
-        "5\n\n"
+        "5\n;;\n\n"
         "[Extra]\nKey=1\n");
     const QString text = generate(db, dir.path());
     EXPECT_EQ(withoutTimes(text).toStdString(), expected.toStdString());
@@ -582,8 +582,9 @@ TEST_F(EdsGeneratorTest, LimitsAndFlags)
     const QString text = generate(db, dir.path());
     index = 0x2000;
     for (const Case& c : cases) {
+        // The bare ";;" behind is the variable's own empty description.
         const QString found = section(text, QStringLiteral("%1").arg(index++, 4, 16));
-        EXPECT_TRUE(found.endsWith(QLatin1String(c.tail))) << found.toStdString();
+        EXPECT_TRUE(found.endsWith(QLatin1String(c.tail) + QStringLiteral(";;\n"))) << found.toStdString();
     }
 }
 
@@ -616,13 +617,11 @@ TEST_F(EdsGeneratorTest, DescriptionLinesAreCutAtTwoHundredFifty)
         {a250 + a250 + a250, {a250, a250}},
         {"one\n\nthree", {"one", "", "three"}},
         {"\n", {"", ""}},
+        {"", {""}},
     };
     quint16 index = 0x2000;
-    for (const Case& c : cases) {
-        SUBINDEX_DATA_T sub = entry("Value", 5, "ro", "");
-        sub.description = c.description;
-        addVar(db, index++, sub);
-    }
+    for (const Case& c : cases)
+        addObject(db, index++, "Value", 7, {{0, entry("Value", 5, "ro", "")}}, 0, {}, c.description);
     const QString text = generate(db, dir.path());
     index = 0x2000;
     for (const Case& c : cases) {
@@ -634,6 +633,40 @@ TEST_F(EdsGeneratorTest, DescriptionLinesAreCutAtTwoHundredFifty)
                 comments << line.mid(2);
         }
         EXPECT_EQ(comments, c.lines) << c.description.size();
+    }
+}
+
+// A variable closes with the comment lines of its object even when there is
+// no text; an empty description anywhere else writes nothing.
+TEST_F(EdsGeneratorTest, EmptyDescriptionLeavesACommentOnlyBehindVariables)
+{
+    struct Case
+    {
+        quint16 index;
+        int type;
+        bool canFd;
+        const char* sectionName;
+        int comments;
+    };
+    const Case cases[] = {
+        {0x2000, 7, false, "2000", 1},     {0x2001, 2, false, "2001", 1}, {0x2002, 9, false, "2002", 0},
+        {0x2002, 9, false, "2002sub1", 0}, {0x2003, 8, false, "2003", 0}, {0x2003, 8, false, "2003sub0", 0},
+        {0x1000, 8, false, "1000", 0},     {0x1000, 8, true, "1000", 0},  {0x1000, 8, true, "1000sub1", 0},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.sectionName);
+        QSharedPointer<ObjectDataBase> project = newProject();
+        addObject(*project, c.index, "Object", c.type,
+                  {{0, entry("Count", 5, "ro", "1")}, {1, entry("Value", 7, "ro", "0")}});
+        QTemporaryDir out;
+        EdsRun run;
+        run.canFd = c.canFd;
+        const QString found = section(generate(*project, out.path(), run), QLatin1String(c.sectionName));
+        ASSERT_FALSE(found.isEmpty());
+        EXPECT_EQ(found.count(QStringLiteral("\n;;")), c.comments) << found.toStdString();
+        if (c.comments > 0) {
+            EXPECT_TRUE(found.endsWith(QLatin1String("\n;;\n")));
+        }
     }
 }
 

@@ -251,6 +251,8 @@ void EDSGenerator::writeObjectSection(quint16 index)
     if (object.objecttype == CANopen::Array || object.objecttype == CANopen::Record) {
         writeSubIndexSections(out, index, object);
     } else if (object.objecttype == CANopen::Var || object.objecttype == CANopen::Domain) {
+        // Unlike records and subindices, a variable always closes with its
+        // comment lines, so one without a description ends in a bare ";;".
         writePropertyBlock(out, readSubIndex(index, 0));
         writeDescriptionLines(out, object.description);
     }
@@ -268,7 +270,8 @@ void EDSGenerator::writeSubIndexSections(QTextStream& out, quint16 index, const 
     }
 
     out << "SubNumber=" << subs.size() << "\n";
-    writeDescriptionLines(out, object.description);
+    if (!object.description.isEmpty())
+        writeDescriptionLines(out, object.description);
     for (auto& [sub, data] : subs) {
         out << "\n[" << hex4(index) << "sub" << QString::number(sub, 16) << "]\n";
         out << "ParameterName=" << Helper::substituteVariables(data.name, index, sub, 0) << "\n";
@@ -304,16 +307,16 @@ void EDSGenerator::writePropertyBlock(QTextStream& out, const SUBINDEX_DATA_T& s
     const int flags = (sub.refuseread ? 2 : 0) | (sub.refusewrite ? 1 : 0);
     if (flags != 0)
         out << "ObjFlags=" << flags << "\n";
-    writeDescriptionLines(out, sub.description);
+    if (!sub.description.isEmpty())
+        writeDescriptionLines(out, sub.description);
 }
 
 // Every line of a description becomes ";;" comment lines. A line longer than
 // a piece is cut; a last piece of exactly full length is not written, so a
-// line of twice the length keeps only its first half.
+// line of twice the length keeps only its first half. An empty text is one
+// empty line.
 void EDSGenerator::writeDescriptionLines(QTextStream& out, const QString& text)
 {
-    if (text.isEmpty())
-        return;
     const QStringList lines = text.split(QLatin1Char('\n'));
     for (const QString& line : lines) {
         if (line.size() <= descriptionPieceLength) {
