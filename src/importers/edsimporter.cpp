@@ -317,7 +317,9 @@ void EDSImporter::applyComment(const QString& header, const QString& text)
 {
     const quint16 index = quint16(header.mid(1, 4).toUInt(nullptr, 16));
     quint32 sub = noSubIndex;
-    const qsizetype subAt = header.indexOf(QLatin1String("sub"), 0, Qt::CaseInsensitive);
+    // The marker is taken in lower case only, the way the tool writes its
+    // sections; a comment under "[1000SUB1]" stays with the object.
+    const qsizetype subAt = header.indexOf(QLatin1String("sub"));
     if (subAt >= 0) {
         const qsizetype close = header.indexOf(QLatin1Char(']'), subAt);
         sub = header.mid(subAt + 3, close < 0 ? -1 : close - subAt - 3).toUInt(nullptr, 16);

@@ -326,6 +326,40 @@ TEST(EdsImport, CommentInAnObjectSectionGoesToObjectAndSubZero)
     EXPECT_EQ(sub(db, 0x2001, 0).description, QStringLiteral("at the end"));
 }
 
+// Which entry a comment belongs to is read from the header above it alone;
+// "sub" marks a subindex only in lower case there. The reader of the file
+// itself takes section names in any case, so "[2000SUB1]" still hands its
+// comment to sub 1 as well.
+TEST(EdsImport, CommentGoesWhereItsSectionHeaderPoints)
+{
+    struct Case
+    {
+        const char* header;
+        bool toObject;
+        bool toSubZero;
+        bool toSubOne;
+    };
+    const Case cases[] = {
+        {"[2000]", true, true, false},       {"[2000sub1]", false, false, true},
+        {"[2000sub0]", false, true, false},  {"[2000SUB1]", true, true, true},
+        {"[2000subff]", true, true, false},  {"[2000Sub1]", true, true, true},
+        {"[2002sub1]", false, false, false},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.header);
+        const QByteArray text = "[2000]\nParameterName=Rec\nObjectType=0x9\nSubNumber=2\n"
+                                "[2000sub0]\nParameterName=Count\nDataType=0x0005\nDefaultValue=1\n"
+                                "[2000sub1]\nParameterName=Value\nDataType=0x0007\n" +
+                                QByteArray(c.header) + "\n;;note\n";
+        QSharedPointer<ObjectDataBase> database = importText(text);
+        ObjectDataBase& db = *database;
+        const QString note = QStringLiteral("note");
+        EXPECT_EQ(object(db, 0x2000).description, c.toObject ? note : QString());
+        EXPECT_EQ(sub(db, 0x2000, 0).description, c.toSubZero ? note : QString());
+        EXPECT_EQ(sub(db, 0x2000, 1).description, c.toSubOne ? note : QString());
+    }
+}
+
 // ---------------------------------------------------------------------------
 // Index range of the command line: 0x1000 to 0xBFFF
 // ---------------------------------------------------------------------------
