@@ -1,5 +1,7 @@
 #include "projectfile.h"
 
+#include "common/testhelpers.h"
+
 #include <QSqlDatabase>
 #include <QSqlError>
 #include <QSqlQuery>
@@ -112,3 +114,68 @@ QList<int> ChangeRecorder::kinds() const
         result.append(change.kind);
     return result;
 }
+
+namespace records {
+
+SUBINDEX_DATA_T subIndexWithEveryField()
+{
+    SUBINDEX_DATA_T r;
+    r.name = "Output 1";
+    r.datatype = 7;
+    r.accesstype = "rww";
+    r.defaultvalue = "$NODEID+0x200";
+    r.currentvalue = "17";
+    r.pdomapping = PDOMapping(PDOMapping::MappableTPDO);
+    r.lowlimit = "-5";
+    r.uplimit = "0xFFFF";
+    r.size = 32;
+    r.defaultineds = false;
+    r.limitineds = true;
+    r.refuseread = true;
+    r.refusewrite = true;
+    r.dcfcomponent = true;
+    r.cyclicread = true;
+    r.allowedaccesstypes = "ro,rww";
+    r.implementation = 3;
+    r.description = "Line one\nline \"two\", with; separators = here";
+    r.varname = "out1";
+    r.category = 2;
+    r.writedefaulttoeds = 2;
+    r.changedbyuser = true;
+    r.wizardsource = 454;
+    r.sharedlines = true;
+    r.denotation = "Lamp";
+    r.managedbyobn = true;
+    r.signalid = 12;
+    r.nvstorage = true;
+    r.metadata =
+        ObjectMetadata::create(QMap<QString, QString>{{"eds_define", "ParameterValue=1"}, {"other", "x"}});
+    return r;
+}
+
+QString metadataText(const ObjectMetadata& map)
+{
+    QStringList pairs;
+    if (map) {
+        for (auto it = map->constBegin(); it != map->constEnd(); ++it)
+            pairs << it.key() + QLatin1Char('=') + it.value();
+    }
+    return pairs.join(QLatin1Char(';'));
+}
+
+QStringList keptFields(const SUBINDEX_DATA_T& s)
+{
+    return testhelpers::fieldTexts(
+        s.name, s.datatype, s.accesstype, s.defaultvalue, s.currentvalue, s.pdomapping.toUInt(), s.lowlimit,
+        s.uplimit, s.size, s.defaultineds, s.limitineds, s.refuseread, s.refusewrite, s.allowedaccesstypes,
+        s.implementation, s.description, s.varname, s.category, s.writedefaulttoeds, s.sharedlines,
+        s.managedbyobn, s.nvstorage, metadataText(s.metadata));
+}
+
+QStringList droppedFields(const SUBINDEX_DATA_T& s)
+{
+    return testhelpers::fieldTexts(s.cyclicread, s.changedbyuser, s.dcfcomponent, s.wizardsource, s.signalid,
+                                   s.denotation);
+}
+
+} // namespace records

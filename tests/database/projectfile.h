@@ -36,6 +36,24 @@ QStringList columns(const QString& path, const QString& table);
 
 } // namespace projectfile
 
+// A sub-index with every field set apart from its default, and its fields as text so that two records compare
+// with a readable failure.
+namespace records {
+
+SUBINDEX_DATA_T subIndexWithEveryField();
+// "key=value" pairs joined by ";"; no metadata and an empty map read alike.
+QString metadataText(const ObjectMetadata& map);
+// The fields that the text form of a project keeps.
+QStringList keptFields(const SUBINDEX_DATA_T& sub);
+// The editing state and links that the text form leaves out.
+QStringList droppedFields(const SUBINDEX_DATA_T& sub);
+inline QStringList allFields(const SUBINDEX_DATA_T& sub)
+{
+    return keptFields(sub) + droppedFields(sub);
+}
+
+} // namespace records
+
 // Records the change notifications of a store.
 class ChangeRecorder
 {

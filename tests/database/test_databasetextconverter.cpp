@@ -2,6 +2,7 @@
 #include "database/databasetextconverter.h"
 #include "database/objectdatabase.h"
 #include "j1939testdata.h"
+#include "projectfile.h"
 
 #include <QFile>
 #include <QSettings>
@@ -14,39 +15,9 @@ namespace {
 constexpr quint8 tx = ObjectDataBase::Transmit;
 constexpr quint8 rx = ObjectDataBase::Receive;
 
-ObjectMetadata metadata(const QString& key, const QString& value)
-{
-    ObjectMetadata map(new QMap<QString, QString>);
-    map->insert(key, value);
-    return map;
-}
-
-QString metadataText(const ObjectMetadata& map)
-{
-    if (!map)
-        return QString();
-    QStringList pairs;
-    for (auto it = map->constBegin(); it != map->constEnd(); ++it)
-        pairs << it.key() + QLatin1Char('=') + it.value();
-    return pairs.join(QLatin1Char(';'));
-}
-
-// The fields of a sub-index that the text form keeps.
-QStringList keptFields(const SUBINDEX_DATA_T& s)
-{
-    return testhelpers::fieldTexts(
-        s.name, s.datatype, s.accesstype, s.defaultvalue, s.currentvalue, s.pdomapping.toUInt(), s.lowlimit,
-        s.uplimit, s.size, s.defaultineds, s.limitineds, s.refuseread, s.refusewrite, s.allowedaccesstypes,
-        s.implementation, s.description, s.varname, s.category, s.writedefaulttoeds, s.sharedlines,
-        s.managedbyobn, s.nvstorage, metadataText(s.metadata));
-}
-
-// The editing state and links that the text form leaves out.
-QStringList droppedFields(const SUBINDEX_DATA_T& s)
-{
-    return testhelpers::fieldTexts(s.cyclicread, s.changedbyuser, s.dcfcomponent, s.wizardsource, s.signalid,
-                                   s.denotation);
-}
+using records::droppedFields;
+using records::keptFields;
+using records::metadataText;
 
 QStringList objectFields(const INDEX_DATA_T& o)
 {
@@ -63,36 +34,10 @@ QStringList nodeFields(const NODE_DATA_T& n)
 
 SUBINDEX_DATA_T unusualSubIndex(const QString& name, int datatype, const QString& defaultValue)
 {
-    SUBINDEX_DATA_T s;
+    SUBINDEX_DATA_T s = records::subIndexWithEveryField();
     s.name = name;
     s.datatype = datatype;
-    s.accesstype = QStringLiteral("rww");
     s.defaultvalue = defaultValue;
-    s.currentvalue = QStringLiteral("3");
-    s.pdomapping = PDOMapping(PDOMapping::PDOMappingType(1));
-    s.lowlimit = QStringLiteral("-5");
-    s.uplimit = QStringLiteral("0x7F");
-    s.size = 4;
-    s.defaultineds = false;
-    s.limitineds = true;
-    s.refuseread = true;
-    s.refusewrite = true;
-    s.allowedaccesstypes = QStringLiteral("ro,rww");
-    s.implementation = 2;
-    s.description = QStringLiteral("Line one\nline \"two\", with; separators = here");
-    s.varname = QStringLiteral("demo_") + QString::number(datatype);
-    s.category = 2;
-    s.writedefaulttoeds = 2;
-    s.sharedlines = true;
-    s.managedbyobn = true;
-    s.nvstorage = true;
-    s.metadata = metadata(QStringLiteral("eds_define"), QStringLiteral("ParameterValue=1"));
-    s.cyclicread = true;
-    s.changedbyuser = true;
-    s.dcfcomponent = true;
-    s.wizardsource = 454;
-    s.signalid = 3;
-    s.denotation = QStringLiteral("alias");
     return s;
 }
 
@@ -148,7 +93,7 @@ TEST_F(TextForm, ObjectDictionaryAndSettingsComeBackExceptTheEditingState)
     object.description = QStringLiteral("desc, with comma; and semicolon");
     object.category = 2;
     object.fwsupported = 1;
-    object.metadata = metadata(QStringLiteral("eds_define"), QStringLiteral("A=1"));
+    object.metadata = ObjectMetadata::create(QMap<QString, QString>{{"eds_define", "A=1"}});
     ASSERT_TRUE(db.addIndex(0, 0x2000, object));
     SUBINDEX_DATA_T sub0;
     sub0.defaultvalue = QStringLiteral("2");

@@ -27,50 +27,27 @@ bool writeFile(const QString& path, const QByteArray& content)
 // that later versions added, the sub-index table lacks its unique constraint.
 QStringList oldProjectStatements(int version)
 {
-    return {
-        "create table Strings (id integer primary key, string text)",
-        "insert into Strings values(1,'Device type')",
-        "create table Nodes (nodeId integer primary key, name text, edspath text, xddpath text)",
-        "insert into Nodes values(0,'old device','','')",
-        "create table GeneralSettings (item text unique, value text)",
-        "create table MiscSettings (item text unique, value text)",
-        QStringLiteral("insert into MiscSettings values('DatabaseVersion','%1')").arg(version),
-        "insert into MiscSettings values('CreateToolVersion','CANopen Tarnwick')",
-        "create table Connections (prodnode integer, prodindex integer, prodsub integer, connode integer, "
-        "conindex integer, consub integer)",
-        "create table Objects0 (objectindex integer primary key, name integer, datatype integer not null, "
-        "objecttype integer not null, description integer, category integer)",
-        "insert into Objects0 values(4096,1,7,7,0,0)",
-        "create table SubObjects0 (objectindex integer not null, subindex integer not null, name integer, "
-        "datatype "
-        "integer not null, accesstype text not null, defaultvalue text, currentvalue text, pdomapping "
-        "integer, "
-        "lowlimit text, uplimit text, size integer, defaultineds integer, limitineds integer, refuseread "
-        "integer, "
-        "refusewrite integer, allowedaccesstypes text, implementation integer not null, varname text, "
-        "description "
-        "integer, category integer, writedefaulttoeds integer, cyclicread integer, dcfcomponent integer, "
-        "changedbyuser integer, wizardsource integer, denotation integer, sharedlines integer, managedbyobn "
-        "integer, signalid integer, nvstorage integer, metadata blob)",
-        "insert into SubObjects0 "
-        "values(4096,0,1,7,'ro','0x191','',0,'0','0',0,1,0,0,0,'ro',0,'devtype',0,0,1,0,0,"
-        "0,0,0,0,0,0,0,0)",
-        "create table PGNs0 (number integer not null, edp_dp_key integer, priority integer, cycletime_ms "
-        "integer, "
-        "inhibittime_ms integer, mappingcount integer, direction integer, name integer, desc integer)",
-        "create table SPNs0 (pgnnumber integer not null, spnnumber integer not null, datatype integer, "
-        "implementation integer, varname text, defaultvalue text, name integer, desc integer)",
-        "create table CANIDs0 (id integer not null, cycletime_ms integer, inhibittime_ms integer, "
-        "mappingcount "
-        "integer, direction integer, name integer, desc integer)",
-        "create table DataElements0 (canid integer not null, number integer not null, datatype integer, "
-        "implementation integer, varname text, defaultvalue text, name integer, desc integer, pos integer, "
-        "bitsize "
-        "integer, direction integer)",
-        "create table UDSSettings0 (sid integer not null, active integer, sessions text, userlevels text, "
-        "UNIQUE(sid))",
-        "insert into UDSSettings0 values(16,1,'1','')",
-    };
+    const QString statements = QStringLiteral(R"(create table Strings (id integer primary key, string text)
+insert into Strings values(1,'Device type')
+create table Nodes (nodeId integer primary key, name text, edspath text, xddpath text)
+insert into Nodes values(0,'old device','','')
+create table GeneralSettings (item text unique, value text)
+create table MiscSettings (item text unique, value text)
+insert into MiscSettings values('DatabaseVersion','%1')
+insert into MiscSettings values('CreateToolVersion','CANopen Tarnwick')
+create table Connections (prodnode integer, prodindex integer, prodsub integer, connode integer, conindex integer, consub integer)
+create table Objects0 (objectindex integer primary key, name integer, datatype integer not null, objecttype integer not null, description integer, category integer)
+insert into Objects0 values(4096,1,7,7,0,0)
+create table SubObjects0 (objectindex integer not null, subindex integer not null, name integer, datatype integer not null, accesstype text not null, defaultvalue text, currentvalue text, pdomapping integer, lowlimit text, uplimit text, size integer, defaultineds integer, limitineds integer, refuseread integer, refusewrite integer, allowedaccesstypes text, implementation integer not null, varname text, description integer, category integer, writedefaulttoeds integer, cyclicread integer, dcfcomponent integer, changedbyuser integer, wizardsource integer, denotation integer, sharedlines integer, managedbyobn integer, signalid integer, nvstorage integer, metadata blob)
+insert into SubObjects0 values(4096,0,1,7,'ro','0x191','',0,'0','0',0,1,0,0,0,'ro',0,'devtype',0,0,1,0,0,0,0,0,0,0,0,0,0)
+create table PGNs0 (number integer not null, edp_dp_key integer, priority integer, cycletime_ms integer, inhibittime_ms integer, mappingcount integer, direction integer, name integer, desc integer)
+create table SPNs0 (pgnnumber integer not null, spnnumber integer not null, datatype integer, implementation integer, varname text, defaultvalue text, name integer, desc integer)
+create table CANIDs0 (id integer not null, cycletime_ms integer, inhibittime_ms integer, mappingcount integer, direction integer, name integer, desc integer)
+create table DataElements0 (canid integer not null, number integer not null, datatype integer, implementation integer, varname text, defaultvalue text, name integer, desc integer, pos integer, bitsize integer, direction integer)
+create table UDSSettings0 (sid integer not null, active integer, sessions text, userlevels text, UNIQUE(sid))
+insert into UDSSettings0 values(16,1,'1','')
+)");
+    return statements.arg(version).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
 }
 
 class LifecycleTest : public ::testing::Test
@@ -99,7 +76,7 @@ protected:
     QTemporaryDir m_dir;
 };
 
-TEST_F(LifecycleTest, NewProjectHasLineZeroToolKeysAndDefaults)
+TEST_F(LifecycleTest, NewProjectHasLineZeroToolKeysDefaultsAndBasicUdsServices)
 {
     ObjectDataBase db;
     ChangeRecorder recorder(db);
@@ -118,12 +95,7 @@ TEST_F(LifecycleTest, NewProjectHasLineZeroToolKeysAndDefaults)
     EXPECT_EQ(node.prefix, "_");
     EXPECT_TRUE(recorder.kinds().contains(ObjectDataBase::ChangeSet::NodeAdded));
     EXPECT_TRUE(recorder.kinds().contains(ObjectDataBase::ChangeSet::DatabaseReplaced));
-}
 
-TEST_F(LifecycleTest, NewProjectMarksTheBasicUdsServicesOfLineZero)
-{
-    ObjectDataBase db;
-    ASSERT_TRUE(db.createNewDataBase());
     ASSERT_TRUE(db.saveDatabase(path("uds.trwp")));
     EXPECT_EQ(projectfile::dump(path("uds.trwp")).value("UDSSettings0"),
               (QStringList{"16|1|1||", "17|1|1||", "62|1|1||", "34|1|1||", "46|1|1||"}));
@@ -212,25 +184,29 @@ TEST_F(LifecycleTest, ChangedCellOutsideTheToolAddsOneTamperTimestamp)
     EXPECT_EQ(reopened.getMiscSetting("TamperLog"), log);
 }
 
-TEST_F(LifecycleTest, SecondMismatchAppendsWithSemicolon)
+// The log of earlier mismatches is outside the hash; a new one is appended after a semicolon.
+TEST_F(LifecycleTest, TamperLogIsOutsideTheHashAndGrowsBySemicolons)
 {
-    const QString project = savedProject("project.trwp");
-    ASSERT_TRUE(projectfile::execute(
-        project, {"update MiscSettings set value = 'T1' where item = 'TamperLog'",
-                  "insert into MiscSettings values('TamperLog','T1')", "update Objects0 set datatype = 6"}));
-    ObjectDataBase db;
-    ASSERT_TRUE(db.openDataBase(project, true));
-    EXPECT_TRUE(db.getMiscSetting("TamperLog").startsWith("T1;"));
-}
-
-TEST_F(LifecycleTest, OnlyTheHashKeysAreOutsideTheHash)
-{
-    const QString project = savedProject("project.trwp");
-    ASSERT_TRUE(projectfile::execute(project, {"insert into MiscSettings values('TamperLog','earlier')"}));
-    ObjectDataBase db;
-    ASSERT_TRUE(db.openDataBase(project, true));
-    EXPECT_FALSE(db.hashMismatch());
-    EXPECT_EQ(db.getMiscSetting("TamperLog"), "earlier");
+    const struct
+    {
+        QStringList edits;
+        bool mismatch;
+        const char* logStart;
+    } cases[] = {
+        {{"insert into MiscSettings values('TamperLog','earlier')"}, false, "earlier"},
+        {{"insert into MiscSettings values('TamperLog','T1')", "update Objects0 set datatype = 6"},
+         true,
+         "T1;"},
+    };
+    for (const auto& c : cases) {
+        const QString project = savedProject("project.trwp");
+        ASSERT_TRUE(projectfile::execute(project, c.edits));
+        ObjectDataBase db;
+        ASSERT_TRUE(db.openDataBase(project, true));
+        EXPECT_EQ(db.hashMismatch(), c.mismatch) << c.logStart;
+        const QString log = db.getMiscSetting("TamperLog");
+        EXPECT_TRUE(c.mismatch ? log.startsWith(c.logStart) : log == c.logStart) << log.toStdString();
+    }
 }
 
 struct MigrationCase
@@ -312,6 +288,7 @@ TEST_F(LifecycleTest, LineWithoutServiceRowsGetsTheFullServiceTable)
 
 struct LineTypeCase
 {
+    const char* stored;
     const char* creator;
     int objects;
     int pgns;
@@ -322,10 +299,12 @@ class LineTypeTest : public LifecycleTest, public ::testing::WithParamInterface<
 {
 };
 
-TEST_P(LineTypeTest, MissingLineTypeIsDerived)
+TEST_P(LineTypeTest, StoredLineTypeIsKeptAMissingOneDerived)
 {
     const LineTypeCase& c = GetParam();
     QStringList statements = oldProjectStatements(107);
+    if (*c.stored)
+        statements << QStringLiteral("insert into GeneralSettings values('line0type','%1')").arg(c.stored);
     statements.replaceInStrings("'CANopen Tarnwick'", QStringLiteral("'%1'").arg(c.creator));
     statements << "delete from Objects0"
                << "insert into Objects0 values(16,0,7,7,0,0)";
@@ -341,23 +320,17 @@ TEST_P(LineTypeTest, MissingLineTypeIsDerived)
 }
 
 INSTANTIATE_TEST_SUITE_P(Creators, LineTypeTest,
-                         ::testing::Values(LineTypeCase{"CANopen Tarnwick", 0, 3, "1"},
-                                           LineTypeCase{"J1939 Tarnwick", 3, 0, "2"},
-                                           LineTypeCase{"4.3.2", 2, 1, "1"}, LineTypeCase{"4.3.2", 1, 1, "2"},
-                                           LineTypeCase{"", 0, 0, "2"}));
+                         ::testing::Values(LineTypeCase{"", "CANopen Tarnwick", 0, 3, "1"},
+                                           LineTypeCase{"", "J1939 Tarnwick", 3, 0, "2"},
+                                           LineTypeCase{"", "4.3.2", 2, 1, "1"},
+                                           LineTypeCase{"", "4.3.2", 1, 1, "2"},
+                                           LineTypeCase{"", "", 0, 0, "2"},
+                                           LineTypeCase{"4", "CANopen Tarnwick", 1, 0, "4"}));
 
-TEST_F(LifecycleTest, StoredLineTypeIsKept)
+// A failed open leaves the file as it was and a store that had a project open keeps it, edits included.
+TEST_F(LifecycleTest, BadFilesFailToOpenAndChangeNeitherTheFileNorTheOpenProject)
 {
-    QStringList statements = oldProjectStatements(107);
-    statements << "insert into GeneralSettings values('line0type','4')";
-    ASSERT_TRUE(projectfile::execute(path("typed.trwp"), statements));
-    ObjectDataBase db;
-    ASSERT_TRUE(db.openDataBase(path("typed.trwp"), true));
-    EXPECT_EQ(db.getGeneralSetting("line0type"), "4");
-}
-
-TEST_F(LifecycleTest, BadFilesFailToOpenAndStayUntouched)
-{
+    const QString project = savedProject("open.trwp");
     const QString notSqlite = path("text.trwp");
     ASSERT_TRUE(writeFile(notSqlite, QByteArray("this is not a database, only some text\n").repeated(50)));
     const QString empty = path("empty.trwp");
@@ -371,41 +344,30 @@ TEST_F(LifecycleTest, BadFilesFailToOpenAndStayUntouched)
     ASSERT_TRUE(
         projectfile::execute(noNodes, {"create table Strings (id integer primary key, string text)"}));
 
+    int objects = 1;
     for (const QString& file : {notSqlite, empty, folder, noRows, noNodes, path("missing.trwp"), QString()}) {
+        SCOPED_TRACE(file.toStdString());
         const QByteArray before = fileContent(file);
-        ObjectDataBase db;
-        EXPECT_FALSE(db.openDataBase(file, true)) << file.toStdString();
-        EXPECT_TRUE(db.lastError().isEmpty()) << file.toStdString();
-        EXPECT_EQ(fileContent(file), before) << file.toStdString();
-    }
-    EXPECT_FALSE(QFileInfo::exists(path("missing.trwp")));
-    EXPECT_TRUE(QFileInfo(folder).isDir());
-}
+        ObjectDataBase fresh;
+        EXPECT_FALSE(fresh.openDataBase(file, true));
+        EXPECT_TRUE(fresh.lastError().isEmpty());
+        EXPECT_EQ(fileContent(file), before);
 
-TEST_F(LifecycleTest, AFailedOpenKeepsTheProjectThatWasOpen)
-{
-    const QString project = savedProject("open.trwp");
-    const QString notSqlite = path("broken.trwp");
-    ASSERT_TRUE(writeFile(notSqlite, QByteArray("no database here\n").repeated(40)));
-    const QString noRows = path("norows.trwp");
-    ASSERT_TRUE(projectfile::execute(noRows, {"create table Nodes (nodeId integer primary key, name text)"}));
-
-    for (const QString& bad : {notSqlite, noRows, path("folder")}) {
-        SCOPED_TRACE(bad.toStdString());
         ObjectDataBase db;
         ASSERT_TRUE(db.openDataBase(project, true));
         db.setGeneralSetting("unsaved", "kept");
-        EXPECT_FALSE(db.openDataBase(bad, true));
-
+        EXPECT_FALSE(db.openDataBase(file, true));
         EXPECT_EQ(db.currentProjectPath(), project);
         INDEX_DATA_T object;
         ASSERT_TRUE(db.getIndex(0, 0x1000, object));
         EXPECT_EQ(object.name, "Device type");
         EXPECT_EQ(db.getGeneralSetting("unsaved"), "kept");
-        ASSERT_TRUE(db.addIndex(0, 0x2000, INDEX_DATA_T()));
+        ASSERT_TRUE(db.addIndex(0, quint16(0x2000 + objects), INDEX_DATA_T()));
         ASSERT_TRUE(db.saveDatabase(QString()));
-        EXPECT_EQ(projectfile::scalar(project, "select count(*) from Objects0").toInt(), 2);
+        EXPECT_EQ(projectfile::scalar(project, "select count(*) from Objects0").toInt(), ++objects);
     }
+    EXPECT_FALSE(QFileInfo::exists(path("missing.trwp")));
+    EXPECT_TRUE(QFileInfo(folder).isDir());
 }
 
 TEST_F(LifecycleTest, SaveKeepsTheOldFileAsBackup)

@@ -9,77 +9,11 @@ namespace {
 
 using Kind = ObjectDataBase::ChangeSet::Kind;
 
-// A record in which every field differs from its default.
-SUBINDEX_DATA_T fullRecord()
-{
-    SUBINDEX_DATA_T r;
-    r.name = "Output 1";
-    r.datatype = 7;
-    r.accesstype = "rw";
-    r.defaultvalue = "$NODEID+0x200";
-    r.currentvalue = "17";
-    r.pdomapping = PDOMapping(PDOMapping::MappableTPDO);
-    r.lowlimit = "-5";
-    r.uplimit = "0xFFFF";
-    r.size = 32;
-    r.defaultineds = false;
-    r.limitineds = true;
-    r.refuseread = true;
-    r.refusewrite = true;
-    r.dcfcomponent = true;
-    r.cyclicread = true;
-    r.allowedaccesstypes = "ro,rw";
-    r.implementation = 3;
-    r.description = "first output";
-    r.varname = "out1";
-    r.category = 2;
-    r.writedefaulttoeds = 2;
-    r.changedbyuser = true;
-    r.wizardsource = 454;
-    r.sharedlines = true;
-    r.denotation = "Lamp";
-    r.managedbyobn = true;
-    r.signalid = 12;
-    r.nvstorage = true;
-    r.metadata = ObjectMetadata::create(QMap<QString, QString>{{"eds_define", "VARIANT_B"}, {"other", "x"}});
-    return r;
-}
+using records::subIndexWithEveryField;
 
-// Field by field, so that a failure names the field.
 void expectSameRecord(const SUBINDEX_DATA_T& a, const SUBINDEX_DATA_T& b)
 {
-    EXPECT_EQ(a.name, b.name);
-    EXPECT_EQ(a.datatype, b.datatype);
-    EXPECT_EQ(a.accesstype, b.accesstype);
-    EXPECT_EQ(a.defaultvalue, b.defaultvalue);
-    EXPECT_EQ(a.currentvalue, b.currentvalue);
-    EXPECT_EQ(a.pdomapping.toUInt(), b.pdomapping.toUInt());
-    EXPECT_EQ(a.lowlimit, b.lowlimit);
-    EXPECT_EQ(a.uplimit, b.uplimit);
-    EXPECT_EQ(a.size, b.size);
-    EXPECT_EQ(a.defaultineds, b.defaultineds);
-    EXPECT_EQ(a.limitineds, b.limitineds);
-    EXPECT_EQ(a.refuseread, b.refuseread);
-    EXPECT_EQ(a.refusewrite, b.refusewrite);
-    EXPECT_EQ(a.dcfcomponent, b.dcfcomponent);
-    EXPECT_EQ(a.cyclicread, b.cyclicread);
-    EXPECT_EQ(a.allowedaccesstypes, b.allowedaccesstypes);
-    EXPECT_EQ(a.implementation, b.implementation);
-    EXPECT_EQ(a.description, b.description);
-    EXPECT_EQ(a.varname, b.varname);
-    EXPECT_EQ(a.category, b.category);
-    EXPECT_EQ(a.writedefaulttoeds, b.writedefaulttoeds);
-    EXPECT_EQ(a.changedbyuser, b.changedbyuser);
-    EXPECT_EQ(a.wizardsource, b.wizardsource);
-    EXPECT_EQ(a.sharedlines, b.sharedlines);
-    EXPECT_EQ(a.denotation, b.denotation);
-    EXPECT_EQ(a.managedbyobn, b.managedbyobn);
-    EXPECT_EQ(a.signalid, b.signalid);
-    EXPECT_EQ(a.nvstorage, b.nvstorage);
-    ASSERT_EQ(bool(a.metadata), bool(b.metadata));
-    if (a.metadata) {
-        EXPECT_EQ(*a.metadata, *b.metadata);
-    }
+    EXPECT_EQ(records::allFields(a), records::allFields(b));
 }
 
 class StoreTest : public ::testing::Test
@@ -99,7 +33,7 @@ protected:
 
 TEST_F(StoreTest, SubIndexRoundTripsCachedAndUncachedAlike)
 {
-    const SUBINDEX_DATA_T written = fullRecord();
+    const SUBINDEX_DATA_T written = subIndexWithEveryField();
     ASSERT_TRUE(db.addSubIndex(0, 0x6200, 1, written));
     const SUBINDEX_DATA_T uncached = read(0, 0x6200, 1);
     expectSameRecord(uncached, written);
@@ -109,18 +43,18 @@ TEST_F(StoreTest, SubIndexRoundTripsCachedAndUncachedAlike)
 
 TEST_F(StoreTest, WriteReplacesTheWholeRecord)
 {
-    ASSERT_TRUE(db.addSubIndex(0, 0x6200, 1, fullRecord()));
+    ASSERT_TRUE(db.addSubIndex(0, 0x6200, 1, subIndexWithEveryField()));
     ASSERT_TRUE(db.addSubIndex(0, 0x6200, 1, SUBINDEX_DATA_T()));
     expectSameRecord(read(0, 0x6200, 1), SUBINDEX_DATA_T());
 }
 
 TEST_F(StoreTest, CachedKeyOutlivesDeleteUntilRefilled)
 {
-    ASSERT_TRUE(db.addSubIndex(0, 0x2000, 0, fullRecord()));
+    ASSERT_TRUE(db.addSubIndex(0, 0x2000, 0, subIndexWithEveryField()));
     db.cacheAllSubs(0, 0);
     ASSERT_TRUE(db.deleteSubIndex(0, 0x2000, 0, false));
     EXPECT_FALSE(db.subIndexExists(0, 0x2000, 0));
-    expectSameRecord(read(0, 0x2000, 0), fullRecord());
+    expectSameRecord(read(0, 0x2000, 0), subIndexWithEveryField());
 
     db.cacheAllSubs(0, 0);
     SUBINDEX_DATA_T r;
@@ -129,7 +63,7 @@ TEST_F(StoreTest, CachedKeyOutlivesDeleteUntilRefilled)
 
 TEST_F(StoreTest, WritesRefreshCachedKeysOnly)
 {
-    SUBINDEX_DATA_T first = fullRecord();
+    SUBINDEX_DATA_T first = subIndexWithEveryField();
     ASSERT_TRUE(db.addSubIndex(0, 0x2000, 0, first));
     db.cacheAllSubs(0, 0);
 
@@ -513,7 +447,7 @@ TEST_F(StoreTest, CopyIndexWithinTheProject)
     INDEX_DATA_T object;
     object.name = "source";
     db.addIndex(0, 0x2000, object);
-    db.addSubIndex(0, 0x2000, 0, fullRecord());
+    db.addSubIndex(0, 0x2000, 0, subIndexWithEveryField());
     db.addSubIndex(0, 0x2000, 1, SUBINDEX_DATA_T());
     db.addIndex(0, 0x2100, INDEX_DATA_T());
     db.addSubIndex(0, 0x2100, 7, SUBINDEX_DATA_T());
@@ -523,7 +457,7 @@ TEST_F(StoreTest, CopyIndexWithinTheProject)
     ASSERT_TRUE(db.copyIndex(0, 0x2000, 0, 0x2100));
     EXPECT_EQ(recorder.kinds(), (QList<int>{Kind::SubIndexChanged, Kind::SubIndexChanged}));
     EXPECT_EQ(db.getSubIndexList(0, 0x2100), (QList<quint8>{0, 1}));
-    expectSameRecord(read(0, 0x2100, 0), fullRecord());
+    expectSameRecord(read(0, 0x2100, 0), subIndexWithEveryField());
     INDEX_DATA_T copied;
     ASSERT_TRUE(db.getIndex(0, 0x2100, copied));
     EXPECT_EQ(copied.name, "source");
@@ -537,7 +471,7 @@ TEST_F(StoreTest, CopiesFromAnotherProject)
     object.name = "profile object";
     for (quint16 index : {0x1000, 0x6000, 0x6001}) {
         source.addIndex(0, index, object);
-        source.addSubIndex(0, index, 0, fullRecord());
+        source.addSubIndex(0, index, 0, subIndexWithEveryField());
     }
     source.setUDSServiceSessions(0, 34, "1,2");
     // Rows of hand-edited or old files may leave the flag empty.
@@ -549,7 +483,7 @@ TEST_F(StoreTest, CopiesFromAnotherProject)
     ASSERT_TRUE(db.copyObjects(&source, 0, 0, 0x6000, 0x6FFF));
     EXPECT_EQ(db.getIndexList(0, 0, quint32(-1)), (QList<quint16>{0x6000, 0x6001}));
     EXPECT_EQ(db.getSubIndexList(0, 0x6000), QList<quint8>{0}) << "an object is replaced, not merged";
-    expectSameRecord(read(0, 0x6001, 0), fullRecord());
+    expectSameRecord(read(0, 0x6001, 0), subIndexWithEveryField());
 
     QSqlQuery query(db.database());
     query.exec("select sessions from UDSSettings0 where sid = 34");
@@ -566,12 +500,12 @@ TEST_F(StoreTest, CopiesFromAnotherProject)
 TEST_F(StoreTest, CopyObjectsOntoItsOwnLineKeepsEverything)
 {
     db.addIndex(0, 0x2000, INDEX_DATA_T());
-    db.addSubIndex(0, 0x2000, 0, fullRecord());
+    db.addSubIndex(0, 0x2000, 0, subIndexWithEveryField());
     ASSERT_TRUE(db.copyObjects(&db, 0, 0, 0x1000, 0xFFFF));
     // The table, not a cache the copy left behind, has to hold the record.
     db.clearSubIndexCaches();
     EXPECT_EQ(db.getSubIndexList(0, 0x2000), QList<quint8>{0});
-    expectSameRecord(read(0, 0x2000, 0), fullRecord());
+    expectSameRecord(read(0, 0x2000, 0), subIndexWithEveryField());
     QSqlQuery query(db.database());
     query.exec("select count(*) from UDSSettings0");
     ASSERT_TRUE(query.next());
