@@ -163,20 +163,9 @@ void CoDefineGenerator::doJob()
 }
 
 CoDefineGenerator::SectionStream::SectionStream(CoDefineGenerator* generator)
-    : m_generator(generator), m_stream(generator->m_file)
+    : ::SectionStream(generator->m_file,
+                      [generator](const char* literal) { return generator->renamed(literal); })
 {
-}
-
-CoDefineGenerator::SectionStream& CoDefineGenerator::SectionStream::operator<<(const char* literal)
-{
-    m_stream << m_generator->renamed(literal);
-    return *this;
-}
-
-CoDefineGenerator::SectionStream& CoDefineGenerator::SectionStream::operator<<(const QString& text)
-{
-    m_stream << text;
-    return *this;
 }
 
 QString CoDefineGenerator::renamed(const char* literal) const

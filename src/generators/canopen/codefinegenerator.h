@@ -1,6 +1,7 @@
 #pragma once
 
 #include "generators/abstractgenerator.h"
+#include "generators/sectionstream.h"
 
 #include "database/objectdatabase.h"
 
@@ -11,7 +12,6 @@
 #include <QTextStream>
 
 #include <functional>
-#include <type_traits>
 
 // Writes gen_define.h, the configuration header of the protocol stack: every
 // compile-time switch and table size of the stack, taken from the project's
@@ -44,27 +44,11 @@ protected Q_SLOTS:
     void doJob() override;
 
 protected:
-    // Wraps the file for one section. Literal pieces (C strings) pass through
-    // the renaming of the stack form; texts of the project and numbers are
-    // written as they are.
-    class SectionStream
+    // A section of gen_define.h, its literals in the words of the stack form.
+    class SectionStream : public ::SectionStream
     {
     public:
         explicit SectionStream(CoDefineGenerator* generator);
-        SectionStream& operator<<(const char* literal);
-        SectionStream& operator<<(const QString& text);
-        template <typename T,
-                  std::enable_if_t<
-                      std::is_integral_v<T> && !std::is_same_v<T, bool> && !std::is_same_v<T, char>, int> = 0>
-        SectionStream& operator<<(T number)
-        {
-            m_stream << QString::number(number);
-            return *this;
-        }
-
-    private:
-        const CoDefineGenerator* m_generator;
-        QTextStream m_stream;
     };
 
     // The facts of the sub-indices that several sections need, gathered in one pass.

@@ -161,23 +161,10 @@ void ObjDictGenerator::doJob()
 }
 
 ObjDictGenerator::SectionStream::SectionStream(ObjDictGenerator* generator)
-    : m_generator(generator), m_stream(generator->m_file)
+    : ::SectionStream(generator->m_file, [generator](const char* literal) {
+          return generator->coreForm() ? generator->renamed(literal) : QString::fromLatin1(literal);
+      })
 {
-}
-
-ObjDictGenerator::SectionStream& ObjDictGenerator::SectionStream::operator<<(const char* literal)
-{
-    if (m_generator->coreForm())
-        m_stream << m_generator->renamed(literal);
-    else
-        m_stream << literal;
-    return *this;
-}
-
-ObjDictGenerator::SectionStream& ObjDictGenerator::SectionStream::operator<<(const QString& text)
-{
-    m_stream << text;
-    return *this;
 }
 
 // Literals have static storage, so each is renamed once per run.

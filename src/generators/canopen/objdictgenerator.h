@@ -1,6 +1,7 @@
 #pragma once
 
 #include "generators/abstractgenerator.h"
+#include "generators/sectionstream.h"
 
 #include "database/objectdatabase.h"
 
@@ -13,7 +14,6 @@
 #include <QStringList>
 #include <QTextStream>
 
-#include <type_traits>
 
 // Writes gen_objdict.c: the object dictionary of the device as C data (value
 // tables, object descriptions, assign table, static PDO mapping tables) and
@@ -83,27 +83,11 @@ protected:
         QList<quint32> keys;
     };
 
-    // Wraps the file for one section. Literal pieces (C strings) pass through
-    // the renaming of the V4 form; texts of the project and numbers are
-    // written as they are.
-    class SectionStream
+    // A section of gen_objdict.c, its literals in the words of the stack form.
+    class SectionStream : public ::SectionStream
     {
     public:
         explicit SectionStream(ObjDictGenerator* generator);
-        SectionStream& operator<<(const char* literal);
-        SectionStream& operator<<(const QString& text);
-        template <typename T,
-                  std::enable_if_t<
-                      std::is_integral_v<T> && !std::is_same_v<T, bool> && !std::is_same_v<T, char>, int> = 0>
-        SectionStream& operator<<(T number)
-        {
-            m_stream << QString::number(number);
-            return *this;
-        }
-
-    private:
-        ObjDictGenerator* m_generator;
-        QTextStream m_stream;
     };
 
     // The V4 stack renames some words and extends some tables.
