@@ -52,7 +52,7 @@ TEST(HelperUtf8Array, BytesOfTheUtf8Form)
               QStringLiteral("0x41, 0xc3, 0xa4, 0xe2, 0x82, 0xac"));
 }
 
-TEST(HelperLineEndings, AnyMixOfEndingsBecomesTheChosenOne)
+TEST(HelperLineEndings, AnyMixOfEndingsBecomesTheChosenOneAMissingFileFails)
 {
     const struct
     {
@@ -78,11 +78,6 @@ TEST(HelperLineEndings, AnyMixOfEndingsBecomesTheChosenOne)
         ASSERT_TRUE(file.open(QIODevice::ReadOnly));
         EXPECT_EQ(file.readAll(), entry.expected);
     }
-}
-
-TEST(HelperLineEndings, MissingFileFails)
-{
-    QTemporaryDir dir;
     EXPECT_FALSE(Helper::modifyLineEnding(dir.filePath(QStringLiteral("absent.c")), QStringLiteral("\n")));
 }
 

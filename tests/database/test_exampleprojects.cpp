@@ -24,25 +24,13 @@ bool carriesJ1939(int type)
     return type == 2 || type == 5 || type == 7;
 }
 
-QList<quint16> objectsInFile(QSettings& file, quint8 line)
-{
-    QList<quint16> indices;
-    file.beginGroup(QStringLiteral("Objects%1").arg(line));
-    const QStringList groups = file.childGroups();
-    for (const QString& group : groups)
-        indices << group.toUShort(nullptr, 16);
-    file.endGroup();
-    std::sort(indices.begin(), indices.end());
-    return indices;
-}
-
-QList<quint32> pgnsInFile(QSettings& file, quint8 line)
+// The numbers of the groups under a table of the line, such as the object indices under "Objects0".
+QList<quint32> numbersInFile(QSettings& file, const QString& table, quint8 line, int base)
 {
     QList<quint32> numbers;
-    file.beginGroup(QStringLiteral("PGNs%1").arg(line));
-    const QStringList groups = file.childGroups();
-    for (const QString& group : groups)
-        numbers << group.toUInt();
+    file.beginGroup(table + QString::number(line));
+    for (const QString& group : file.childGroups())
+        numbers << group.toUInt(nullptr, base);
     file.endGroup();
     std::sort(numbers.begin(), numbers.end());
     return numbers;
@@ -86,7 +74,8 @@ TEST(ExampleProjects, OpenWithTheObjectsAndPgnsOfTheirFileAndKeepThemThroughAnot
             const int type = lineType(db, line);
             ASSERT_TRUE(carriesCANopen(type) || carriesJ1939(type)) << int(line);
             const QList<quint16> objects = db.getIndexList(line, 0, quint32(-1));
-            EXPECT_EQ(objects, objectsInFile(file, line));
+            EXPECT_EQ(QList<quint32>(objects.cbegin(), objects.cend()),
+                      numbersInFile(file, "Objects", line, 16));
             EXPECT_EQ(saved.getIndexList(line, 0, quint32(-1)), objects);
             EXPECT_EQ(carriesCANopen(type), !objects.isEmpty());
             for (quint16 index : objects) {
@@ -109,7 +98,7 @@ TEST(ExampleProjects, OpenWithTheObjectsAndPgnsOfTheirFileAndKeepThemThroughAnot
             }
 
             const QList<quint32> pgns = db.getPGNList(line, ObjectDataBase::Invalid);
-            EXPECT_EQ(pgns, pgnsInFile(file, line));
+            EXPECT_EQ(pgns, numbersInFile(file, "PGNs", line, 10));
             EXPECT_EQ(saved.getPGNList(line, ObjectDataBase::Invalid), pgns);
             EXPECT_EQ(carriesJ1939(type), !pgns.isEmpty());
         }

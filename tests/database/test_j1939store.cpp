@@ -341,7 +341,7 @@ TEST_F(J1939OpenRepairs, WrongMappingCountsAreCorrected)
     EXPECT_EQ(reopened.getPGNMappingCount(0, 61444, rx), 0);
 }
 
-TEST_F(J1939OpenRepairs, BitPositionsOfFilesBeforeVersion105AreRecomputed)
+TEST_F(J1939OpenRepairs, BitPositionsOnlyOfFilesBeforeVersion105AreRecomputed)
 {
     // Elements in number order: 8, 16 bits, then an octet string of 12 bits.
     ASSERT_TRUE(db.addCANID(0, 0x181, canId(tx, QStringLiteral("packed"))));
@@ -360,6 +360,15 @@ TEST_F(J1939OpenRepairs, BitPositionsOfFilesBeforeVersion105AreRecomputed)
     ASSERT_TRUE(db.addSPN(0, 61444, rx, 190, spn(2, 6, 0, QStringLiteral("speed"))));
     ASSERT_TRUE(db.addSPN(0, 61444, rx, 899, spn(0, 102, 0, QStringLiteral("mode"))));
     ASSERT_TRUE(db.addSPN(0, 61444, rx, 512, spn(1, 5, 0, QStringLiteral("demand"))));
+
+    // A current file keeps what it stores, even positions that are all zero.
+    {
+        ObjectDataBase current;
+        ASSERT_TRUE(current.openDataBase(saveAndEdit({}), true));
+        ObjectDataBase::DataElement read;
+        ASSERT_TRUE(current.getDataElement(0, 0x181, tx, 1, read));
+        EXPECT_EQ(read.bitpos, 0);
+    }
 
     const QString path = saveAndEdit({QStringLiteral("update MiscSettings set value = '104' where item = "
                                                      "'DatabaseVersion'")});
@@ -384,19 +393,6 @@ TEST_F(J1939OpenRepairs, BitPositionsOfFilesBeforeVersion105AreRecomputed)
     EXPECT_EQ(bitposition(899), 0);
     EXPECT_EQ(bitposition(512), 4);
     EXPECT_EQ(bitposition(190), 12);
-}
-
-TEST_F(J1939OpenRepairs, CurrentFilesKeepTheirBitPositions)
-{
-    ASSERT_TRUE(db.addCANID(0, 0x181, canId(tx, QStringLiteral("packed"))));
-    ASSERT_TRUE(db.addDataElement(0, 0x181, tx, 0, element(0, 5, 0, QStringLiteral("a"))));
-    ASSERT_TRUE(db.addDataElement(0, 0x181, tx, 1, element(1, 5, 0, QStringLiteral("b"))));
-    const QString path = saveAndEdit({});
-    ObjectDataBase reopened;
-    ASSERT_TRUE(reopened.openDataBase(path, true));
-    ObjectDataBase::DataElement read;
-    ASSERT_TRUE(reopened.getDataElement(0, 0x181, tx, 1, read));
-    EXPECT_EQ(read.bitpos, 0);
 }
 
 TEST_F(J1939OpenRepairs, SpnsOfFilesBeforeVersion100TakeTheDirectionOfTheirPgn)

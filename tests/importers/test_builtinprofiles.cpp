@@ -63,7 +63,7 @@ class BuiltInProfile : public ::testing::TestWithParam<ProfileCase>
 
 } // namespace
 
-TEST_P(BuiltInProfile, LoadsCompletelyWithKnownTypes)
+TEST_P(BuiltInProfile, LoadsCompletelyWithKnownTypesAndItsDeviceType)
 {
     const QString id = QString::fromLatin1(GetParam().id);
     const auto database = loadProfile(id);
@@ -82,18 +82,14 @@ TEST_P(BuiltInProfile, LoadsCompletelyWithKnownTypes)
     }
     // Every subindex line belongs to an object line of the same file.
     EXPECT_EQ(subindices, expected.subindices);
-}
 
-TEST_P(BuiltInProfile, DeviceTypeNamesTheProfile)
-{
-    const ProfileCase& c = GetParam();
-    const auto database = loadProfile(QString::fromLatin1(c.id));
-    if (!c.deviceType) {
+    const char* deviceTypeDefault = GetParam().deviceType;
+    if (!deviceTypeDefault) {
         EXPECT_FALSE(database->indexExists(0, 0x1000));
         return;
     }
     const SUBINDEX_DATA_T deviceType = subIndex(database, 0x1000, 0);
-    EXPECT_EQ(deviceType.defaultvalue, c.deviceType);
+    EXPECT_EQ(deviceType.defaultvalue, deviceTypeDefault);
     EXPECT_EQ(deviceType.datatype, 7);
     EXPECT_EQ(deviceType.accesstype, "ro");
 }

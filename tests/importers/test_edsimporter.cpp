@@ -415,13 +415,6 @@ TEST(EdsImport, HeaderSectionsBecomeDescriptionSettings)
         EXPECT_EQ(db.getDescriptionSetting(QLatin1String(key)), QString::fromUtf8(value)) << key;
 }
 
-TEST(EdsImport, OnlyTheThreeDigitDummyKeyIsRead)
-{
-    QSharedPointer<ObjectDataBase> database = importText("[DummyUsage]\nDummy0004=1\n");
-    EXPECT_EQ(database->getDescriptionSetting(QStringLiteral("Dummy0004")), QStringLiteral("0"));
-    EXPECT_FALSE(database->hasDescriptionSetting(QStringLiteral("Dummy004")));
-}
-
 // ---------------------------------------------------------------------------
 // Bad input: the import ends and keeps what it could read
 // ---------------------------------------------------------------------------
@@ -495,28 +488,22 @@ TEST(EdsImport, OneFailingSubIndexDoesNotStopTheOthers)
 }
 
 // A pipe or a folder under a description file's name must not block the
-// reader or be taken for an empty file with settings.
-TEST(EdsImport, PathThatIsNoRegularFileImportsNothing)
+// reader or be taken for an empty file with settings; neither may a path
+// that leads nowhere.
+TEST(EdsImport, PathThatIsNoReadableRegularFileImportsNothing)
 {
     QTemporaryDir dir;
     const QString pipe = dir.filePath(QStringLiteral("pipe.eds"));
     ASSERT_EQ(mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
     const QString folder = dir.filePath(QStringLiteral("folder.dcf"));
     ASSERT_TRUE(QDir().mkdir(folder));
-    for (const QString& path : {pipe, folder}) {
+    for (const QString& path : {pipe, folder, QStringLiteral("/no/such/file.eds")}) {
         SCOPED_TRACE(path.toStdString());
         QSharedPointer<ObjectDataBase> database = newProject();
         ASSERT_TRUE(importFile(database, path, 10000));
         EXPECT_TRUE(database->getIndexList(0, 0, 0xFFFF).isEmpty());
         EXPECT_EQ(database->getDescriptionSetting(QStringLiteral("VendorName")), QString());
     }
-}
-
-TEST(EdsImport, UnreadableFileImportsNothing)
-{
-    QSharedPointer<ObjectDataBase> database = newProject();
-    ASSERT_TRUE(importFile(database, QStringLiteral("/no/such/file.eds")));
-    EXPECT_TRUE(database->getIndexList(0, 0, 0xFFFF).isEmpty());
 }
 
 // ---------------------------------------------------------------------------
