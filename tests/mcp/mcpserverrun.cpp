@@ -1,5 +1,6 @@
 #include "mcpserverrun.h"
 
+#include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QProcess>
@@ -56,6 +57,24 @@ ServerRun run(const QByteArray& input, const QStringList& extraArguments, int ti
             return ::testing::AssertionFailure() << "not a JSON-RPC reply: " << line.left(300).toStdString();
     }
     return ::testing::AssertionSuccess();
+}
+
+QByteArray jsonEscaped(const QString& text)
+{
+    const QByteArray array = QJsonDocument(QJsonArray{text}).toJson(QJsonDocument::Compact);
+    return array.mid(2, array.size() - 4);
+}
+
+QByteArray toolReply(int id, const QByteArray& text, bool isError)
+{
+    return R"({"id":)" + QByteArray::number(id) + R"(,"jsonrpc":"2.0","result":{"content":[{"text":")" +
+           text + R"(","type":"text"}])" + (isError ? R"(,"isError":true)" : "") + "}}\n";
+}
+
+QByteArray errorReply(int id, int code, const QByteArray& message)
+{
+    return R"({"error":{"code":)" + QByteArray::number(code) + R"(,"message":")" + message + R"("},"id":)" +
+           QByteArray::number(id) + R"(,"jsonrpc":"2.0"})" + "\n";
 }
 
 } // namespace mcpserverrun

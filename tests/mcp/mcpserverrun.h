@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QString>
 #include <QStringList>
 
 #include <gtest/gtest.h>
@@ -30,5 +31,14 @@ ServerRun run(const QByteArray& input, const QStringList& extraArguments = {}, i
 // Every line of standard output is a JSON-RPC 2.0 reply: an object with
 // "jsonrpc" "2.0", a numeric id, and exactly one of "result" and "error".
 ::testing::AssertionResult onlyRepliesOnStdout(const QByteArray& out);
+
+// The text as it stands between the quotes of a JSON string.
+QByteArray jsonEscaped(const QString& text);
+
+// The reply line of a tools/call whose result is one text, given escaped.
+QByteArray toolReply(int id, const QByteArray& text, bool isError = false);
+
+// The reply line of a request that failed with a JSON-RPC error.
+QByteArray errorReply(int id, int code, const QByteArray& message);
 
 } // namespace mcpserverrun

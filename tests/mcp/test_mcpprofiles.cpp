@@ -11,6 +11,7 @@
 #include "pipeline/generatormainhandler.h"
 #include "resources/trwresources.h"
 
+#include <QDir>
 #include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -22,6 +23,10 @@
 
 namespace {
 
+using mcpserverrun::errorReply;
+using mcpserverrun::jsonEscaped;
+using mcpserverrun::toolReply;
+
 QByteArray toolCall(const QByteArray& name, const QByteArray& arguments = "{}")
 {
     return R"({"jsonrpc":"2.0","id":1,"method":"tools/call","params":{"name":")" + name +
@@ -31,25 +36,6 @@ QByteArray toolCall(const QByteArray& name, const QByteArray& arguments = "{}")
 QByteArray readResource(const QByteArray& uri)
 {
     return R"({"jsonrpc":"2.0","id":1,"method":"resources/read","params":{"uri":")" + uri + R"("}})";
-}
-
-QByteArray toolText(const QByteArray& text, bool isError)
-{
-    return R"({"id":1,"jsonrpc":"2.0","result":{"content":[{"text":")" + text + R"(","type":"text"}])" +
-           (isError ? R"(,"isError":true)" : "") + "}}\n";
-}
-
-QByteArray error(int code, const QByteArray& message)
-{
-    return R"({"error":{"code":)" + QByteArray::number(code) + R"(,"message":")" + message +
-           R"("},"id":1,"jsonrpc":"2.0"})" + "\n";
-}
-
-// The text as it stands between the quotes of a JSON string.
-QByteArray jsonEscaped(const QString& text)
-{
-    const QByteArray array = QJsonDocument(QJsonArray{text}).toJson(QJsonDocument::Compact);
-    return array.mid(2, array.size() - 4);
 }
 
 // The text member of a tool reply or the text of the first resource content.
@@ -133,42 +119,41 @@ INSTANTIATE_TEST_SUITE_P(
     ::testing::Values(
         ExchangeCase{
             "ListProfiles", toolCall("list_profiles"),
-            toolText(R"([\"301\",\"302\",\"401\",\"402\",\"402_v3\",\"404\",\"405\",\"406\",\"408\",)"
-                     R"(\"410\",\"413\",\"415\",\"416\",\"417\",\"418\",\"419\",\"447\",\"454-2\",)"
-                     R"(\"454-4\",\"454-5\",\"454-6\",\"454-7\"])",
-                     false)},
+            toolReply(1, R"([\"301\",\"302\",\"401\",\"402\",\"402_v3\",\"404\",\"405\",\"406\",\"408\",)"
+                         R"(\"410\",\"413\",\"415\",\"416\",\"417\",\"418\",\"419\",\"447\",\"454-2\",)"
+                         R"(\"454-4\",\"454-5\",\"454-6\",\"454-7\"])")},
         ExchangeCase{"GetProfileIndex", toolCall("get_profile_index", R"({"profile":"402","index":24641})"),
-                     toolText(QByteArray(statusword)
-                                  .insert(statusword.indexOf(R"(\"subs\")"), R"(\"profile\":\"402\",)"),
-                              false)},
+                     toolReply(1, QByteArray(statusword)
+                                      .insert(statusword.indexOf(R"(\"subs\")"), R"(\"profile\":\"402\",)"))},
         ExchangeCase{"GetProfileIndexNotDefined",
                      toolCall("get_profile_index", R"({"profile":"402","index":65537})"),
-                     toolText("Index 0X0001 is not defined in profile 402.", true)},
+                     toolReply(1, "Index 0X0001 is not defined in profile 402.", true)},
         ExchangeCase{
             "GetProfileIndexUnknownProfile",
             toolCall("get_profile_index", R"({"profile":"999","index":4096})"),
-            toolText(R"(Unknown profile \"999\" - call list_profiles for the available ids.)", true)},
+            toolReply(1, R"(Unknown profile \"999\" - call list_profiles for the available ids.)", true)},
         ExchangeCase{"GetProfileIndexWithoutIndex", toolCall("get_profile_index", R"({"profile":"402"})"),
-                     error(-32602, "Missing required argument: profile and/or index")},
+                     errorReply(1, -32602, "Missing required argument: profile and/or index")},
         ExchangeCase{"ListProfileIndicesWithoutProfile", toolCall("list_profile_indices"),
-                     error(-32602, "Missing required argument: profile")},
+                     errorReply(1, -32602, "Missing required argument: profile")},
         ExchangeCase{
             "ListProfileIndicesUnknownProfile", toolCall("list_profile_indices", R"({"profile":"402_v4"})"),
-            toolText(R"(Unknown profile \"402_v4\" - call list_profiles for the available ids.)", true)},
+            toolReply(1, R"(Unknown profile \"402_v4\" - call list_profiles for the available ids.)", true)},
         ExchangeCase{"ReadHexIndex", readResource("codb://402/0x6041"),
                      resourceReply("codb://402/0x6041", statusword)},
         ExchangeCase{"ReadDecimalIndex", readResource("codb://402/24641"),
                      resourceReply("codb://402/24641", statusword)},
         ExchangeCase{"ReadEmptySubPath", readResource("codb://402/"),
-                     error(-32602, "Index  not found in codb profile 402")},
+                     errorReply(1, -32602, "Index  not found in codb profile 402")},
         ExchangeCase{"ReadIndexBeyondSixteenBits", readResource("codb://402/0x16041"),
-                     error(-32602, "Index 0x16041 not found in codb profile 402")},
+                     errorReply(1, -32602, "Index 0x16041 not found in codb profile 402")},
         ExchangeCase{"ReadIndexNotANumber", readResource("codb://402/Statusword"),
-                     error(-32602, "Index Statusword not found in codb profile 402")},
+                     errorReply(1, -32602, "Index Statusword not found in codb profile 402")},
         ExchangeCase{"ReadUnknownProfile", readResource("codb://999/0x1000"),
-                     error(-32602, "Unknown codb resource: codb://999/0x1000")},
-        ExchangeCase{"ReadSchemeIsCaseSensitive", readResource("CODB://402"),
-                     error(-32602, "Unsupported resource URI (only codb://... is implemented): CODB://402")}),
+                     errorReply(1, -32602, "Unknown codb resource: codb://999/0x1000")},
+        ExchangeCase{
+            "ReadSchemeIsCaseSensitive", readResource("CODB://402"),
+            errorReply(1, -32602, "Unsupported resource URI (only codb://... is implemented): CODB://402")}),
     [](const ::testing::TestParamInfo<ExchangeCase>& info) { return std::string(info.param.name); });
 
 TEST_F(ProfileServer, WholeProfileResourceListsWhatTheToolLists)
@@ -208,20 +193,20 @@ TEST_F(ProfileServer, EmptiedPathRefusesEveryProfileRequest)
     session.setCodbPath(QString());
     const QByteArray noPath =
         "No profile path configured - drop -codbpath to use the built-in reference profiles.";
-    EXPECT_EQ(request(toolCall("list_profiles")), toolText(noPath, true));
-    EXPECT_EQ(request(toolCall("list_profile_indices")), toolText(noPath, true));
-    EXPECT_EQ(request(toolCall("get_profile_index")), toolText(noPath, true));
-    EXPECT_EQ(
-        request(readResource("codb://402")),
-        error(-32002, "No codb path configured - drop -codbpath to use the built-in reference profiles"));
+    EXPECT_EQ(request(toolCall("list_profiles")), toolReply(1, noPath, true));
+    EXPECT_EQ(request(toolCall("list_profile_indices")), toolReply(1, noPath, true));
+    EXPECT_EQ(request(toolCall("get_profile_index")), toolReply(1, noPath, true));
+    EXPECT_EQ(request(readResource("codb://402")),
+              errorReply(1, -32002,
+                         "No codb path configured - drop -codbpath to use the built-in reference profiles"));
     EXPECT_EQ(request(R"({"id":1,"method":"resources/list"})"),
               R"({"id":1,"jsonrpc":"2.0","result":{"resources":[]}})"
               "\n");
     // The open project is tested before the path.
     EXPECT_EQ(request(toolCall("import_profile_indices")),
-              toolText("No project open. Call open_project first.", true));
+              toolReply(1, "No project open. Call open_project first.", true));
     openProject();
-    EXPECT_EQ(request(toolCall("import_profile_indices")), toolText(noPath, true));
+    EXPECT_EQ(request(toolCall("import_profile_indices")), toolReply(1, noPath, true));
 }
 
 struct ImportCase
@@ -246,7 +231,7 @@ TEST_P(ProfileImport, ReportsImportedAndSkippedObjects)
     openProject();
     const QString reply = request(toolCall("import_profile_indices", GetParam().arguments));
     const QString summary = session.modelCheckSummary();
-    EXPECT_EQ(reply, toolText(jsonEscaped(GetParam().reply + "\n\n" + summary), GetParam().isError));
+    EXPECT_EQ(reply, toolReply(1, jsonEscaped(GetParam().reply + "\n\n" + summary), GetParam().isError));
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -306,18 +291,19 @@ INSTANTIATE_TEST_SUITE_P(
     Guards, RefusedImport,
     ::testing::Values(
         ExchangeCase{"MissingIndices", R"({"profile":"402","line":0})",
-                     error(-32602, "Missing required argument: profile, line and/or indices")},
+                     errorReply(1, -32602, "Missing required argument: profile, line and/or indices")},
         ExchangeCase{"EmptyIndices", R"({"profile":"402","line":0,"indices":[]})",
-                     error(-32602, "Argument indices must be a non-empty array of index numbers")},
+                     errorReply(1, -32602, "Argument indices must be a non-empty array of index numbers")},
         ExchangeCase{"IndicesNotAnArray", R"({"profile":"402","line":0,"indices":24640})",
-                     error(-32602, "Argument indices must be a non-empty array of index numbers")},
+                     errorReply(1, -32602, "Argument indices must be a non-empty array of index numbers")},
         ExchangeCase{"LineThatDoesNotExist", R"({"profile":"402","line":7,"indices":[24640]})",
-                     toolText("Line 7 is not a CANopen line (lineTypeCode=0) - this tool only applies "
-                              "to CANopen lines.",
-                              true)},
+                     toolReply(1,
+                               "Line 7 is not a CANopen line (lineTypeCode=0) - this tool only applies "
+                               "to CANopen lines.",
+                               true)},
         ExchangeCase{
             "UnknownProfile", R"({"profile":"4O2","line":0,"indices":[24640]})",
-            toolText(R"(Unknown profile \"4O2\" - call list_profiles for the available ids.)", true)}),
+            toolReply(1, R"(Unknown profile \"4O2\" - call list_profiles for the available ids.)", true)}),
     [](const ::testing::TestParamInfo<ExchangeCase>& info) { return std::string(info.param.name); });
 
 // A folder given with -codbpath, as the program sees it.
@@ -342,18 +328,22 @@ TEST(ProfileFolder, FolderWithoutProfiles)
     const QByteArray input = toolCall("list_profiles") + "\n" + R"({"id":1,"method":"resources/list"})" +
                              "\n" + toolCall("get_profile_index", R"({"profile":"402","index":24640})") +
                              "\n";
-    EXPECT_EQ(runServer(folder.path(), input),
-              toolText("[]", false) + R"({"id":1,"jsonrpc":"2.0","result":{"resources":[]}})" + "\n" +
-                  toolText(R"(Unknown profile \"402\" - call list_profiles for the available ids.)", true));
+    EXPECT_EQ(
+        runServer(folder.path(), input),
+        toolReply(1, "[]") + R"({"id":1,"jsonrpc":"2.0","result":{"resources":[]}})" + "\n" +
+            toolReply(1, R"(Unknown profile \"402\" - call list_profiles for the available ids.)", true));
 }
 
 TEST(ProfileFolder, OwnProfilesWithTheirDescriptions)
 {
     QTemporaryDir folder;
-    // Pragmas, rules of dashes and empty comments are passed over.
-    writeFile(folder.filePath("V900.codb"),
-              "#pragma message \"x\"\n#----------\n#  \n# -- My drive --\n"
-              "6040::Controlword:mandatory::VAR:m:UNSIGNED16:m:rw::::::::::::::y:m\r\n");
+    // Pragmas, rules of dashes and empty comments are passed over, also behind objects, and a folder is no
+    // profile.
+    ASSERT_TRUE(QDir(folder.path()).mkdir("folder.codb"));
+    writeFile(
+        folder.filePath("V900.codb"),
+        "#pragma message \"x\"\n#----------\n# - -\n#  \n"
+        "6040::Controlword:mandatory::VAR:m:UNSIGNED16:m:rw::::::::::::::y:m\r\n#   -- My drive --  \n");
     writeFile(folder.filePath("plain.codb"), "6041::Statusword:mandatory::VAR:m:UNSIGNED16:m:ro\n");
     // The search gives up after fifteen lines.
     writeFile(folder.filePath("vlate.codb"),
@@ -366,13 +356,32 @@ TEST(ProfileFolder, OwnProfilesWithTheirDescriptions)
         R"(\"defaultValue\":\"\",\"hasDefault\":true,\"name\":\"Controlword\",\"size\":0,\"sub\":0}]})";
     EXPECT_EQ(
         runServer(folder.path(), input),
-        toolText(R"([\"900\",\"plain\",\"late\"])", false) +
+        toolReply(1, R"([\"900\",\"plain\",\"late\"])") +
             R"({"id":1,"jsonrpc":"2.0","result":{"resources":[)"
             R"({"description":"-- My drive --","mimeType":"application/json","name":"DS-900","uri":"codb://900"},)"
             R"({"mimeType":"application/json","name":"DS-plain","uri":"codb://plain"},)"
             R"({"mimeType":"application/json","name":"DS-late","uri":"codb://late"}]}})"
             "\n" +
             resourceReply("codb://900/0x6040", controlword));
+}
+
+// Anything but the exact option with a value keeps the built-in profiles.
+TEST(ProfileFolder, OnlyAnExactCodbPathWithAValueReplacesTheBuiltInProfiles)
+{
+    QTemporaryDir folder;
+    writeFile(folder.filePath("v402.codb"), "# Drives\n");
+    const QByteArray request = R"({"id":1,"method":"resources/list"})" + QByteArray("\n");
+    const auto listing = [&request](const QStringList& arguments) {
+        const mcpserverrun::ServerRun run = mcpserverrun::run(request, arguments);
+        EXPECT_TRUE(mcpserverrun::endedCleanly(run));
+        return run.out;
+    };
+    const QByteArray builtIn = listing({});
+    for (const QStringList& arguments :
+         {QStringList{"-codbpath"}, QStringList{"-codbpath", ""}, QStringList{"-CODBPATH", folder.path()},
+          QStringList{"--codbpath", folder.path()}})
+        EXPECT_EQ(listing(arguments), builtIn) << arguments.join(' ').toStdString();
+    EXPECT_NE(listing({"-codbpath", folder.path()}), builtIn);
 }
 
 } // namespace

@@ -3,12 +3,9 @@
 
 #include "mcpserverrun.h"
 
-#include <QDir>
-#include <QFile>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QProcess>
-#include <QTemporaryDir>
 #include <QThread>
 
 #include <gtest/gtest.h>
@@ -25,16 +22,25 @@ QString runServer(const QByteArray& input, const QStringList& extraArguments = {
     return QString::fromUtf8(run.out);
 }
 
-QByteArray methodNotFound(const QByteArray& id, const QByteArray& method)
+// One line of input or output.
+QByteArray ln(const QByteArray& json)
 {
-    return R"({"error":{"code":-32601,"message":"Method not found: )" + method + R"("},"id":)" + id +
-           R"(,"jsonrpc":"2.0"})" + "\n";
+    return json + "\n";
 }
 
-QByteArray invalidParams(const QByteArray& id, const QByteArray& message)
+QByteArray methodNotFound(int id, const QByteArray& method)
 {
-    return R"({"error":{"code":-32602,"message":")" + message + R"("},"id":)" + id + R"(,"jsonrpc":"2.0"})" +
-           "\n";
+    return mcpserverrun::errorReply(id, -32601, "Method not found: " + method);
+}
+
+QByteArray unknownTool(int id, const QByteArray& name)
+{
+    return mcpserverrun::errorReply(id, -32601, "Unknown tool: " + name);
+}
+
+QByteArray invalidParams(int id, const QByteArray& message)
+{
+    return mcpserverrun::errorReply(id, -32602, message);
 }
 
 QByteArray deeplyNested(int depth)
@@ -66,131 +72,69 @@ INSTANTIATE_TEST_SUITE_P(
     ::testing::Values(
         ExchangeCase{"WhiteSpaceLine", " \t  \r\n", ""}, ExchangeCase{"EmptyLines", "\n\n\n", ""},
         ExchangeCase{"InitializedNotification",
-                     R"({"jsonrpc":"2.0","method":"notifications/initialized"})"
-                     "\n",
-                     ""},
-        ExchangeCase{"UnknownNotification",
-                     R"({"jsonrpc":"2.0","method":"notifications/whatever"})"
-                     "\n",
-                     ""},
+                     ln(R"({"jsonrpc":"2.0","method":"notifications/initialized"})"), ""},
+        ExchangeCase{"UnknownNotification", ln(R"({"jsonrpc":"2.0","method":"notifications/whatever"})"), ""},
         ExchangeCase{"NotificationOfAToolCallRunsNothing",
-                     R"({"method":"tools/call","params":{"name":"no_such_tool"}})"
-                     "\n",
-                     ""},
-        ExchangeCase{"BatchArray",
-                     R"([{"jsonrpc":"2.0","id":1,"method":"initialize"}])"
-                     "\n",
-                     ""},
+                     ln(R"({"method":"tools/call","params":{"name":"no_such_tool"}})"), ""},
+        ExchangeCase{"BatchArray", ln(R"([{"jsonrpc":"2.0","id":1,"method":"initialize"}])"), ""},
         ExchangeCase{"ScalarDocuments", "42\n\"initialize\"\nnull\n", ""},
         ExchangeCase{"Garbage", "hello {\n}{\n\x01\x02\x03\n", ""},
         ExchangeCase{"InvalidUtf8", "{\"id\":1,\"method\":\"ping\xff\xfe\"}\n", ""},
         ExchangeCase{"DeepNesting", deeplyNested(100000), ""},
         // Escapes that decode to no valid character are echoed as escapes.
-        ExchangeCase{"LoneSurrogateAndNulInTheMethod",
-                     R"({"id":1,"method":"\ud800x\u0000"})"
-                     "\n",
-                     methodNotFound("1", R"(\ud800x\u0000)")},
-        ExchangeCase{"UnknownMethod", ping + "\n", methodNotFound("9", "ping")},
-        ExchangeCase{"MissingMethod",
-                     R"({"jsonrpc":"2.0","id":7})"
-                     "\n",
-                     methodNotFound("7", "")},
-        ExchangeCase{"MethodIsComparedExactly",
-                     R"({"id":3,"method":"Initialize"})"
-                     "\n",
-                     methodNotFound("3", "Initialize")},
-        ExchangeCase{"StringIdBecomesZero",
-                     R"({"id":"abc","method":"ping"})"
-                     "\n",
-                     methodNotFound("0", "ping")},
-        ExchangeCase{"NullIdIsARequest",
-                     R"({"id":null,"method":"ping"})"
-                     "\n",
-                     methodNotFound("0", "ping")},
+        ExchangeCase{"LoneSurrogateAndNulInTheMethod", ln(R"({"id":1,"method":"\ud800x\u0000"})"),
+                     methodNotFound(1, R"(\ud800x\u0000)")},
+        ExchangeCase{"UnknownMethod", ping + "\n", methodNotFound(9, "ping")},
+        ExchangeCase{"MissingMethod", ln(R"({"jsonrpc":"2.0","id":7})"), methodNotFound(7, "")},
+        ExchangeCase{"MethodIsComparedExactly", ln(R"({"id":3,"method":"Initialize"})"),
+                     methodNotFound(3, "Initialize")},
+        ExchangeCase{"StringIdBecomesZero", ln(R"({"id":"abc","method":"ping"})"), methodNotFound(0, "ping")},
+        ExchangeCase{"NullIdIsARequest", ln(R"({"id":null,"method":"ping"})"), methodNotFound(0, "ping")},
         ExchangeCase{"ToolCallWithoutName",
-                     R"({"jsonrpc":"2.0","id":3,"method":"tools/call","params":{}})"
-                     "\n",
-                     R"({"error":{"code":-32601,"message":"Unknown tool: "},"id":3,"jsonrpc":"2.0"})"
-                     "\n"},
-        ExchangeCase{"ToolCallWithoutParams",
-                     R"({"id":4,"method":"tools/call","params":"open_project"})"
-                     "\n",
-                     R"({"error":{"code":-32601,"message":"Unknown tool: "},"id":4,"jsonrpc":"2.0"})"
-                     "\n"},
-        ExchangeCase{
-            "UnknownTool",
-            R"({"id":5,"method":"tools/call","params":{"name":"Open_Project"}})"
-            "\n",
-            R"({"error":{"code":-32601,"message":"Unknown tool: Open_Project"},"id":5,"jsonrpc":"2.0"})"
-            "\n"},
+                     ln(R"({"jsonrpc":"2.0","id":3,"method":"tools/call","params":{}})"), unknownTool(3, "")},
+        ExchangeCase{"ToolCallWithoutParams", ln(R"({"id":4,"method":"tools/call","params":"open_project"})"),
+                     unknownTool(4, "")},
+        ExchangeCase{"UnknownTool", ln(R"({"id":5,"method":"tools/call","params":{"name":"Open_Project"}})"),
+                     unknownTool(5, "Open_Project")},
         // Values of the wrong JSON type read as their defaults: 0, an empty
         // text, an empty object.
         ExchangeCase{"IdOfAnotherTypeBecomesZero",
-                     R"({"id":true,"method":"ping"})"
-                     "\n"
-                     R"({"id":[7],"method":"ping"})"
-                     "\n"
-                     R"({"id":{"n":7},"method":"ping"})"
-                     "\n",
-                     methodNotFound("0", "ping") + methodNotFound("0", "ping") + methodNotFound("0", "ping")},
-        ExchangeCase{"NegativeIdIsEchoed",
-                     R"({"id":-5,"method":"ping"})"
-                     "\n",
-                     methodNotFound("-5", "ping")},
-        ExchangeCase{"MethodOfAnotherType",
-                     R"({"id":1,"method":42})"
-                     "\n",
-                     methodNotFound("1", "")},
+                     ln(R"({"id":true,"method":"ping"})") + ln(R"({"id":[7],"method":"ping"})") +
+                         ln(R"({"id":{"n":7},"method":"ping"})"),
+                     methodNotFound(0, "ping") + methodNotFound(0, "ping") + methodNotFound(0, "ping")},
+        ExchangeCase{"NegativeIdIsEchoed", ln(R"({"id":-5,"method":"ping"})"), methodNotFound(-5, "ping")},
+        ExchangeCase{"MethodOfAnotherType", ln(R"({"id":1,"method":42})"), methodNotFound(1, "")},
         ExchangeCase{"ToolNameOfAnotherType",
-                     R"({"id":1,"method":"tools/call","params":{"name":["open_project"]}})"
-                     "\n",
-                     R"({"error":{"code":-32601,"message":"Unknown tool: "},"id":1,"jsonrpc":"2.0"})"
-                     "\n"},
+                     ln(R"({"id":1,"method":"tools/call","params":{"name":["open_project"]}})"),
+                     unknownTool(1, "")},
         ExchangeCase{
             "ArgumentsOfAnotherType",
-            R"({"id":1,"method":"tools/call","params":{"name":"open_project","arguments":"/a.trwp"}})"
-            "\n"
-            R"({"id":2,"method":"tools/call","params":{"name":"open_project","arguments":{"path":["/a"]}}})"
-            "\n"
-            R"({"id":3,"method":"tools/call","params":{"name":"open_project","arguments":{"path":null}}})"
-            "\n",
-            invalidParams("1", "Missing required argument: path") +
-                invalidParams("2", "Missing required argument: path") +
-                invalidParams("3", "Missing required argument: path")},
+            ln(R"({"id":1,"method":"tools/call","params":{"name":"open_project","arguments":"/a.trwp"}})") +
+                ln(R"({"id":2,"method":"tools/call","params":{"name":"open_project","arguments":{"path":["/a"]}}})") +
+                ln(R"({"id":3,"method":"tools/call","params":{"name":"open_project","arguments":{"path":null}}})"),
+            invalidParams(1, "Missing required argument: path") +
+                invalidParams(2, "Missing required argument: path") +
+                invalidParams(3, "Missing required argument: path")},
         ExchangeCase{"ProjectGuardBeforeArguments",
-                     R"({"id":1,"method":"tools/call","params":{"name":"get_index","arguments":7}})"
-                     "\n",
-                     R"({"id":1,"jsonrpc":"2.0","result":{"content":[{"text":"No project open. Call )"
-                     R"(open_project first.","type":"text"}],"isError":true}})"
-                     "\n"},
+                     ln(R"({"id":1,"method":"tools/call","params":{"name":"get_index","arguments":7}})"),
+                     mcpserverrun::toolReply(1, "No project open. Call open_project first.", true)},
         // A listed tool whose handler this build lacks is a tool failure,
         // not an unknown tool.
         ExchangeCase{
             "ListedToolWithoutHandler",
-            R"({"id":1,"method":"tools/call","params":{"name":"list_pgns","arguments":{"line":0}}})"
-            "\n",
-            R"({"id":1,"jsonrpc":"2.0","result":{"content":[{"text":"Tool list_pgns is not available )"
-            R"(in this build yet.","type":"text"}],"isError":true}})"
-            "\n"},
-        ExchangeCase{"CarriageReturnLineFeed", ping + "\r\n", methodNotFound("9", "ping")},
-        ExchangeCase{"PaddedWithBlanks", "  \t" + ping + " \t \n", methodNotFound("9", "ping")},
-        ExchangeCase{"NoFinalLineFeed", ping, methodNotFound("9", "ping")},
+            ln(R"({"id":1,"method":"tools/call","params":{"name":"list_pgns","arguments":{"line":0}}})"),
+            mcpserverrun::toolReply(1, "Tool list_pgns is not available in this build yet.", true)},
+        ExchangeCase{"CarriageReturnLineFeed", ping + "\r\n", methodNotFound(9, "ping")},
+        ExchangeCase{"PaddedWithBlanks", "  \t" + ping + " \t \n", methodNotFound(9, "ping")},
+        ExchangeCase{"NoFinalLineFeed", ping, methodNotFound(9, "ping")},
         ExchangeCase{"GarbageDoesNotStopTheLoop", "garbage\n[1,2]\n" + ping + "\n",
-                     methodNotFound("9", "ping")},
+                     methodNotFound(9, "ping")},
         ExchangeCase{"NestingLimitDoesNotStopTheLoop", deeplyNested(5000) + ping + "\n",
-                     methodNotFound("9", "ping")},
+                     methodNotFound(9, "ping")},
         ExchangeCase{"UnsupportedResourceUri",
-                     R"({"id":2,"method":"resources/read","params":{"uri":"file:///etc/passwd"}})"
-                     "\n",
-                     R"({"error":{"code":-32602,"message":"Unsupported resource URI (only codb://... is )"
-                     R"(implemented): file:///etc/passwd"},"id":2,"jsonrpc":"2.0"})"
-                     "\n"},
-        ExchangeCase{"ResourceSchemeIsCaseSensitive",
-                     R"({"id":2,"method":"resources/read","params":{"uri":"CODB://402"}})"
-                     "\n",
-                     R"({"error":{"code":-32602,"message":"Unsupported resource URI (only codb://... is )"
-                     R"(implemented): CODB://402"},"id":2,"jsonrpc":"2.0"})"
-                     "\n"}),
+                     ln(R"({"id":2,"method":"resources/read","params":{"uri":"file:///etc/passwd"}})"),
+                     invalidParams(2, "Unsupported resource URI (only codb://... is implemented): "
+                                      "file:///etc/passwd")}),
     [](const ::testing::TestParamInfo<ExchangeCase>& info) { return std::string(info.param.name); });
 
 TEST(McpSession, InitializeAnswersWithTheServerIdentityAndInstructions)
@@ -208,15 +152,13 @@ TEST(McpSession, InitializeAnswersWithTheServerIdentityAndInstructions)
         R"("version":"4.3.2"}}})"
         "\n";
     const QByteArray request =
-        R"({"jsonrpc":"2.0","id":1,"method":"initialize","params":{"protocolVersion":"2099-01-01"}})"
-        "\n";
+        ln(R"({"jsonrpc":"2.0","id":1,"method":"initialize","params":{"protocolVersion":"2099-01-01"}})");
     EXPECT_EQ(runServer(request), QString::fromUtf8(expected));
 }
 
 TEST(McpSession, ToolsListWithStringIdStartsWithOpenProject)
 {
-    const QString out = runServer(R"({"id":"abc","method":"tools/list"})"
-                                  "\n");
+    const QString out = runServer(ln(R"({"id":"abc","method":"tools/list"})"));
     EXPECT_TRUE(out.startsWith(QStringLiteral(
         R"({"id":0,"jsonrpc":"2.0","result":{"tools":[{"description":"Open a .trwp project file",)"
         R"("inputSchema":{"properties":{"path":{"description":"Absolute file path","type":"string"}},)"
@@ -232,11 +174,11 @@ TEST(McpSession, LinesOfTenMegabytes)
 {
     const QByteArray padding(10 * 1024 * 1024, 'x');
     const QByteArray request = R"({"id":11,"method":"ping","params":{"padding":")" + padding + "\"}}\n";
-    EXPECT_EQ(runServer(request), QString::fromUtf8(methodNotFound("11", "ping")));
-    EXPECT_EQ(runServer(padding + "\n" + ping + "\n"), QString::fromUtf8(methodNotFound("9", "ping")));
+    EXPECT_EQ(runServer(request), QString::fromUtf8(methodNotFound(11, "ping")));
+    EXPECT_EQ(runServer(padding + "\n" + ping + "\n"), QString::fromUtf8(methodNotFound(9, "ping")));
     EXPECT_EQ(runServer(padding), QString());
     EXPECT_EQ(runServer(QByteArray(10 * 1024 * 1024, '\xff') + "\n" + ping),
-              QString::fromUtf8(methodNotFound("9", "ping")));
+              QString::fromUtf8(methodNotFound(9, "ping")));
 }
 
 TEST(McpSession, EveryLineOfOutputIsAJsonRpcReplyInRequestOrder)
@@ -279,12 +221,11 @@ TEST(McpSession, AnswersEachRequestBeforeTheNextOneIsSent)
             server.waitForBytesWritten(1000);
             QThread::msleep(200);
         }
-        server.write(R"(,"method":"ping"})"
-                     "\n");
+        server.write(ln(R"(,"method":"ping"})"));
         QByteArray reply;
         while (!reply.endsWith('\n') && server.waitForReadyRead(10000))
             reply += server.readAllStandardOutput();
-        EXPECT_EQ(reply, methodNotFound(QByteArray::number(id), "ping"));
+        EXPECT_EQ(reply, methodNotFound(id, "ping"));
     }
     server.closeWriteChannel();
     ASSERT_TRUE(server.waitForFinished(10000));
@@ -296,59 +237,6 @@ TEST(McpSession, AnswersEachRequestBeforeTheNextOneIsSent)
 TEST(McpSession, EndOfInputEndsTheServer)
 {
     EXPECT_EQ(runServer(QByteArray()), QString());
-}
-
-class McpProfileFolder : public ::testing::Test
-{
-protected:
-    void SetUp() override
-    {
-        ASSERT_TRUE(folder.isValid());
-        write(QStringLiteral("v402.codb"), "# CiA 402 drives and motion control\n[1000]\n");
-        write(QStringLiteral("454-2.codb"),
-              "#------------------\n#pragma once\n# - -\n#\n[1000]\n#   Energy bus, part 2  \n");
-        write(QStringLiteral("301.codb"), QByteArray("[1000]\n").repeated(15) + "# too late\n");
-        write(QStringLiteral("notes.txt"), "# not a profile\n");
-        ASSERT_TRUE(QDir(folder.path()).mkdir(QStringLiteral("folder.codb")));
-    }
-
-    void write(const QString& name, const QByteArray& content)
-    {
-        QFile file(folder.filePath(name));
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(content);
-    }
-
-    QTemporaryDir folder;
-};
-
-TEST_F(McpProfileFolder, ResourcesListNamesEveryProfileFileWithItsDescription)
-{
-    const QString out = runServer(R"({"id":1,"method":"resources/list"})"
-                                  "\n",
-                                  {QStringLiteral("-codbpath"), folder.path()});
-    EXPECT_EQ(out,
-              QStringLiteral(
-                  R"({"id":1,"jsonrpc":"2.0","result":{"resources":[)"
-                  R"({"mimeType":"application/json","name":"DS-301","uri":"codb://301"},)"
-                  R"({"description":"Energy bus, part 2","mimeType":"application/json","name":"DS-454-2",)"
-                  R"("uri":"codb://454-2"},)"
-                  R"({"description":"CiA 402 drives and motion control","mimeType":"application/json",)"
-                  R"("name":"DS-402","uri":"codb://402"}]}})"
-                  "\n"));
-}
-
-TEST_F(McpProfileFolder, OnlyAnExactCodbPathWithAValueReplacesTheBuiltInProfiles)
-{
-    const QByteArray request = R"({"id":1,"method":"resources/list"})"
-                               "\n";
-    const QString builtIn = runServer(request);
-    EXPECT_EQ(runServer(request, {QStringLiteral("-codbpath")}), builtIn);
-    EXPECT_EQ(runServer(request, {QStringLiteral("-codbpath"), QString()}), builtIn);
-    // The option is compared exactly.
-    EXPECT_EQ(runServer(request, {QStringLiteral("-CODBPATH"), folder.path()}), builtIn);
-    EXPECT_EQ(runServer(request, {QStringLiteral("--codbpath"), folder.path()}), builtIn);
-    EXPECT_NE(runServer(request, {QStringLiteral("-codbpath"), folder.path()}), builtIn);
 }
 
 } // namespace

@@ -2,7 +2,7 @@
 // output, as an agent would. The binary comes from TRW_BINARY.
 import { test } from 'node:test';
 import assert from 'node:assert/strict';
-import { copyFileSync, existsSync, mkdirSync, mkdtempSync, readdirSync, rmSync } from 'node:fs';
+import { copyFileSync, existsSync, mkdirSync, mkdtempSync, readdirSync, readFileSync, rmSync } from 'node:fs';
 import { tmpdir } from 'node:os';
 import { dirname, join } from 'node:path';
 import { fileURLToPath } from 'node:url';
@@ -12,16 +12,8 @@ import { StdioClientTransport } from '@modelcontextprotocol/sdk/client/stdio.js'
 const binary = process.env.TRW_BINARY;
 const sourceDir = process.env.TRW_SOURCE_DIR ?? join(dirname(fileURLToPath(import.meta.url)), '../../..');
 
-const toolNames = [
-  'open_project', 'import_file', 'generate', 'save_project', 'check_model', 'list_lines', 'get_line',
-  'list_indices', 'get_index', 'get_subindex', 'find_indices',
-  'add_line', 'delete_line',
-  'add_index', 'delete_index', 'add_subindex', 'delete_subindex', 'set_subindex_value', 'set_index_name',
-  'copy_index',
-  'list_profiles', 'list_profile_indices', 'get_profile_index', 'import_profile_indices',
-  'list_pgns', 'get_pgn', 'add_pgn', 'delete_pgn', 'list_spns', 'get_spn', 'add_spn', 'delete_spn',
-  'list_can_ids', 'get_can_id', 'add_can_id', 'delete_can_id', 'add_data_element', 'delete_data_element',
-];
+// What clients have been told about the tools, kept with the unit tests.
+const knownTools = JSON.parse(readFileSync(join(sourceDir, 'tests/mcp/toolslist.json'), 'utf8')).tools;
 
 async function connect(command = binary, args = ['--mcp']) {
   assert.ok(binary, 'TRW_BINARY must name the trw executable');
@@ -69,12 +61,10 @@ test('the client connects and lists the 38 tools in order', async () => {
 
     const { tools } = await client.listTools();
     assert.equal(tools.length, 38);
-    assert.deepEqual(tools.map((tool) => tool.name), toolNames);
-    for (const tool of tools) {
-      assert.equal(tool.inputSchema.type, 'object', tool.name);
-      for (const key of tool.inputSchema.required ?? [])
-        assert.ok(key in tool.inputSchema.properties, `${tool.name} requires unknown ${key}`);
-    }
+    assert.deepEqual(
+      tools.map(({ name, description, inputSchema }) => ({ name, description, inputSchema })),
+      knownTools.map(({ name, description, inputSchema }) => ({ name, description, inputSchema })),
+    );
   } finally {
     await client.close();
   }
