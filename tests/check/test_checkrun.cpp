@@ -3,7 +3,6 @@
 #include "common/testhelpers.h"
 #include "pipeline/generatormainhandler.h"
 
-#include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
 #include <QTemporaryDir>
@@ -91,20 +90,6 @@ TEST(CheckRun, OneErrorStopsTheRunWithExitCode7AndKeepsTheLog)
     EXPECT_FALSE(QFile::exists(project.folder() + "/__trwerrorlog.txt.bak"));
 }
 
-TEST(CheckRun, CleanProjectRunsOnAndLeavesTheLogAsBackup)
-{
-    TestProject project;
-    const QString path = save(project);
-
-    const auto r = runTrw({"-project", path});
-    EXPECT_NE(r.exitCode, 7) << r.out.toStdString();
-    EXPECT_TRUE(r.out.contains("\nCheck of model consistency finished.\n")) << r.out.toStdString();
-    EXPECT_FALSE(r.out.contains("ABORT - Check of model consistency"));
-    EXPECT_FALSE(QFile::exists(project.folder() + "/__trwerrorlog.txt"));
-    EXPECT_TRUE(
-        readFile(project.folder() + "/__trwerrorlog.txt.bak").contains("Check of model consistency started"));
-}
-
 TEST(CheckRun, SaveBehindAFailedCheckKeepsExitCode7AndStoresTheCorrections)
 {
     TestProject project;
@@ -125,11 +110,7 @@ TEST(CheckRun, SaveBehindAFailedCheckKeepsExitCode7AndStoresTheCorrections)
 // Each example is checked on a copy, so that corrections and outputs stay out of the repository.
 TEST(CheckRun, EveryExampleProjectPassesTheCheck)
 {
-    QStringList examples;
-    QDirIterator it(QStringLiteral(TRW_SOURCE_DIR "/examples"), {QStringLiteral("*.trwt")}, QDir::Files,
-                    QDirIterator::Subdirectories);
-    while (it.hasNext())
-        examples << it.next();
+    const QStringList examples = testhelpers::exampleProjects();
     ASSERT_FALSE(examples.isEmpty());
 
     for (const QString& example : std::as_const(examples)) {

@@ -37,14 +37,14 @@ TEST(ObjectRules, LineSettings)
     expectRules({
         {"node-ID missing",
          "<strong>Error: </strong>CANopen basic Stack Settings: No Node-Id specified for line 0: Specify a "
-         "number "
-         "between 1 and 127, or 255 for LSS or a function name like e.g. readDipSwitch in the line below.",
+         "number between 1 and 127, or 255 for LSS or a function name like e.g. readDipSwitch in the line "
+         "below.",
          {settings({{"co_node_id", ""}})},
          {settings({{"co_node_id", ""}, {"co_node_id_fct", "readDipSwitch"}})}},
         {"node-ID list too short for the line",
          "<strong>Error: </strong>CANopen basic Stack Settings: No Node-Id specified for line 1: Specify a "
-         "number "
-         "between 1 and 127, or 255 for LSS or a function name like e.g. readDipSwitch in the line below.",
+         "number between 1 and 127, or 255 for LSS or a function name like e.g. readDipSwitch in the line "
+         "below.",
          {[](TestProject& p) {
              p.addLine(1, 1);
              p.setGeneral("co_node_id", "1");
@@ -65,14 +65,12 @@ TEST(ObjectRules, LineSettings)
          {settings({{"co_node_id_fct", "readDip"}})}},
         {"receive buffer size, decimal only",
          "<strong>Error: </strong>Common Settings: CAN receive buffer size must be specified individually "
-         "for each "
-         "line.",
+         "for each line.",
          {settings({{"receivebuffersize", "0x10"}}), settings({{"receivebuffersize", ""}})},
          {settings({{"receivebuffersize", "16"}})}},
         {"transmit buffer size",
          "<strong>Error: </strong>Common Settings: CAN transmit buffer size must be specified individually "
-         "for each "
-         "line.",
+         "for each line.",
          {[](TestProject& p) {
              p.addLine(1, 1);
              p.setGeneral("transmitbuffersize", "5");
@@ -83,8 +81,7 @@ TEST(ObjectRules, LineSettings)
          }}},
         {"ML master on a further line",
          "<strong>Error: </strong>General Settings: The ML master/slave settings size must be specified "
-         "individually "
-         "for each line. (e.g 0,1)",
+         "individually for each line. (e.g 0,1)",
          {[](TestProject& p) {
              p.addLine(1, 1);
              p.setGeneral("nmtmaster", "0,2");
@@ -120,8 +117,7 @@ TEST(ObjectRules, MandatoryObjects)
          {settings({{"canfd_supported", "2"}})}},
         {"device type missing",
          "<strong>Error: </strong>Object 0x1000 (Device Type) does not exist, but it is mandatory according "
-         "to "
-         "CANopen specification.",
+         "to CANopen specification.",
          {[](TestProject& p) { p.db().deleteIndex(0, 0x1000, false); }},
          {}},
         {"device type missing in CAN FD also fails the ARRAY rule",
@@ -135,14 +131,12 @@ TEST(ObjectRules, MandatoryObjects)
          2},
         {"error register missing",
          "<strong>Error: </strong>Object 0x1001 (Error Register) does not exist, but it is mandatory "
-         "according to "
-         "CANopen specification.",
+         "according to CANopen specification.",
          {[](TestProject& p) { p.db().deleteIndex(0, 0x1001, false); }},
          {}},
         {"neither heartbeat nor guard time",
          "<strong>Error: </strong>Object 0x1017 (Producer Heartbeat) and 0x100C (Guard Time) do not exist, "
-         "but one of "
-         "them is mandatory.",
+         "but one of them is mandatory.",
          {[](TestProject& p) { p.db().deleteIndex(0, 0x1017, false); }},
          {[](TestProject& p) {
              p.db().deleteIndex(0, 0x1017, false);
@@ -150,8 +144,7 @@ TEST(ObjectRules, MandatoryObjects)
          }}},
         {"more slave assignments than entries",
          "<strong>Error: </strong>Object 0x1f81: Value of 'max slave Assigment count' may not exceed number "
-         "of "
-         "subindices of object 0x1f81.",
+         "of subindices of object 0x1f81.",
          {[](TestProject& p) {
               p.addArray(0x1F81, {"0", "0"});
               p.setGeneral("max_slave_assignment", "3");
@@ -226,8 +219,7 @@ TEST(ObjectRules, MandatoryObjects)
          }}},
         {"NMT master without inhibit time",
          "Warning: Object 0x102a: The object 0x102A (NMT inhibit time) is highly recommended for masters. It "
-         "may be "
-         "added via 'Add Communication Service'.",
+         "may be added via 'Add Communication Service'.",
          {settings({{"nmtmaster", "1"}})},
          {[](TestProject& p) {
              p.setGeneral("nmtmaster", "1");
@@ -281,8 +273,7 @@ TEST(ObjectRules, IdentityObject)
          {[](TestProject& p) { p.db().deleteSubIndex(0, 0x1018, 3, false); }}},
         {"serial number as managed constant",
          "<strong>Warning</strong>: Object 0x1018: The implementation type of subindex 4 (serial number) is "
-         "'Managed "
-         "Const'. This is not useful in most cases.",
+         "'Managed Const'. This is not useful in most cases.",
          {[](TestProject& p) { setSub(p, 0x1018, 4, [](auto& r) { r.implementation = managedConst; }); }},
          {[](TestProject& p) {
              setSub(p, 0x1018, 4, [](auto& r) {
@@ -403,8 +394,7 @@ TEST(ObjectRules, SubIndices)
          })}},
         {"variable name with blanks, commas or semicolons",
          "<strong>Error: </strong>Object 0x2000-0x00: The variable name contains invalid characters like "
-         "spaces or "
-         "commas.",
+         "spaces or commas.",
          {variable([](auto& r) {
               r.implementation = applicationVariable;
               r.varname = "my speed";
@@ -420,14 +410,12 @@ TEST(ObjectRules, SubIndices)
          {variable([](auto& r) { r.varname = "my speed"; })}},
         {"access type in wrong case",
          "<strong>Error: </strong>Object 0x2000-0x00: The access type 'RW' is invalid. Use ro, rw, const, "
-         "wo, rww or "
-         "rwr instead.",
+         "wo, rww or rwr instead.",
          {variable([](auto& r) { r.accesstype = "RW"; })},
          {variable([](auto& r) { r.accesstype = "rww"; })}},
         {"managed constant that may be written",
          "<strong>Error: </strong>Object 0x2000-0x00: The implementation type is Managed Const, but the "
-         "access type "
-         "allows write access.",
+         "access type allows write access.",
          {variable([](auto& r) { r.implementation = managedConst; })},
          {variable([](auto& r) {
              r.implementation = managedConst;
@@ -435,8 +423,7 @@ TEST(ObjectRules, SubIndices)
          })}},
         {"managed octet string",
          "<strong>Error: </strong>Object 0x2000-0x00: The implementation type 'Managed Variable' is not "
-         "possible for "
-         "octet strings.",
+         "possible for octet strings.",
          {variable([](auto& r) { r.datatype = 10; })},
          {variable([](auto& r) {
              r.datatype = 10;
@@ -445,8 +432,7 @@ TEST(ObjectRules, SubIndices)
          })}},
         {"managed visible string",
          "<strong>Error: </strong>Object 0x2000-0x00: The implementation type 'Managed Variable' is not "
-         "possible for "
-         "visible strings. Use 'Managed Const' or 'Variable' instead.",
+         "possible for visible strings. Use 'Managed Const' or 'Variable' instead.",
          {variable([](auto& r) { r.datatype = 9; })},
          {variable([](auto& r) {
              r.datatype = 9;
@@ -455,8 +441,7 @@ TEST(ObjectRules, SubIndices)
          })}},
         {"managed UTF8 string",
          "<strong>Error: </strong>Object 0x2000-0x00: The implementation type 'Managed Variable' is not "
-         "possible for "
-         "UTF8 strings. Use 'Managed Const' or 'Variable' instead.",
+         "possible for UTF8 strings. Use 'Managed Const' or 'Variable' instead.",
          {variable([](auto& r) { r.datatype = 124; })},
          {variable([](auto& r) {
              r.datatype = 124;

@@ -25,19 +25,6 @@ void setGranularity(TestProject& p, const QString& value)
     p.db().setDescriptionSetting("Granularity", value);
 }
 
-// An RPDO 1 with one UNSIGNED16 application variable mapped; it passes every rule.
-void rpdoOfSpeed(TestProject& p)
-{
-    p.addMappable(0x2000, 6, "rw");
-    p.addRpdo(1, "$NODEID+0x200", {"0x20000010"});
-}
-
-void tpdoOfSpeed(TestProject& p)
-{
-    p.addMappable(0x2000, 6, "rw");
-    p.addTpdo(1, "$NODEID+0x180", {"0x20000010"});
-}
-
 ProjectSetup rpdoMapping(int dataType, const QString& access, const QStringList& entries)
 {
     return [=](TestProject& p) {
@@ -53,6 +40,10 @@ ProjectSetup tpdoMapping(int dataType, const QString& access, const QStringList&
         p.addTpdo(1, "$NODEID+0x180", entries);
     };
 }
+
+// An RPDO 1 with one UNSIGNED16 application variable mapped; it passes every rule.
+const ProjectSetup rpdoOfSpeed = rpdoMapping(6, "rw", {"0x20000010"});
+const ProjectSetup tpdoOfSpeed = tpdoMapping(6, "rw", {"0x20000010"});
 
 ProjectSetup then(const ProjectSetup& first, const ProjectSetup& second)
 {
@@ -95,8 +86,7 @@ TEST(PdoRules, MappingObjects)
     expectRules({
         {"mapping without communication object",
          "<strong>Error: </strong>Object 0x1600: The corresponding PDO communication parameter object 0x1400 "
-         "does not "
-         "exist.",
+         "does not exist.",
          {then(rpdoOfSpeed, [](TestProject& p) { p.db().deleteIndex(0, 0x1400, false); })},
          {rpdoOfSpeed}},
         {"mapping table without entries",
@@ -110,8 +100,7 @@ TEST(PdoRules, MappingObjects)
          }}},
         {"entries with different access",
          "<strong>Error: </strong>Object 0x1600: All subindices of a PDO mapping object must have the same "
-         "access "
-         "type. (const for static mapping or rw for dynamic mapping",
+         "access type. (const for static mapping or rw for dynamic mapping",
          {then(rpdoOfSpeed,
                [](TestProject& p) { changeSub(p, 0x1600, 1, [](auto& r) { r.accesstype = "rw"; }); })},
          {rpdoOfSpeed,
@@ -149,8 +138,7 @@ TEST(PdoRules, MappingObjects)
          {[](TestProject& p) { p.addRpdo(1, "$NODEID+0x200", QStringList(10, "0x00050000")); }}},
         {"mapped object missing from an RPDO is read-only by default",
          "<strong>Error: </strong>Object 0x1600: The access right of the mapped object 0x3000:00 does not "
-         "fit for an "
-         "RPDO.",
+         "fit for an RPDO.",
          {rpdoMapping(6, "rw", {"0x30000010"})},
          {},
          2},
@@ -177,14 +165,12 @@ TEST(PdoRules, MappingObjects)
          {rpdoMapping(7, "rw", {"0x20000020"})}},
         {"written-only object in a TPDO",
          "<strong>Error: </strong>Object 0x1a00: The access right of the mapped object 0x2000:00 does not "
-         "fit for a "
-         "TPDO.",
+         "fit for a TPDO.",
          {tpdoMapping(6, "wo", {"0x20000010"}), tpdoMapping(6, "rww", {"0x20000010"})},
          {tpdoMapping(6, "ro", {"0x20000010"}), tpdoMapping(6, "rwr", {"0x20000010"})}},
         {"read-only object in an RPDO",
          "<strong>Error: </strong>Object 0x1600: The access right of the mapped object 0x2000:00 does not "
-         "fit for an "
-         "RPDO.",
+         "fit for an RPDO.",
          {rpdoMapping(6, "ro", {"0x20000010"}), rpdoMapping(6, "const", {"0x20000010"}),
           rpdoMapping(6, "rwr", {"0x20000010"})},
          {rpdoMapping(6, "rww", {"0x20000010"}), rpdoMapping(6, "wo", {"0x20000010"})}},
@@ -263,8 +249,7 @@ TEST(PdoRules, CommunicationObjects)
           twoTpdos("$NODEID+0x180", "$NODEID+180")}},
         {"event timer within the inhibit time",
          "<strong>Warning: </strong>Subindex 3 and 5 of 0x1800: Event timer value should be greater than "
-         "inhibit time "
-         "value.",
+         "inhibit time value.",
          {timers("100", "10"), timers("0x69", "10")},
          {timers("100", "11"), timers("99", "10"), timers("100", "0")},
          0},
@@ -287,14 +272,12 @@ TEST(PdoRules, Srdos)
          3},
         {"SRDO maps a managed object",
          "<strong>Error: </strong>Object 0x1381: The object 0x2000:00 mapped into an SRDO must be an "
-         "application "
-         "variable.",
+         "application variable.",
          {srdo({"0x20000010"}, [](auto& r) { r.implementation = 0; })},
          {srdo({"0x20000010"}, variable)}},
         {"SRDO maps an object that may not be mapped",
          "<strong>Error: </strong>Object 0x1381: The PDO mapping must be enabled for object 0x2000:00 to use "
-         "it in an "
-         "SRDO.",
+         "it in an SRDO.",
          {srdo({"0x20000010"}, [](auto& r) { r.pdomapping = PDOMapping(); })},
          {srdo({"0x20000010"}, [](auto& r) { r.pdomapping = PDOMapping(PDOMapping::MappableTPDO); })}},
     });
@@ -303,12 +286,6 @@ TEST(PdoRules, Srdos)
 TEST(PdoRules, MappingStyleAndLineRules)
 {
     const ProjectSetup bitwise = rpdoMapping(5, "rw", {"0x20000004"});
-    const auto settings = [](std::initializer_list<std::pair<const char*, const char*>> values) {
-        return [values = std::vector<std::pair<const char*, const char*>>(values)](TestProject& p) {
-            for (const auto& value : values)
-                p.setGeneral(value.first, value.second);
-        };
-    };
     const auto granularity = [](const char* value) {
         return [=](TestProject& p) { setGranularity(p, value); };
     };
@@ -330,8 +307,7 @@ TEST(PdoRules, MappingStyleAndLineRules)
     expectRules({
         {"bitwise mapping not enabled",
          "<strong>Error: </strong>Bitwise mapping not enabled in general settings. Correct general settings "
-         "or PDO "
-         "mapping.",
+         "or PDO mapping.",
          {bitwise,
           // An entry beyond the count marks the style as well.
           withoutCorrection(then(rpdoMapping(5, "rw", {"0x20000008", "0x20000004"}),
@@ -345,8 +321,7 @@ TEST(PdoRules, MappingStyleAndLineRules)
          0},
         {"dynamic mapping with granularity 0 is shown but not counted",
          "<strong>Error: </strong>Dynamic mapping cannot be used with a granularity of 0. Correct device "
-         "description "
-         "settings or PDO mapping.",
+         "description settings or PDO mapping.",
          {then(dynamicTpdo5, granularity("0"))},
          {then(dynamicTpdo5, granularity("8")), then(rpdoOfSpeed, granularity("0"))},
          0},
@@ -358,8 +333,7 @@ TEST(PdoRules, MappingStyleAndLineRules)
           settings({{"use_core_headers", "V4"}, {"fct_pdo", "onTpdo"}})}},
         {"EMCY routing without producer or consumer, once per project",
          "<strong>Error: </strong>Both EMCY producer objects and EMCY consumer objects must be present to "
-         "use EMCY "
-         "routing.",
+         "use EMCY routing.",
          {settings({{"emcy_routing", "1"}}),
           then(settings({{"emcy_routing", "1"}}), [](TestProject& p) { p.addLine(1, 1); }),
           then(settings({{"emcy_routing", "1"}}),
@@ -376,8 +350,7 @@ TEST(PdoRules, MappingStyleAndLineRules)
          0},
         {"advice behind the deviating COB-IDs",
          "Enable CANopen Stack Settings -> Overwrite pre-defined connection set and call "
-         "userOverwriteCobIdSettings() "
-         "to use these COB-ID settings.\n\n",
+         "userOverwriteCobIdSettings() to use these COB-ID settings.\n\n",
          {tpdoWithCobId("0x181")},
          {tpdoWithCobId("$NODEID+0x80000180")},
          0},

@@ -39,16 +39,14 @@ TEST(ProjectRules, UdsRolesAndStaticIndication)
          {udsOnTwoLines("1,0")}},
         {"static UDS indication without any function",
          "<strong>Warning: </strong>Static UDS indication is enabled but no service has a function name; no "
-         "callback "
-         "will be wired up.",
+         "callback will be wired up.",
          {settings({{"uds_static_indication", "1"}, {"uds_fct_generic", "  "}})},
          {settings({{"uds_static_indication", "1"}, {"uds_fct_generic", "onGeneric"}}),
           settings({{"uds_static_indication", "0"}})},
          0},
         {"static UDS indication function used twice",
          "<strong><font color='red'>Error: </font></strong>The function name 'onService' is used for more "
-         "than one UDS "
-         "static indication service; each service needs its own callback (different signature).",
+         "than one UDS static indication service; each service needs its own callback (different signature).",
          {settings({{"uds_static_indication", "1"},
                     {"uds_fct_ioctrl", "onService"},
                     {"uds_fct_generic", " onService "},
@@ -141,8 +139,7 @@ TEST(ProjectRules, CommonSettings)
          {settings({{"co_timer_interval", "0"}})}},
         {"NMT master in a multi-protocol project",
          "<strong><font color='red'>Error: </font></strong>The CANopen setting 'NMT Master or Slave' is not "
-         "supported "
-         "in multi-protocol projects.",
+         "supported in multi-protocol projects.",
          {[](TestProject& p) {
               p.addLine(1, 2);
               p.setGeneral("nmtmaster", "0,2");

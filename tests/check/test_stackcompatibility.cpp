@@ -14,14 +14,14 @@ namespace {
 const QString noPath = QStringLiteral("Info: Path to protocol stack not specified. Cannot check if generated "
                                       "code fits to installed stack/framework.");
 const QString olderTool = QStringLiteral(
-    "<strong><font color='red'>Error: </font></strong>Version of installed stack does not fit. It "
-    "requires an older version of the tool. Cannot generate files.");
+    "<strong><font color='red'>Error: </font></strong>Version of installed stack does not fit. It requires "
+    "an older version of the tool. Cannot generate files.");
 
 QString otherVersion(const QString& required)
 {
     return QStringLiteral(
-               "<strong><font color='red'>Error: </font></strong>Version of installed stack does not fit. "
-               "It requires tool version %1. Cannot generate files. This is version 4.3.")
+               "<strong><font color='red'>Error: </font></strong>Version of installed stack does not fit. It "
+               "requires tool version %1. Cannot generate files. This is version 4.3.")
         .arg(required);
 }
 
