@@ -43,11 +43,32 @@ QString lastLine(const QString& out)
     return lines.isEmpty() ? QString() : lines.last();
 }
 
-TEST(CommandLine, ProgramNameAloneGivesUsageAndParameterError)
+// Runs that end before a project is opened: the exit code and the whole output.
+TEST(CommandLine, ArgumentErrorsAndHelp)
 {
-    const auto r = runTrw({});
-    EXPECT_EQ(r.exitCode, 4);
-    EXPECT_EQ(r.out, usage + QStringLiteral("Error - Parameter error.\n"));
+    const QString noProject =
+        QStringLiteral("Project not given.\n") + usage + QStringLiteral("Error - No project specified.\n");
+    const QString openFailed = QStringLiteral("Error - Open project failed.\n");
+    const struct
+    {
+        QStringList args;
+        int exitCode;
+        QString out;
+    } cases[] = {
+        {{}, 4, usage + QStringLiteral("Error - Parameter error.\n")},
+        // A -project in last position has no value and counts as absent.
+        {{"-project"}, 2, noProject},
+        {{"-save", "-project"}, 2, noProject},
+        {{"-s"}, 2, noProject},
+        // The value is taken even when it looks like an option.
+        {{"-project", "-save"}, 3, openFailed},
+        {{"-project", "/no/such/file.trwp", "-help"}, 0, usage},
+    };
+    for (const auto& c : cases) {
+        const auto r = runTrw(c.args);
+        EXPECT_EQ(r.exitCode, c.exitCode) << c.args.join(' ').toStdString();
+        EXPECT_EQ(r.out, c.out) << c.args.join(' ').toStdString();
+    }
 }
 
 TEST(CommandLine, HelpWinsOverAValidProjectAndOpensNothing)
@@ -56,25 +77,13 @@ TEST(CommandLine, HelpWinsOverAValidProjectAndOpensNothing)
     const QString project = makeProject(dir.path());
     const QByteArray before = readFile(project);
     for (const QStringList& args :
-         {QStringList{"-project", project, "-help"}, QStringList{"-help", "-project", project},
-          QStringList{"-project", "/no/such/file.trwp", "-help"}}) {
+         {QStringList{"-project", project, "-help"}, QStringList{"-help", "-project", project}}) {
         const auto r = runTrw(args);
         EXPECT_EQ(r.exitCode, 0);
         EXPECT_EQ(r.out, usage);
     }
     EXPECT_EQ(readFile(project), before);
     EXPECT_FALSE(QFile::exists(dir.path() + QStringLiteral("/__trwerrorlog.txt.bak")));
-}
-
-TEST(CommandLine, ProjectInLastPositionCountsAsAbsent)
-{
-    for (const QStringList& args :
-         {QStringList{"-project"}, QStringList{"-save", "-project"}, QStringList{"-s"}}) {
-        const auto r = runTrw(args);
-        EXPECT_EQ(r.exitCode, 2);
-        EXPECT_EQ(r.out, QStringLiteral("Project not given.\n") + usage +
-                             QStringLiteral("Error - No project specified.\n"));
-    }
 }
 
 TEST(CommandLine, FirstProjectOccurrenceCounts)
@@ -87,13 +96,6 @@ TEST(CommandLine, FirstProjectOccurrenceCounts)
     EXPECT_EQ(r.exitCode, 0) << qPrintable(r.out);
 
     r = runTrw({"-project", missing, "-project", project});
-    EXPECT_EQ(r.exitCode, 3);
-    EXPECT_EQ(r.out, QStringLiteral("Error - Open project failed.\n"));
-}
-
-TEST(CommandLine, ProjectValueIsTakenEvenWhenItLooksLikeAnOption)
-{
-    const auto r = runTrw({"-project", "-save"});
     EXPECT_EQ(r.exitCode, 3);
     EXPECT_EQ(r.out, QStringLiteral("Error - Open project failed.\n"));
 }
@@ -304,23 +306,21 @@ TEST(CommandLine, DamagedTextProjectsOpenWithWhatTheyHold)
 TEST(CommandLine, UnwritableOutputFolderEndsWithCode8)
 {
     QTemporaryDir dir;
+    QTemporaryDir home;
     const QString projectDir = dir.path() + QStringLiteral("/ro");
     QDir().mkdir(projectDir);
     const QString project = makeProject(projectDir);
-    QStringList args{"-project", project};
+    const auto owner = QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner;
     QString program = QStringLiteral(TRW_BINARY);
+    QStringList args{"-project", project};
     if (geteuid() == 0) {
-        if (QFileInfo(QStringLiteral("/usr/bin/setpriv")).exists() == false)
+        if (!QFileInfo::exists(QStringLiteral("/usr/bin/setpriv")))
             GTEST_SKIP() << "no setpriv to drop root";
-        QFile::setPermissions(dir.path(), QFileDevice::ReadOwner | QFileDevice::WriteOwner |
-                                              QFileDevice::ExeOwner | QFileDevice::ReadOther |
-                                              QFileDevice::ExeOther);
+        QFile::setPermissions(dir.path(), owner | QFileDevice::ReadOther | QFileDevice::ExeOther);
         QFile::setPermissions(project,
                               QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ReadOther);
-        QTemporaryDir home;
-        QFile::setPermissions(home.path(), QFileDevice::ReadOther | QFileDevice::WriteOther |
-                                               QFileDevice::ExeOther | QFileDevice::ReadOwner |
-                                               QFileDevice::WriteOwner | QFileDevice::ExeOwner);
+        QFile::setPermissions(home.path(), owner | QFileDevice::ReadOther | QFileDevice::WriteOther |
+                                               QFileDevice::ExeOther);
         args = QStringList{"--reuid=65534",
                            "--regid=65534",
                            "--clear-groups",
@@ -330,24 +330,19 @@ TEST(CommandLine, UnwritableOutputFolderEndsWithCode8)
                            "XDG_CONFIG_HOME=" + home.path(),
                            program} +
                args;
-        QProcess p;
-        p.start(QStringLiteral("/usr/bin/setpriv"), args);
-        p.waitForFinished(60000);
-        const QString out = QString::fromUtf8(p.readAllStandardOutput());
-        EXPECT_EQ(p.exitCode(), 8) << qPrintable(out);
-        EXPECT_TRUE(
-            out.contains(QStringLiteral("ABORT - The output folder %1 is not writeable.\n").arg(projectDir)));
-        EXPECT_EQ(lastLine(out), QStringLiteral("Error - The output folder is not writeable"));
-        return;
+        program = QStringLiteral("/usr/bin/setpriv");
+    } else {
+        QFile::setPermissions(projectDir, QFileDevice::ReadOwner | QFileDevice::ExeOwner);
     }
-    QFile::setPermissions(projectDir, QFileDevice::ReadOwner | QFileDevice::ExeOwner);
-    const auto r = runTrw(args);
-    QFile::setPermissions(projectDir,
-                          QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
-    EXPECT_EQ(r.exitCode, 8);
+    QProcess run;
+    run.start(program, args);
+    run.waitForFinished(60000);
+    QFile::setPermissions(projectDir, owner);
+    const QString out = QString::fromUtf8(run.readAllStandardOutput());
+    EXPECT_EQ(run.exitCode(), 8) << qPrintable(out);
     EXPECT_TRUE(
-        r.out.contains(QStringLiteral("ABORT - The output folder %1 is not writeable.\n").arg(projectDir)));
-    EXPECT_EQ(lastLine(r.out), QStringLiteral("Error - The output folder is not writeable"));
+        out.contains(QStringLiteral("ABORT - The output folder %1 is not writeable.\n").arg(projectDir)));
+    EXPECT_EQ(lastLine(out), QStringLiteral("Error - The output folder is not writeable"));
 }
 
 } // namespace
