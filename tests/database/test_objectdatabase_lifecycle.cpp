@@ -370,7 +370,7 @@ TEST_F(LifecycleTest, BadFilesFailToOpenAndChangeNeitherTheFileNorTheOpenProject
     EXPECT_TRUE(QFileInfo(folder).isDir());
 }
 
-TEST_F(LifecycleTest, SaveKeepsTheOldFileAsBackup)
+TEST_F(LifecycleTest, SaveKeepsTheOldFileAsBackupAndFailsWhereItCannotWrite)
 {
     const QString project = savedProject("project.trwp");
     const QByteArray first = fileContent(project);
@@ -383,12 +383,6 @@ TEST_F(LifecycleTest, SaveKeepsTheOldFileAsBackup)
               "X");
     EXPECT_EQ(projectfile::scalar(project, "select value from MiscSettings where item = 'SaveToolType'"),
               QCoreApplication::applicationName());
-}
-
-TEST_F(LifecycleTest, SaveToAnUnwritablePlaceFails)
-{
-    ObjectDataBase db;
-    ASSERT_TRUE(db.createNewDataBase());
     EXPECT_FALSE(db.saveDatabase(path("no/such/folder/project.trwp")));
 }
 

@@ -19,7 +19,7 @@ protected:
     ObjectDataBase db;
 };
 
-TEST_F(SettingsTest, AbsentKeysReadEmptyAndAsZero)
+TEST_F(SettingsTest, AbsentKeysReadEmpty)
 {
     EXPECT_EQ(db.getGeneralSetting("canfd_supported"), "");
     EXPECT_FALSE(db.hasGeneralSetting("canfd_supported"));
