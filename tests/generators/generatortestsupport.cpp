@@ -2,6 +2,7 @@
 
 #include "common/testhelpers.h"
 #include "generators/abstractgenerator.h"
+#include "generators/canopen/codefinegenerator.h"
 
 #include <QFile>
 #include <QProcess>
@@ -66,24 +67,40 @@ QString withoutBanner(const QString& text)
     return text.section(QLatin1Char('\n'), 3);
 }
 
-namespace {
-
-struct CompileResult
+void writeFile(const QString& path, const QString& text)
 {
-    bool ok = false;
-    QString output;
-};
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly)) << path.toStdString();
+    file.write(text.toUtf8());
+}
 
-CompileResult runCompiler(const QStringList& arguments, const QString& dir)
+bool anyLineOfType(ObjectDataBase& db, const QList<int>& types)
+{
+    const QList<quint8> lines = db.getNodeList();
+    return std::any_of(lines.cbegin(), lines.cend(), [&](quint8 line) {
+        return types.contains(db.getGeneralSetting(QStringLiteral("line%1type").arg(line)).toInt());
+    });
+}
+
+void setProtocolFlags(CoDefineGenerator& generator, ObjectDataBase& db)
+{
+    const bool j1939 = anyLineOfType(db, {2, 5, 7});
+    generator.setJ1939Present(j1939);
+    generator.setMixedProtocols(j1939 ? anyLineOfType(db, {1, 4, 5, 6, 7}) : anyLineOfType(db, {4, 6, 7}));
+}
+
+bool runCompiler(const QStringList& arguments, const QString& dir, QString& output)
 {
     QProcess gcc;
     gcc.setWorkingDirectory(dir);
     gcc.setProcessChannelMode(QProcess::MergedChannels);
     gcc.start(QStringLiteral("gcc"), arguments);
     gcc.waitForFinished(60000);
-    return {gcc.exitStatus() == QProcess::NormalExit && gcc.exitCode() == 0,
-            QString::fromUtf8(gcc.readAll())};
+    output = QString::fromUtf8(gcc.readAll());
+    return gcc.exitStatus() == QProcess::NormalExit && gcc.exitCode() == 0;
 }
+
+namespace {
 
 // One initialiser per value define; the names of the tool and of the list of
 // node-id functions are no numbers and get their own forms.
@@ -112,7 +129,7 @@ QString usesOfDefines(const QString& header, QStringList& used)
     return uses;
 }
 
-CompileResult compileUnit(const QString& dir, const QStringList& headers, const QString& prelude)
+bool compileUnit(const QString& dir, const QStringList& headers, const QString& prelude, QString& output)
 {
     QString unit =
         QStringLiteral("#include <stddef.h>\n#define TEXT_OF_(x) #x\n#define TEXT_OF(x) TEXT_OF_(x)\n"
@@ -125,22 +142,11 @@ CompileResult compileUnit(const QString& dir, const QStringList& headers, const 
         unit +=
             usesOfDefines(QString::fromUtf8(testhelpers::readFile(dir + QLatin1Char('/') + header)), used);
     unit += QStringLiteral("int main(void) { return 0; }\n");
-    QFile file(dir + QStringLiteral("/use_headers.c"));
-    if (!file.open(QIODevice::WriteOnly))
-        return {false, QStringLiteral("cannot write the translation unit")};
-    file.write(unit.toUtf8());
-    file.close();
-
-    CompileResult preprocessed =
-        runCompiler({QStringLiteral("-E"), QStringLiteral("-I."), QStringLiteral("use_headers.c"),
-                     QStringLiteral("-o"), QStringLiteral("use_headers.i")},
-                    dir);
-    if (!preprocessed.ok)
-        return preprocessed;
-    return runCompiler({QStringLiteral("-std=c99"), QStringLiteral("-fsyntax-only"), QStringLiteral("-Wall"),
-                        QStringLiteral("-Werror"), QStringLiteral("-Wno-unused-const-variable"),
-                        QStringLiteral("-I."), QStringLiteral("use_headers.c")},
-                       dir);
+    writeFile(dir + QStringLiteral("/use_headers.c"), unit);
+    return runCompiler({"-E", "-I.", "use_headers.c", "-o", "use_headers.i"}, dir, output) &&
+           runCompiler({"-std=c99", "-fsyntax-only", "-Wall", "-Werror", "-Wno-unused-const-variable", "-I.",
+                        "use_headers.c"},
+                       dir, output);
 }
 
 } // namespace
@@ -148,10 +154,10 @@ CompileResult compileUnit(const QString& dir, const QStringList& headers, const 
 ::testing::AssertionResult compileHeaders(const QString& dir, const QStringList& headers,
                                           const QString& prelude)
 {
-    const CompileResult compiled = compileUnit(dir, headers, prelude);
-    if (compiled.ok)
+    QString output;
+    if (compileUnit(dir, headers, prelude, output))
         return ::testing::AssertionSuccess();
-    return ::testing::AssertionFailure() << compiled.output.toStdString();
+    return ::testing::AssertionFailure() << output.toStdString();
 }
 
 } // namespace generatortest

@@ -11,6 +11,7 @@
 #include <ostream>
 
 class AbstractGenerator;
+class CoDefineGenerator;
 
 // Failure messages show texts as text.
 inline void PrintTo(const QString& text, std::ostream* out)
@@ -54,6 +55,15 @@ QString runGenerator(AbstractGenerator& generator, ObjectDataBase& db, const QSt
 
 // The file without its first three lines, which carry the generation date.
 QString withoutBanner(const QString& text);
+
+void writeFile(const QString& path, const QString& text);
+bool anyLineOfType(ObjectDataBase& db, const QList<int>& types);
+// Tells the define generator about J1939 and mixed protocols as the pipeline
+// does: beside J1939 any CANopen or raw CAN line makes the project mixed.
+void setProtocolFlags(CoDefineGenerator& generator, ObjectDataBase& db);
+
+// Runs gcc in `dir`; `output` gets what it printed.
+bool runCompiler(const QStringList& arguments, const QString& dir, QString& output);
 
 // Runs the C preprocessor and a syntax-only C99 compile over a translation unit
 // that includes the headers of `dir` and uses each of their value defines in an

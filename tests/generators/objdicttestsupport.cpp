@@ -8,8 +8,6 @@
 #include "generators/canopen/objdictgeneratorv4.h"
 #include "generatortestsupport.h"
 
-#include <QFile>
-#include <QProcess>
 #include <QRegularExpression>
 
 #include <memory>
@@ -20,36 +18,11 @@ namespace {
 
 QString valueType(int dataType)
 {
-    switch (dataType) {
-    case 1:
-    case 5:
-        return QStringLiteral("UNSIGNED8");
-    case 2:
-        return QStringLiteral("INTEGER8");
-    case 3:
-        return QStringLiteral("INTEGER16");
-    case 4:
-        return QStringLiteral("INTEGER32");
-    case 6:
-        return QStringLiteral("UNSIGNED16");
-    case 7:
-        return QStringLiteral("UNSIGNED32");
-    case 8:
-        return QStringLiteral("REAL32");
-    case 12:
-    case 25:
-        return QStringLiteral("UNSIGNED48");
-    case 16:
-        return QStringLiteral("INTEGER24");
-    case 22:
-        return QStringLiteral("UNSIGNED24");
-    case 24:
-        return QStringLiteral("UNSIGNED40");
-    case 27:
-        return QStringLiteral("UNSIGNED64");
-    default:
-        return QString();
-    }
+    static const QMap<int, QString> types = {
+        {1, "UNSIGNED8"},  {5, "UNSIGNED8"},   {2, "INTEGER8"},    {3, "INTEGER16"},   {4, "INTEGER32"},
+        {6, "UNSIGNED16"}, {7, "UNSIGNED32"},  {8, "REAL32"},      {12, "UNSIGNED48"}, {25, "UNSIGNED48"},
+        {16, "INTEGER24"}, {22, "UNSIGNED24"}, {24, "UNSIGNED40"}, {27, "UNSIGNED64"}};
+    return types.value(dataType);
 }
 
 // The declarations that the application's own header gives for its variables.
@@ -75,23 +48,6 @@ QString applicationHeader(ObjectDataBase& db)
         }
     }
     return text;
-}
-
-void writeFile(const QString& path, const QString& text)
-{
-    QFile file(path);
-    if (file.open(QIODevice::WriteOnly))
-        file.write(text.toUtf8());
-}
-
-bool anyLineOfType(ObjectDataBase& db, std::initializer_list<int> types)
-{
-    for (quint8 line : db.getNodeList()) {
-        if (std::find(types.begin(), types.end(),
-                      db.getGeneralSetting(QStringLiteral("line%1type").arg(line)).toInt()) != types.end())
-            return true;
-    }
-    return false;
 }
 
 } // namespace
@@ -144,41 +100,36 @@ void addSyntheticDevice(ObjectDataBase& db, quint8 line)
     addObject(db, line, 0x1A00, 9,
               {count("3"), {1, 7, "0x20020420"}, {2, 7, "0x20030310"}, {3, 7, "0x20020218"}});
     // Subindices 4 to 6 are equal and compact; 3 differs.
-    addObject(db, line, 0x2000, 8,
-              {count("6"),
-               {1, 5, "0", 0, rw},
-               {2, 5, "0", 0, rw},
-               {3, 5, "7", 0, rw},
-               {4, 5, "0", 0, rw},
-               {5, 5, "0", 0, rw},
-               {6, 5, "0", 0, rw}});
+    QList<SubRow> arraySubs = {count("6")};
+    for (quint8 s = 1; s <= 6; ++s)
+        arraySubs << SubRow{s, 5, s == 3 ? "7" : "0", 0, rw};
+    addObject(db, line, 0x2000, 8, arraySubs);
     const QList<QPair<int, QString>> groups = {{5, "u8"},   {6, "u16"},  {22, "u24"}, {7, "u32"},
                                                {24, "u40"}, {25, "u48"}, {27, "u64"}, {2, "i8"},
                                                {3, "i16"},  {16, "i24"}, {4, "i32"},  {8, "r32"}};
     QList<SubRow> applicationSubs = {count(QString::number(groups.size()))};
-    for (int i = 0; i < groups.size(); ++i)
-        applicationSubs << SubRow{quint8(i + 1),
-                                  groups.at(i).first,
-                                  "0",
-                                  2,
-                                  rw,
-                                  QStringLiteral("app_%1_l{line}").arg(groups.at(i).second)};
+    for (int i = 0; i < groups.size(); ++i) {
+        const QString name = QStringLiteral("app_%1_l{line}").arg(groups.at(i).second);
+        applicationSubs << SubRow{quint8(i + 1), groups.at(i).first, "0", 2, rw, name};
+    }
     addObject(db, line, 0x2001, 9, applicationSubs);
-    addObject(db, line, 0x2002, 9,
-              {count("13"),
-               {1, 5, "1", 0, rw},
-               {2, 22, "0x12345", 0, rw},
-               {3, 6, "0x10", 0, rw},
-               {4, 7, "4000000000", 0, rw},
-               {5, 24, "0x0102030405", 0, rw},
-               {6, 25, "0x010203040506", 0, rw},
-               {7, 27, "0x0102030405060708", 0, rw},
-               {8, 2, "-5", 0, rw},
-               {9, 3, "-300", 0, rw},
-               {10, 16, "-2", 0, rw},
-               {11, 4, "-70000", 0, rw},
-               {12, 8, "1.5", 0, rw},
-               {13, 1, "1", 0, rw}});
+    const QList<QPair<int, QString>> values = {{5, "1"},
+                                               {22, "0x12345"},
+                                               {6, "0x10"},
+                                               {7, "4000000000"},
+                                               {24, "0x0102030405"},
+                                               {25, "0x010203040506"},
+                                               {27, "0x0102030405060708"},
+                                               {2, "-5"},
+                                               {3, "-300"},
+                                               {16, "-2"},
+                                               {4, "-70000"},
+                                               {8, "1.5"},
+                                               {1, "1"}};
+    QList<SubRow> valueSubs = {count(QString::number(values.size()))};
+    for (int i = 0; i < values.size(); ++i)
+        valueSubs << SubRow{quint8(i + 1), values.at(i).first, values.at(i).second, 0, rw};
+    addObject(db, line, 0x2002, 9, valueSubs);
     addObject(db, line, 0x2003, 9,
               {count("7"),
                {1, 5, "3", 1, "const"},
@@ -233,16 +184,14 @@ void makeSyntheticProject(ObjectDataBase& db, bool twoLines)
 
 Generated generate(ObjectDataBase& db, const QString& dir, const RunOptions& options)
 {
-    writeFile(dir + QStringLiteral("/test_application.h"), applicationHeader(db));
+    generatortest::writeFile(dir + QStringLiteral("/test_application.h"), applicationHeader(db));
     db.setGeneralSetting(QStringLiteral("applicationheader"), QStringLiteral("test_application.h"));
     generatortest::cacheLines(db);
     Generated result;
     {
         std::unique_ptr<CoDefineGenerator> define(options.core ? new GenDefineGenerator
                                                                : new CoDefineGenerator);
-        const bool j1939 = anyLineOfType(db, {2, 5, 7});
-        define->setJ1939Present(j1939);
-        define->setMixedProtocols(j1939 ? anyLineOfType(db, {1, 4, 5, 6, 7}) : anyLineOfType(db, {4, 6, 7}));
+        generatortest::setProtocolFlags(*define, db);
         result.define = generatortest::runGenerator(*define, db, dir, QStringLiteral("gen_define.h"));
     }
     {
@@ -254,22 +203,14 @@ Generated generate(ObjectDataBase& db, const QString& dir, const RunOptions& opt
     result.user = QString::fromUtf8(testhelpers::readFile(dir + QStringLiteral("/gen_user.h")));
     if (!options.compile)
         return result;
-    QStringList arguments = {
-        QStringLiteral("-std=c99"), QStringLiteral("-Wall"),
-        QStringLiteral("-Werror"),  QStringLiteral("-fsyntax-only"),
-        QStringLiteral("-I."),      QStringLiteral("-I" TRW_SOURCE_DIR "/tests/generators/stackdecl")};
+    QStringList arguments = {"-std=c99",      "-Wall", "-Werror",
+                             "-fsyntax-only", "-I.",   "-I" TRW_SOURCE_DIR "/tests/generators/stackdecl"};
     if (options.core)
         arguments << QStringLiteral("-DTEST_STACK_V4");
     if (db.getGeneralSetting(QStringLiteral("new_init_structure")).toInt() == 1)
         arguments << QStringLiteral("-DTEST_INIT_VERSIONED");
     arguments << QStringLiteral("gen_objdict.c");
-    QProcess gcc;
-    gcc.setWorkingDirectory(dir);
-    gcc.setProcessChannelMode(QProcess::MergedChannels);
-    gcc.start(QStringLiteral("gcc"), arguments);
-    gcc.waitForFinished(60000);
-    result.compiled = gcc.exitStatus() == QProcess::NormalExit && gcc.exitCode() == 0;
-    result.compilerOutput = QString::fromUtf8(gcc.readAll());
+    result.compiled = generatortest::runCompiler(arguments, dir, result.compilerOutput);
     return result;
 }
 
