@@ -43,9 +43,15 @@ const QByteArray storeParameters =
 
 } // namespace
 
+// Comment lines, empty lines and CR LF line ends around the object line.
 TEST(CODBImporter, VarObjectLineGivesObjectAndSubindexZero)
 {
-    const auto database = importText(deviceTypeLine);
+    const auto database = importText("# CANopen profile data base\r\n"
+                                     "#pragma message 1000::Not an object:mandatory::VAR:m:UNSIGNED8\r\n"
+                                     "#CODBChecker_pragma 2000::Neither:optional::VAR:m:UNSIGNED8\r\n"
+                                     "\r\n" +
+                                     QByteArray(deviceTypeLine).replace("\n", "\r\n"));
+    EXPECT_EQ(database->getIndexList(0, 0, -1), QList<quint16>{0x1000});
     const INDEX_DATA_T object = index(database, 0x1000);
     EXPECT_EQ(object.name, "Device type");
     EXPECT_EQ(object.objecttype, 7);
@@ -224,19 +230,6 @@ TEST(CODBImporter, CopyRulesAreSkippedUnlessAsked)
     ASSERT_TRUE(copied->indexExists(0, 0x1011));
     EXPECT_EQ(index(copied, 0x1011).name, "Store parameters");
     EXPECT_EQ(copied->getSubIndexList(0, 0x1011), (QList<quint8>{0, 1}));
-}
-
-TEST(CODBImporter, CommentsEmptyLinesAndCrLf)
-{
-    QByteArray text = "# CANopen profile data base\r\n"
-                      "#pragma message 1000::Not an object:mandatory::VAR:m:UNSIGNED8\r\n"
-                      "#CODBChecker_pragma 2000::Neither:optional::VAR:m:UNSIGNED8\r\n"
-                      "\r\n";
-    text += QByteArray(deviceTypeLine).replace("\n", "\r\n");
-    const auto database = importText(text);
-    EXPECT_EQ(database->getIndexList(0, 0, -1), QList<quint16>{0x1000});
-    EXPECT_EQ(subIndex(database, 0x1000, 0).name, "Device type");
-    EXPECT_EQ(index(database, 0x1000).name, "Device type");
 }
 
 TEST(CODBImporter, RangeFiltersObjectLinesOnly)
