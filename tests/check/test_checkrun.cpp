@@ -24,9 +24,7 @@ const QString timerErrorPrinted = QStringLiteral("\n Hardware/Target.");
 void addArrayToCorrect(TestProject& p)
 {
     p.addArray(0x2000, {"0", "0"});
-    SUBINDEX_DATA_T sub0 = p.readSub(0x2000, 0);
-    sub0.defaultvalue = "1";
-    p.addSub(0x2000, 0, sub0);
+    p.setDefault(0x2000, 0, "1");
 }
 
 QString save(TestProject& p)

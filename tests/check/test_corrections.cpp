@@ -23,26 +23,19 @@ QStringList findings(const CheckOutcome& outcome)
     return result;
 }
 
-void setValue(TestProject& p, quint16 index, quint8 subindex, const QString& value)
-{
-    SUBINDEX_DATA_T record = p.readSub(index, subindex);
-    record.defaultvalue = value;
-    p.addSub(index, subindex, record);
-}
-
 // ARRAY 0x2000 with sub-indices 0, 1, 2, 5 and sub-index 0 at 3.
 void arrayWithGap(TestProject& p)
 {
     p.addArray(0x2000, {"0", "0"});
     p.addSub(0x2000, 5, subRecord(7, "rw", "0"));
-    setValue(p, 0x2000, 0, "3");
+    p.setDefault(0x2000, 0, "3");
 }
 
 void dynamicTpdo(TestProject& p, int number, const QString& cobId)
 {
     p.addMappable(0x2000, 6, "rw");
     p.addTpdo(number, cobId, {"0x20000010"}, "rw");
-    setValue(p, quint16(0x1A00 + number - 1), 0, "0");
+    p.setDefault(quint16(0x1A00 + number - 1), 0, "0");
 }
 
 } // namespace
@@ -66,9 +59,7 @@ TEST(Corrections, NothingIsReportedOrChangedWhenSwitchedOff)
 {
     TestProject project;
     arrayWithGap(project);
-    SUBINDEX_DATA_T sub0 = project.readSub(0x2000, 0);
-    sub0.implementation = managedVariable;
-    project.addSub(0x2000, 0, sub0);
+    project.changeSub(0x2000, 0, [](auto& r) { r.implementation = managedVariable; });
     project.setAutoCorrection(false);
 
     const CheckOutcome outcome = project.run();
@@ -92,20 +83,20 @@ TEST(Corrections, ObjectsWhoseSubIndexZeroIsNeverAdjusted)
          [](TestProject& p) {
              p.addArray(0x1003, {"0", "0"});
              p.addVariable(0x1014, 7, "rw", "$NODEID+0x80");
-             setValue(p, 0x1003, 0, "0");
+             p.setDefault(0x1003, 0, "0");
          },
          0x1003, "0"},
         {"static mapping table with a special value",
          [](TestProject& p) {
              p.addRpdo(1, "$NODEID+0x200", {"0x00050008"});
-             setValue(p, 0x1600, 0, "254");
+             p.setDefault(0x1600, 0, "254");
          },
          0x1600, "254"},
         {"dynamic mapping table",
          [](TestProject& p) {
              p.addMappable(0x2000, 6, "rw");
              p.addTpdo(5, "$NODEID+0x80000680", {"0x20000010", "0x20000010"}, "rw");
-             setValue(p, 0x1A04, 0, "1");
+             p.setDefault(0x1A04, 0, "1");
          },
          0x1A04, "1"},
     };
@@ -125,7 +116,7 @@ TEST(Corrections, CorrectedStaticMappingCountMakesAnEmptyEntryActive)
     // The count is adjusted before the mapping rules run, so they see the corrected table.
     TestProject project;
     project.addRpdo(1, "$NODEID+0x80000200", {"0x00000000"});
-    setValue(project, 0x1600, 0, "0");
+    project.setDefault(0x1600, 0, "0");
     const CheckOutcome outcome = project.run();
     EXPECT_EQ(outcome.count(subIndexZeroCorrected.arg("1600")), 1);
     EXPECT_EQ(
@@ -139,9 +130,7 @@ TEST(Corrections, ConstantSubIndexZeroBecomesManagedConst)
 {
     TestProject project;
     project.addArray(0x2000, {"0"});
-    SUBINDEX_DATA_T sub0 = project.readSub(0x2000, 0);
-    sub0.implementation = managedVariable;
-    project.addSub(0x2000, 0, sub0);
+    project.changeSub(0x2000, 0, [](auto& r) { r.implementation = managedVariable; });
 
     const CheckOutcome outcome = project.run();
     EXPECT_EQ(findings(outcome),

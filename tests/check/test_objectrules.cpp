@@ -15,19 +15,13 @@ void makeFdDevice(TestProject& p)
     p.addArray(0x1000, {"0x00000191"});
 }
 
-void setSub0(TestProject& p, quint16 index, const std::function<void(SUBINDEX_DATA_T&)>& change)
+// A second CANopen line, then project-wide settings.
+ProjectSetup onTwoLines(std::vector<std::pair<QString, QString>> values)
 {
-    SUBINDEX_DATA_T record = p.readSub(index, 0);
-    change(record);
-    p.addSub(index, 0, record);
-}
-
-void setSub(TestProject& p, quint16 index, quint8 subindex,
-            const std::function<void(SUBINDEX_DATA_T&)>& change)
-{
-    SUBINDEX_DATA_T record = p.readSub(index, subindex);
-    change(record);
-    p.addSub(index, subindex, record);
+    return [setup = settings(std::move(values))](TestProject& p) {
+        p.addLine(1, 1);
+        setup(p);
+    };
 }
 
 } // namespace
@@ -45,14 +39,8 @@ TEST(ObjectRules, LineSettings)
          "<strong>Error: </strong>CANopen basic Stack Settings: No Node-Id specified for line 1: Specify a "
          "number between 1 and 127, or 255 for LSS or a function name like e.g. readDipSwitch in the line "
          "below.",
-         {[](TestProject& p) {
-             p.addLine(1, 1);
-             p.setGeneral("co_node_id", "1");
-         }},
-         {[](TestProject& p) {
-             p.addLine(1, 1);
-             p.setGeneral("co_node_id", "1,2");
-         }}},
+         {onTwoLines({{"co_node_id", "1"}})},
+         {onTwoLines({{"co_node_id", "1,2"}})}},
         {"node-ID function with (",
          "<strong>Error: </strong>CANopen basic Stack Settings: The name of the NodeId function may not "
          "include a (.",
@@ -71,34 +59,16 @@ TEST(ObjectRules, LineSettings)
         {"transmit buffer size",
          "<strong>Error: </strong>Common Settings: CAN transmit buffer size must be specified individually "
          "for each line.",
-         {[](TestProject& p) {
-             p.addLine(1, 1);
-             p.setGeneral("transmitbuffersize", "5");
-         }},
-         {[](TestProject& p) {
-             p.addLine(1, 1);
-             p.setGeneral("transmitbuffersize", "5,7");
-         }}},
+         {onTwoLines({{"transmitbuffersize", "5"}})},
+         {onTwoLines({{"transmitbuffersize", "5,7"}})}},
         {"ML master on a further line",
          "<strong>Error: </strong>General Settings: The ML master/slave settings size must be specified "
          "individually for each line. (e.g 0,1)",
-         {[](TestProject& p) {
-             p.addLine(1, 1);
-             p.setGeneral("nmtmaster", "0,2");
-             p.setGeneral("co_ml_ms", "1");
-         }},
-         {[](TestProject& p) {
-              p.addLine(1, 1);
-              p.setGeneral("nmtmaster", "0,2");
-              p.setGeneral("co_ml_ms", "0,1");
-          },
+         {onTwoLines({{"nmtmaster", "0,2"}, {"co_ml_ms", "1"}})},
+         {onTwoLines({{"nmtmaster", "0,2"}, {"co_ml_ms", "0,1"}}),
           settings({{"nmtmaster", "2"}, {"co_ml_ms", "1"}}),
           // A list too short for the line gives it no entry, unlike the store's per-line reader.
-          [](TestProject& p) {
-              p.addLine(1, 1);
-              p.setGeneral("nmtmaster", "2");
-              p.setGeneral("co_ml_ms", "1");
-          }}},
+          onTwoLines({{"nmtmaster", "2"}, {"co_ml_ms", "1"}})}},
     });
 }
 
@@ -249,7 +219,7 @@ TEST(ObjectRules, IdentityObject)
 {
     const auto identity = [](quint8 sub, const char* value) {
         return [sub, value](TestProject& p) {
-            setSub(p, 0x1018, sub, [value](auto& r) { r.defaultvalue = value; });
+            p.changeSub(0x1018, sub, [value](auto& r) { r.defaultvalue = value; });
         };
     };
     expectRules({
@@ -274,9 +244,9 @@ TEST(ObjectRules, IdentityObject)
         {"serial number as managed constant",
          "<strong>Warning</strong>: Object 0x1018: The implementation type of subindex 4 (serial number) is "
          "'Managed Const'. This is not useful in most cases.",
-         {[](TestProject& p) { setSub(p, 0x1018, 4, [](auto& r) { r.implementation = managedConst; }); }},
+         {[](TestProject& p) { p.changeSub(0x1018, 4, [](auto& r) { r.implementation = managedConst; }); }},
          {[](TestProject& p) {
-             setSub(p, 0x1018, 4, [](auto& r) {
+             p.changeSub(0x1018, 4, [](auto& r) {
                  r.implementation = applicationVariable;
                  r.varname = "serial";
              });
@@ -296,7 +266,7 @@ TEST(ObjectRules, ObjectAndSubIndexZero)
          "<strong>Error: </strong>Object 0x2000-0:The 'default value' flag must be set for this subindex.",
          {[](TestProject& p) {
              p.addArray(0x2000, {"0"});
-             setSub0(p, 0x2000, [](auto& r) {
+             p.changeSub(0x2000, 0, [](auto& r) {
                  r.defaultineds = false;
                  r.writedefaulttoeds = 2;
              });
@@ -305,7 +275,7 @@ TEST(ObjectRules, ObjectAndSubIndexZero)
              // The error counter of 0x1003 is never adjusted, so the flag is not asked for.
              p.addArray(0x1003, {"0"});
              p.addVariable(0x1014, 7, "rw", "$NODEID+0x80");
-             setSub0(p, 0x1003, [](auto& r) {
+             p.changeSub(0x1003, 0, [](auto& r) {
                  r.defaultineds = false;
                  r.writedefaulttoeds = 2;
              });
@@ -315,11 +285,11 @@ TEST(ObjectRules, ObjectAndSubIndexZero)
          "file.",
          {[](TestProject& p) {
              p.addArray(0x2000, {"0"});
-             setSub0(p, 0x2000, [](auto& r) { r.writedefaulttoeds = 0; });
+             p.changeSub(0x2000, 0, [](auto& r) { r.writedefaulttoeds = 0; });
          }},
          {[](TestProject& p) {
              p.addArray(0x2000, {"0"});
-             setSub0(p, 0x2000, [](auto& r) { r.writedefaulttoeds = 2; });
+             p.changeSub(0x2000, 0, [](auto& r) { r.writedefaulttoeds = 2; });
          }},
          0},
         {"object without a name",
@@ -360,6 +330,12 @@ TEST(ObjectRules, SubIndices)
             p.setGeneral("limit_check", "1");
         };
     };
+    const auto namedVariable = [variable](const char* name) {
+        return variable([name](auto& r) {
+            r.implementation = applicationVariable;
+            r.varname = name;
+        });
+    };
     expectRules({
         {"limits without global limit check",
          "Warning: Object 0x2000-0x00: Limit Check is activated, but it is deactivated in the global "
@@ -374,7 +350,7 @@ TEST(ObjectRules, SubIndices)
          "<strong>Error: </strong>Object 0x2000-0x01: The object does not have a name. (Required for EDS)",
          {[](TestProject& p) {
              p.addArray(0x2000, {"0"});
-             setSub(p, 0x2000, 1, [](auto& r) { r.name = ""; });
+             p.changeSub(0x2000, 1, [](auto& r) { r.name = ""; });
          }},
          {variable([](auto& r) { r.name = ""; })}},
         // Behind "-0x" the sub-index has two hexadecimal digits, unlike the decimal forms of other rules.
@@ -382,31 +358,17 @@ TEST(ObjectRules, SubIndices)
          "<strong>Error: </strong>Object 0x2000-0x0a: The object does not have a name. (Required for EDS)",
          {[](TestProject& p) {
              p.addArray(0x2000, QStringList(10, "0"));
-             setSub(p, 0x2000, 10, [](auto& r) { r.name = ""; });
+             p.changeSub(0x2000, 10, [](auto& r) { r.name = ""; });
          }},
          {[](TestProject& p) { p.addArray(0x2000, QStringList(10, "0")); }}},
         {"application variable without a name",
          "<strong>Error: </strong>Object 0x2000-0x00: The variable name is missing.",
          {variable([](auto& r) { r.implementation = applicationVariable; })},
-         {variable([](auto& r) {
-             r.implementation = applicationVariable;
-             r.varname = "speed";
-         })}},
+         {namedVariable("speed")}},
         {"variable name with blanks, commas or semicolons",
          "<strong>Error: </strong>Object 0x2000-0x00: The variable name contains invalid characters like "
          "spaces or commas.",
-         {variable([](auto& r) {
-              r.implementation = applicationVariable;
-              r.varname = "my speed";
-          }),
-          variable([](auto& r) {
-              r.implementation = applicationVariable;
-              r.varname = "a,b";
-          }),
-          variable([](auto& r) {
-              r.implementation = applicationVariable;
-              r.varname = "a;b";
-          })},
+         {namedVariable("my speed"), namedVariable("a,b"), namedVariable("a;b")},
          {variable([](auto& r) { r.varname = "my speed"; })}},
         {"access type in wrong case",
          "<strong>Error: </strong>Object 0x2000-0x00: The access type 'RW' is invalid. Use ro, rw, const, "

@@ -6,19 +6,6 @@ namespace {
 
 constexpr int applicationVariable = 2;
 
-void changeSub(TestProject& p, quint16 index, quint8 subindex,
-               const std::function<void(SUBINDEX_DATA_T&)>& change)
-{
-    SUBINDEX_DATA_T record = p.readSub(index, subindex);
-    change(record);
-    p.addSub(index, subindex, record);
-}
-
-void setValue(TestProject& p, quint16 index, quint8 subindex, const QString& value)
-{
-    changeSub(p, index, subindex, [&value](SUBINDEX_DATA_T& r) { r.defaultvalue = value; });
-}
-
 void setGranularity(TestProject& p, const QString& value)
 {
     p.db().setDescriptionLine(0);
@@ -63,7 +50,7 @@ ProjectSetup timers(const char* inhibitTime, const char* eventTimer)
     return then(tpdoOfSpeed, [=](TestProject& p) {
         p.addSub(0x1800, 3, subRecord(6, "rw", inhibitTime));
         p.addSub(0x1800, 5, subRecord(6, "rw", eventTimer));
-        setValue(p, 0x1800, 0, "5");
+        p.setDefault(0x1800, 0, "5");
     });
 }
 
@@ -71,7 +58,7 @@ ProjectSetup srdo(const QStringList& entries, const std::function<void(SUBINDEX_
 {
     return [=](TestProject& p) {
         p.addMappable(0x2000, 6, "rw");
-        changeSub(p, 0x2000, 0, mapped);
+        p.changeSub(0x2000, 0, mapped);
         p.addArray(0x1301, {"1"}, 5);
         p.addArray(0x1381, entries, 7);
     };
@@ -96,13 +83,13 @@ TEST(PdoRules, MappingObjects)
          {[](TestProject& p) {
              // 65 and above is a marker, not a count of entries.
              p.addRpdo(1, "$NODEID+0x80000200", {});
-             setValue(p, 0x1600, 0, "254");
+             p.setDefault(0x1600, 0, "254");
          }}},
         {"entries with different access",
          "<strong>Error: </strong>Object 0x1600: All subindices of a PDO mapping object must have the same "
          "access type. (const for static mapping or rw for dynamic mapping",
          {then(rpdoOfSpeed,
-               [](TestProject& p) { changeSub(p, 0x1600, 1, [](auto& r) { r.accesstype = "rw"; }); })},
+               [](TestProject& p) { p.changeSub(0x1600, 1, [](auto& r) { r.accesstype = "rw"; }); })},
          {rpdoOfSpeed,
           [](TestProject& p) {
               p.addMappable(0x2000, 6, "rw");
@@ -114,7 +101,7 @@ TEST(PdoRules, MappingObjects)
          {[](TestProject& p) { p.addRpdo(1, "$NODEID+0x200", {"0x00000000"}); }},
          {withoutCorrection([](TestProject& p) {
               p.addRpdo(1, "$NODEID+0x80000200", {"0x00000000"});
-              setValue(p, 0x1600, 0, "0");
+              p.setDefault(0x1600, 0, "0");
           }),
           // A data type index is a dummy entry that fills a gap.
           [](TestProject& p) { p.addRpdo(1, "$NODEID+0x200", {"0x00050008"}); }}},
@@ -146,13 +133,13 @@ TEST(PdoRules, MappingObjects)
          "<strong>Error: </strong>Object 0x1600: PDO mapping is not allowed for object 0x2000:00.",
          {then(rpdoOfSpeed,
                [](TestProject& p) {
-                   changeSub(p, 0x2000, 0,
-                             [](auto& r) { r.pdomapping = PDOMapping(PDOMapping::NotMappable); });
+                   p.changeSub(0x2000, 0,
+                               [](auto& r) { r.pdomapping = PDOMapping(PDOMapping::NotMappable); });
                })},
          {then(rpdoOfSpeed,
                [](TestProject& p) {
-                   changeSub(p, 0x2000, 0,
-                             [](auto& r) { r.pdomapping = PDOMapping(PDOMapping::MappableRPDO); });
+                   p.changeSub(0x2000, 0,
+                               [](auto& r) { r.pdomapping = PDOMapping(PDOMapping::MappableRPDO); });
                })}},
         {"entry shorter than its object",
          "Warning: Object 0x1600: The size of the mapped object 0x2000:00 is too small.",
@@ -186,11 +173,11 @@ TEST(PdoRules, MappingObjects)
                }),
           // Entries beyond the count in sub-index 0 are not sent.
           withoutCorrection(then(rpdoMapping(7, "rw", {"0x20000020", "0x20000020", "0x20000020"}),
-                                 [](TestProject& p) { setValue(p, 0x1600, 0, "2"); }))}},
+                                 [](TestProject& p) { p.setDefault(0x1600, 0, "2"); }))}},
         {"more entries counted than present",
          "<strong>Error: </strong>Object 0x1600:  Invalid number of mapping entries.",
-         {withoutCorrection(then(rpdoOfSpeed, [](TestProject& p) { setValue(p, 0x1600, 0, "2"); }))},
-         {withoutCorrection(then(rpdoOfSpeed, [](TestProject& p) { setValue(p, 0x1600, 0, "65"); }))}},
+         {withoutCorrection(then(rpdoOfSpeed, [](TestProject& p) { p.setDefault(0x1600, 0, "2"); }))},
+         {withoutCorrection(then(rpdoOfSpeed, [](TestProject& p) { p.setDefault(0x1600, 0, "65"); }))}},
     });
 }
 
@@ -211,12 +198,12 @@ TEST(PdoRules, CommunicationObjects)
         {"COB-ID default kept out of the EDS",
          "<strong>Hint: </strong>Subindex 1 of 0x1400 should have its default value in the EDS file.",
          {then(rpdoOfSpeed,
-               [](TestProject& p) { changeSub(p, 0x1400, 1, [](auto& r) { r.writedefaulttoeds = 0; }); }),
+               [](TestProject& p) { p.changeSub(0x1400, 1, [](auto& r) { r.writedefaulttoeds = 0; }); }),
           then(rpdoOfSpeed,
-               [](TestProject& p) { changeSub(p, 0x1400, 1, [](auto& r) { r.defaultineds = false; }); })},
+               [](TestProject& p) { p.changeSub(0x1400, 1, [](auto& r) { r.defaultineds = false; }); })},
          {then(rpdoOfSpeed,
                [](TestProject& p) {
-                   changeSub(p, 0x1400, 1, [](auto& r) {
+                   p.changeSub(0x1400, 1, [](auto& r) {
                        r.writedefaulttoeds = 2;
                        r.defaultineds = false;
                    });
@@ -225,7 +212,7 @@ TEST(PdoRules, CommunicationObjects)
         {"transmission type default kept out of the EDS",
          "<strong>Hint: </strong>Subindex 2 of 0x1400 should have its default value in the EDS file.",
          {then(rpdoOfSpeed,
-               [](TestProject& p) { changeSub(p, 0x1400, 2, [](auto& r) { r.writedefaulttoeds = 0; }); })},
+               [](TestProject& p) { p.changeSub(0x1400, 2, [](auto& r) { r.writedefaulttoeds = 0; }); })},
          {rpdoOfSpeed},
          0},
         {"enabled PDO with an empty mapping table",
@@ -234,12 +221,12 @@ TEST(PdoRules, CommunicationObjects)
          {[](TestProject& p) {
              p.addMappable(0x2000, 6, "rw");
              p.addRpdo(1, "$NODEID+0x200", {"0x20000010"}, "rw");
-             setValue(p, 0x1600, 0, "0");
+             p.setDefault(0x1600, 0, "0");
          }},
          {[](TestProject& p) {
              p.addMappable(0x2000, 6, "rw");
              p.addRpdo(1, "$NODEID+0x80000200", {"0x20000010"}, "rw");
-             setValue(p, 0x1600, 0, "0");
+             p.setDefault(0x1600, 0, "0");
          }}},
         {"two enabled PDOs on one COB-ID",
          "<strong>Error: </strong>Object 0x1801: COB-ID '1:0x180' is already used by PDO object 0x1800.",
@@ -311,7 +298,7 @@ TEST(PdoRules, MappingStyleAndLineRules)
          {bitwise,
           // An entry beyond the count marks the style as well.
           withoutCorrection(then(rpdoMapping(5, "rw", {"0x20000008", "0x20000004"}),
-                                 [](TestProject& p) { setValue(p, 0x1600, 0, "1"); }))},
+                                 [](TestProject& p) { p.setDefault(0x1600, 0, "1"); }))},
          {then(bitwise, settings({{"bitwise_mapping", "1"}}))}},
         {"bitwise mapping with byte granularity",
          "<strong>Warning: </strong>Bitwise mapping cannot be used with a granularity of 8. Correct device "

@@ -125,6 +125,14 @@ SUBINDEX_DATA_T TestProject::readSub(quint16 index, quint8 subindex, quint8 line
     return record;
 }
 
+void TestProject::changeSub(quint16 index, quint8 subindex,
+                            const std::function<void(SUBINDEX_DATA_T&)>& change)
+{
+    SUBINDEX_DATA_T record = readSub(index, subindex);
+    change(record);
+    addSub(index, subindex, record);
+}
+
 CheckOutcome TestProject::run()
 {
     QSettings settings(QCoreApplication::organizationName(),

@@ -55,6 +55,12 @@ public:
     void addTpdo(int number, const QString& cobId, const QStringList& entries,
                  const QString& mappingAccess = QStringLiteral("const"));
     SUBINDEX_DATA_T readSub(quint16 index, quint8 subindex, quint8 line = 0);
+    // Reads a sub-index of line 0, lets `change` edit it and stores it back.
+    void changeSub(quint16 index, quint8 subindex, const std::function<void(SUBINDEX_DATA_T&)>& change);
+    void setDefault(quint16 index, quint8 subindex, const QString& value)
+    {
+        changeSub(index, subindex, [&value](SUBINDEX_DATA_T& r) { r.defaultvalue = value; });
+    }
 
     // Runs the check as the pipeline drives it: cache every line, project rules, then each line by type.
     CheckOutcome run();
