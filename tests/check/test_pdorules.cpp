@@ -40,6 +40,13 @@ ProjectSetup then(const ProjectSetup& first, const ProjectSetup& second)
     };
 }
 
+// The setup, then one sub-index of line 0 changed.
+ProjectSetup withSub(const ProjectSetup& setup, quint16 index, quint8 subindex,
+                     const std::function<void(SUBINDEX_DATA_T&)>& change)
+{
+    return then(setup, [=](TestProject& p) { p.changeSub(index, subindex, change); });
+}
+
 ProjectSetup withoutCorrection(const ProjectSetup& setup)
 {
     return then(setup, [](TestProject& p) { p.setAutoCorrection(false); });
@@ -88,8 +95,7 @@ TEST(PdoRules, MappingObjects)
         {"entries with different access",
          "<strong>Error: </strong>Object 0x1600: All subindices of a PDO mapping object must have the same "
          "access type. (const for static mapping or rw for dynamic mapping",
-         {then(rpdoOfSpeed,
-               [](TestProject& p) { p.changeSub(0x1600, 1, [](auto& r) { r.accesstype = "rw"; }); })},
+         {withSub(rpdoOfSpeed, 0x1600, 1, [](auto& r) { r.accesstype = "rw"; })},
          {rpdoOfSpeed,
           [](TestProject& p) {
               p.addMappable(0x2000, 6, "rw");
@@ -131,16 +137,10 @@ TEST(PdoRules, MappingObjects)
          2},
         {"object that may not be mapped",
          "<strong>Error: </strong>Object 0x1600: PDO mapping is not allowed for object 0x2000:00.",
-         {then(rpdoOfSpeed,
-               [](TestProject& p) {
-                   p.changeSub(0x2000, 0,
-                               [](auto& r) { r.pdomapping = PDOMapping(PDOMapping::NotMappable); });
-               })},
-         {then(rpdoOfSpeed,
-               [](TestProject& p) {
-                   p.changeSub(0x2000, 0,
-                               [](auto& r) { r.pdomapping = PDOMapping(PDOMapping::MappableRPDO); });
-               })}},
+         {withSub(rpdoOfSpeed, 0x2000, 0,
+                  [](auto& r) { r.pdomapping = PDOMapping(PDOMapping::NotMappable); })},
+         {withSub(rpdoOfSpeed, 0x2000, 0,
+                  [](auto& r) { r.pdomapping = PDOMapping(PDOMapping::MappableRPDO); })}},
         {"entry shorter than its object",
          "Warning: Object 0x1600: The size of the mapped object 0x2000:00 is too small.",
          {rpdoMapping(6, "rw", {"0x20000008"})},
@@ -197,22 +197,17 @@ TEST(PdoRules, CommunicationObjects)
          {tpdoOfSpeed}},
         {"COB-ID default kept out of the EDS",
          "<strong>Hint: </strong>Subindex 1 of 0x1400 should have its default value in the EDS file.",
-         {then(rpdoOfSpeed,
-               [](TestProject& p) { p.changeSub(0x1400, 1, [](auto& r) { r.writedefaulttoeds = 0; }); }),
-          then(rpdoOfSpeed,
-               [](TestProject& p) { p.changeSub(0x1400, 1, [](auto& r) { r.defaultineds = false; }); })},
-         {then(rpdoOfSpeed,
-               [](TestProject& p) {
-                   p.changeSub(0x1400, 1, [](auto& r) {
-                       r.writedefaulttoeds = 2;
-                       r.defaultineds = false;
-                   });
-               })},
+         {withSub(rpdoOfSpeed, 0x1400, 1, [](auto& r) { r.writedefaulttoeds = 0; }),
+          withSub(rpdoOfSpeed, 0x1400, 1, [](auto& r) { r.defaultineds = false; })},
+         {withSub(rpdoOfSpeed, 0x1400, 1,
+                  [](auto& r) {
+                      r.writedefaulttoeds = 2;
+                      r.defaultineds = false;
+                  })},
          0},
         {"transmission type default kept out of the EDS",
          "<strong>Hint: </strong>Subindex 2 of 0x1400 should have its default value in the EDS file.",
-         {then(rpdoOfSpeed,
-               [](TestProject& p) { p.changeSub(0x1400, 2, [](auto& r) { r.writedefaulttoeds = 0; }); })},
+         {withSub(rpdoOfSpeed, 0x1400, 2, [](auto& r) { r.writedefaulttoeds = 0; })},
          {rpdoOfSpeed},
          0},
         {"enabled PDO with an empty mapping table",

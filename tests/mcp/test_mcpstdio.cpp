@@ -194,17 +194,11 @@ TEST(McpSession, EveryLineOfOutputIsAJsonRpcReplyInRequestOrder)
     const QStringList lines = runServer(input).split(QLatin1Char('\n'));
     ASSERT_EQ(lines.size(), 8) << lines.join(QLatin1Char('\n')).left(2000).toStdString();
     EXPECT_TRUE(lines.last().isEmpty());
+    // Each line is a reply (runServer checks that); here their ids show the order.
     const QList<int> expectedIds{9, 1, 3, 4, 5, 6, 7};
-    for (int i = 0; i < expectedIds.size(); ++i) {
-        QJsonParseError error;
-        const QJsonDocument document = QJsonDocument::fromJson(lines.at(i).toUtf8(), &error);
-        ASSERT_EQ(error.error, QJsonParseError::NoError) << lines.at(i).left(200).toStdString();
-        ASSERT_TRUE(document.isObject());
-        const QJsonObject reply = document.object();
-        EXPECT_EQ(reply.value(QStringLiteral("jsonrpc")).toString(), QStringLiteral("2.0"));
-        EXPECT_EQ(reply.value(QStringLiteral("id")).toInt(-1), expectedIds.at(i));
-        EXPECT_NE(reply.contains(QStringLiteral("result")), reply.contains(QStringLiteral("error")));
-    }
+    for (int i = 0; i < expectedIds.size(); ++i)
+        EXPECT_EQ(QJsonDocument::fromJson(lines.at(i).toUtf8()).object().value("id").toInt(-1),
+                  expectedIds.at(i));
 }
 
 // The reader must hand over each line as soon as it is complete, not wait for
