@@ -65,12 +65,24 @@ QStringList lineIndexSubKeys()
     return {QStringLiteral("line"), QStringLiteral("index"), QStringLiteral("sub")};
 }
 
+QString missingIndexText(quint8 line, quint16 index)
+{
+    return MCPObjectTools::tr("Index %1 does not exist on line %2.").arg(indexText(index)).arg(line);
+}
+
+QString missingSubindexText(quint8 line, quint16 index, quint8 sub)
+{
+    return MCPObjectTools::tr("Subindex %1:%2 does not exist on line %3.")
+        .arg(indexText(index))
+        .arg(sub)
+        .arg(line);
+}
+
 bool ensureIndexExists(MCPSession& session, int id, ObjectDataBase& database, quint8 line, quint16 index)
 {
     if (database.indexExists(line, index))
         return true;
-    session.sendToolText(
-        id, MCPObjectTools::tr("Index %1 does not exist on line %2.").arg(indexText(index)).arg(line), true);
+    session.sendToolText(id, missingIndexText(line, index), true);
     return false;
 }
 
@@ -79,12 +91,7 @@ bool ensureSubindexExists(MCPSession& session, int id, ObjectDataBase& database,
 {
     if (database.subIndexExists(line, index, sub))
         return true;
-    session.sendToolText(id,
-                         MCPObjectTools::tr("Subindex %1:%2 does not exist on line %3.")
-                             .arg(indexText(index))
-                             .arg(sub)
-                             .arg(line),
-                         true);
+    session.sendToolText(id, missingSubindexText(line, index, sub), true);
     return false;
 }
 
@@ -129,8 +136,7 @@ void MCPObjectTools::getIndex(MCPSession& session, int id, const QJsonObject& ar
     const auto [line, index] = indexAddress(arguments);
     INDEX_DATA_T object;
     if (!database->getIndex(line, index, object)) {
-        session.sendToolText(id, tr("Index %1 does not exist on line %2.").arg(indexText(index)).arg(line),
-                             true);
+        session.sendToolText(id, missingIndexText(line, index), true);
         return;
     }
     QJsonObject record = MCPRecords::indexRecord(*database, line, index, object);
@@ -147,9 +153,7 @@ void MCPObjectTools::getSubindex(MCPSession& session, int id, const QJsonObject&
     const auto [line, index, sub] = subindexAddress(arguments);
     SUBINDEX_DATA_T record;
     if (!database->getSubIndex(line, index, sub, record)) {
-        session.sendToolText(
-            id, tr("Subindex %1:%2 does not exist on line %3.").arg(indexText(index)).arg(sub).arg(line),
-            true);
+        session.sendToolText(id, missingSubindexText(line, index, sub), true);
         return;
     }
     session.sendToolData(id, MCPRecords::subIndexRecord(sub, record), false);
