@@ -11,9 +11,6 @@
 
 namespace {
 
-// Objects below are data type definitions, not entries a client edits.
-constexpr quint32 firstObjectIndex = 0x1000;
-
 QString indexText(quint16 index)
 {
     return MCPRecords::indexText(index);
@@ -178,12 +175,10 @@ void MCPObjectTools::findIndices(MCPSession& session, int id, const QJsonObject&
         session.sendError(id, MCPSession::InvalidParams, tr("Invalid glob pattern: %1").arg(pattern));
         return;
     }
-    const quint8 line = MCPArguments::line(arguments);
     QJsonArray matches;
-    for (quint16 index : database->getIndexList(line, firstObjectIndex, quint32(-1))) {
-        INDEX_DATA_T object;
-        if (database->getIndex(line, index, object) && expression.match(object.name).hasMatch())
-            matches.append(MCPRecords::summaryRecord(index, object.name));
+    for (const QJsonValue& record : MCPRecords::summaryList(*database, MCPArguments::line(arguments))) {
+        if (expression.match(record[QStringLiteral("name")].toString()).hasMatch())
+            matches.append(record);
     }
     session.sendToolData(id, matches, false);
 }
