@@ -92,11 +92,6 @@ bool ensureSubindexExists(MCPSession& session, int id, ObjectDataBase& database,
     return false;
 }
 
-void sendEdited(MCPSession& session, int id, const QString& text)
-{
-    session.sendToolText(id, text + QStringLiteral("\n\n") + session.modelCheckSummary(), false);
-}
-
 const QMap<QString, int>& objectTypeCodes()
 {
     static const QMap<QString, int> codes{{QStringLiteral("Variable"), 7},
@@ -228,7 +223,7 @@ void MCPObjectTools::addIndex(MCPSession& session, int id, const QJsonObject& ar
                              true);
         return;
     }
-    sendEdited(session, id, tr("Index %1 added on line %2.").arg(indexText(index)).arg(line));
+    session.sendEditReply(id, tr("Index %1 added on line %2.").arg(indexText(index)).arg(line));
 }
 
 void MCPObjectTools::deleteIndex(MCPSession& session, int id, const QJsonObject& arguments)
@@ -241,7 +236,7 @@ void MCPObjectTools::deleteIndex(MCPSession& session, int id, const QJsonObject&
     if (!ensureIndexExists(session, id, *database, line, index))
         return;
     database->deleteIndex(line, index, false);
-    sendEdited(session, id, tr("Index %1 deleted from line %2.").arg(indexText(index)).arg(line));
+    session.sendEditReply(id, tr("Index %1 deleted from line %2.").arg(indexText(index)).arg(line));
 }
 
 void MCPObjectTools::addSubindex(MCPSession& session, int id, const QJsonObject& arguments)
@@ -280,7 +275,8 @@ void MCPObjectTools::addSubindex(MCPSession& session, int id, const QJsonObject&
             true);
         return;
     }
-    sendEdited(session, id, tr("Subindex %1:%2 added on line %3.").arg(indexText(index)).arg(sub).arg(line));
+    session.sendEditReply(id,
+                          tr("Subindex %1:%2 added on line %3.").arg(indexText(index)).arg(sub).arg(line));
 }
 
 void MCPObjectTools::deleteSubindex(MCPSession& session, int id, const QJsonObject& arguments)
@@ -293,8 +289,8 @@ void MCPObjectTools::deleteSubindex(MCPSession& session, int id, const QJsonObje
     if (!ensureSubindexExists(session, id, *database, line, index, sub))
         return;
     database->deleteSubIndex(line, index, sub, false);
-    sendEdited(session, id,
-               tr("Subindex %1:%2 deleted from line %3.").arg(indexText(index)).arg(sub).arg(line));
+    session.sendEditReply(
+        id, tr("Subindex %1:%2 deleted from line %3.").arg(indexText(index)).arg(sub).arg(line));
 }
 
 void MCPObjectTools::setSubindexValue(MCPSession& session, int id, const QJsonObject& arguments)
@@ -311,8 +307,8 @@ void MCPObjectTools::setSubindexValue(MCPSession& session, int id, const QJsonOb
     QString value = arguments.value(QStringLiteral("defaultValue")).toString();
     value.replace(QLatin1Char('\''), QStringLiteral("''"));
     database->setDefaultValue(line, index, sub, value);
-    sendEdited(
-        session, id,
+    session.sendEditReply(
+        id,
         tr("Updated defaultValue of subindex %1:%2 on line %3.").arg(indexText(index)).arg(sub).arg(line));
 }
 
@@ -340,8 +336,8 @@ void MCPObjectTools::setIndexName(MCPSession& session, int id, const QJsonObject
                              true);
         return;
     }
-    sendEdited(session, id,
-               tr("Index %1 on line %2 renamed to \"%3\".").arg(indexText(index)).arg(line).arg(name));
+    session.sendEditReply(
+        id, tr("Index %1 on line %2 renamed to \"%3\".").arg(indexText(index)).arg(line).arg(name));
 }
 
 void MCPObjectTools::copyIndex(MCPSession& session, int id, const QJsonObject& arguments)
@@ -380,7 +376,7 @@ void MCPObjectTools::copyIndex(MCPSession& session, int id, const QJsonObject& a
                              true);
         return;
     }
-    sendEdited(
-        session, id,
+    session.sendEditReply(
+        id,
         tr("Copied index %1 (line %2) to %3 (line %4).").arg(srcText, srcLineText, destText, destLineText));
 }

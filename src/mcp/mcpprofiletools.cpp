@@ -90,9 +90,7 @@ void MCPProfileTools::importProfileIndices(MCPSession& session, int id, const QJ
     if (!source)
         return;
     const ImportOutcome outcome = copyObjects(*source, profile, *project, line, indices);
-    session.sendToolText(
-        id, importReport(outcome, profile, line) + QStringLiteral("\n\n") + session.modelCheckSummary(),
-        outcome.imported.isEmpty());
+    session.sendEditReply(id, importReport(outcome, profile, line), outcome.imported.isEmpty());
 }
 
 // An object is copied only when the profile has it and the line does not:

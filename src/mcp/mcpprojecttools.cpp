@@ -202,7 +202,7 @@ void MCPProjectTools::addLine(MCPSession& session, int id, const QJsonObject& ar
         return;
     }
     database->setGeneralSetting(QStringLiteral("line%1type").arg(line), QString::number(typeCode));
-    session.sendToolText(id, tr("Line %1 added.\n\n").arg(line) + session.modelCheckSummary(), false);
+    session.sendEditReply(id, tr("Line %1 added.").arg(line));
 }
 
 void MCPProjectTools::deleteLine(MCPSession& session, int id, const QJsonObject& arguments)
@@ -217,5 +217,5 @@ void MCPProjectTools::deleteLine(MCPSession& session, int id, const QJsonObject&
         return;
     }
     database->deleteNode(line);
-    session.sendToolText(id, tr("Line %1 deleted.\n\n").arg(line) + session.modelCheckSummary(), false);
+    session.sendEditReply(id, tr("Line %1 deleted.").arg(line));
 }

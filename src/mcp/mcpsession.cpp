@@ -111,6 +111,11 @@ QString MCPSession::modelCheckSummary()
     return tr("check_model: %1 error(s):\n%2").arg(errors).arg(messages.join(QLatin1Char('\n')));
 }
 
+void MCPSession::sendEditReply(int id, const QString& text, bool isError)
+{
+    sendToolText(id, text + QStringLiteral("\n\n") + modelCheckSummary(), isError);
+}
+
 void MCPSession::setReadingEnabled(bool enabled)
 {
     if (m_stdinReader)

@@ -61,6 +61,8 @@ public:
     // Appended to the reply of every successful edit, so the client learns
     // whether the project would still generate.
     QString modelCheckSummary();
+    // The reply of an edit: its text, a blank line and the model summary.
+    void sendEditReply(int id, const QString& text, bool isError = false);
 
     void setReadingEnabled(bool enabled);
 
