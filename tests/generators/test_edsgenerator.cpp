@@ -114,6 +114,20 @@ QStringList objectRows(const QString& text, const QString& list)
 class EdsGeneratorTest : public ::testing::Test
 {
 protected:
+    // Adds one VAR per entry from 0x2000 on, with the object description of
+    // the same place, generates and returns the sections of these objects.
+    QStringList varSections(const QList<SUBINDEX_DATA_T>& vars, const QStringList& descriptions = {})
+    {
+        for (int i = 0; i < vars.size(); ++i)
+            addObject(db, quint16(0x2000 + i), vars.at(i).name, 7, {{0, vars.at(i)}}, 0, {},
+                      descriptions.value(i));
+        const QString text = generate(db, dir.path());
+        QStringList sections;
+        for (int i = 0; i < vars.size(); ++i)
+            sections << section(text, QString::number(0x2000 + i, 16));
+        return sections;
+    }
+
     QTemporaryDir dir;
     QSharedPointer<ObjectDataBase> database = newProject();
     ObjectDataBase& db = *database;
@@ -205,7 +219,6 @@ TEST_F(EdsGeneratorTest, SmallDeviceGivesTheWholeFile)
                                          QRegularExpression::MultilineOption);
     EXPECT_TRUE(time.match(text).hasMatch()) << text.left(400).toStdString();
     EXPECT_TRUE(date.match(text).hasMatch()) << text.left(400).toStdString();
-    EXPECT_TRUE(text.contains(QStringLiteral("\nCreatedBy=Ann\n")));
 }
 
 // ---------------------------------------------------------------------------
@@ -232,12 +245,7 @@ TEST_F(EdsGeneratorTest, FileNameFollowsDefineClassicalAndLine)
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
         QTemporaryDir out;
-        EdsRun run;
-        run.define = QLatin1String(c.define);
-        run.classical = c.classical;
-        run.multiLine = c.multiLine;
-        run.line = c.line;
-        const QString text = generate(db, out.path(), run);
+        const QString text = generate(db, out.path(), {c.define, false, c.classical, c.line, c.multiLine});
         EXPECT_EQ(QDir(out.path()).entryList(QDir::Files), QStringList{QLatin1String(c.name)});
         EXPECT_TRUE(text.contains(QStringLiteral("\nFileName=device.eds\n")));
     }
@@ -346,9 +354,7 @@ TEST_F(EdsGeneratorTest, VariantFilterKeepsCommonEntriesAndThoseOfTheVariant)
     for (const Case& c : cases) {
         SCOPED_TRACE(c.define);
         QTemporaryDir out;
-        EdsRun run;
-        run.define = QLatin1String(c.define);
-        const QString text = generate(db, out.path(), run);
+        const QString text = generate(db, out.path(), {c.define});
         EXPECT_EQ(objectRows(text, "ManufacturerObjects"),
                   QStringList{QStringLiteral("SupportedObjects=%1").arg(c.manufacturer.size())} +
                       c.manufacturer);
@@ -408,11 +414,8 @@ TEST_F(EdsGeneratorTest, SettingsOfLineTwoComeFromKeysWithTheLineNumber)
     db.setDescriptionSetting(QStringLiteral("VendorName"), QStringLiteral("line two"));
     db.setDescriptionLine(0);
 
-    EdsRun run;
-    run.line = 2;
-    run.multiLine = true;
     QString name;
-    const QString text = generate(db, dir.path(), run, &name);
+    const QString text = generate(db, dir.path(), {QString(), false, false, 2, true}, &name);
     EXPECT_EQ(name, QStringLiteral("device_2.eds"));
     EXPECT_TRUE(text.contains(QStringLiteral("\nVendorName=line two\n")));
 }
@@ -429,13 +432,9 @@ TEST_F(EdsGeneratorTest, CanFdPairDiffersInFdObjectsAndDeviceType)
     addVar(db, 0x1031, entry("Between", 7, "rw", "0"));
     addVar(db, 0x1032, entry("FD other", 7, "rw", "0"));
 
-    EdsRun fd;
-    fd.canFd = true;
-    EdsRun classical;
-    classical.classical = true;
     QTemporaryDir out;
-    const QString fdText = generate(db, out.path(), fd);
-    const QString classicalText = generate(db, out.path(), classical);
+    const QString fdText = generate(db, out.path(), {QString(), true});
+    const QString classicalText = generate(db, out.path(), {QString(), false, true});
     EXPECT_EQ(QDir(out.path()).entryList(QDir::Files), (QStringList{"device.eds", "device_classical.eds"}));
 
     EXPECT_EQ(objectRows(fdText, "OptionalObjects"),
@@ -499,20 +498,16 @@ TEST_F(EdsGeneratorTest, DataTypeIsDecimalUserTypesBecomeUnsigned8UnlessOverridd
         {100, nullptr, "DataType=5"}, {124, nullptr, "DataType=5"}, {100, "0x0007", "DataType=7"},
         {5, "0x10009", "DataType=9"}, {5, "12", "DataType=12"},
     };
-    quint16 index = 0x2000;
+    QList<SUBINDEX_DATA_T> vars;
     for (const Case& c : cases) {
-        SUBINDEX_DATA_T sub = entry("Value", c.datatype, "ro", "");
+        vars << entry("Value", c.datatype, "ro", "");
         if (c.override)
-            sub.metadata = metadata(QStringLiteral("eds_datatype"), QLatin1String(c.override));
-        addVar(db, index++, sub);
+            vars.last().metadata = metadata(QStringLiteral("eds_datatype"), QLatin1String(c.override));
     }
-    const QString text = generate(db, dir.path());
-    index = 0x2000;
-    for (const Case& c : cases) {
-        const QString found = section(text, QStringLiteral("%1").arg(index++, 4, 16));
-        EXPECT_TRUE(found.contains(QStringLiteral("\n%1\n").arg(QLatin1String(c.expected))))
-            << c.datatype << " " << (c.override ? c.override : "") << "\n"
-            << found.toStdString();
+    const QStringList found = varSections(vars);
+    for (int i = 0; i < vars.size(); ++i) {
+        EXPECT_TRUE(found[i].contains(QStringLiteral("\n%1\n").arg(QLatin1String(cases[i].expected))))
+            << found[i].toStdString();
     }
 }
 
@@ -529,24 +524,19 @@ TEST_F(EdsGeneratorTest, DefaultValueFollowsItsWriteRule)
         {0, true, "1", nullptr}, {1, true, "1", "1"},     {1, false, "1", nullptr}, {2, false, "1", "1"},
         {2, true, "", nullptr},  {1, true, "|x0A", "0A"}, {1, true, "x|1", "x|1"},  {2, true, "|x", ""},
     };
-    quint16 index = 0x2000;
+    QList<SUBINDEX_DATA_T> vars;
     for (const Case& c : cases) {
-        SUBINDEX_DATA_T sub = entry("Value", 5, "ro", QLatin1String(c.value));
-        sub.writedefaulttoeds = c.writeRule;
-        sub.defaultineds = c.defaultInEds;
-        addVar(db, index++, sub);
+        vars << entry("Value", 5, "ro", QLatin1String(c.value));
+        vars.last().writedefaulttoeds = c.writeRule;
+        vars.last().defaultineds = c.defaultInEds;
     }
-    const QString text = generate(db, dir.path());
-    index = 0x2000;
-    for (const Case& c : cases) {
-        SCOPED_TRACE(::testing::Message()
-                     << int(c.writeRule) << " " << c.defaultInEds << " '" << c.value << "'");
-        const QString found = section(text, QStringLiteral("%1").arg(index++, 4, 16));
-        if (c.expected)
-            EXPECT_TRUE(found.contains(QStringLiteral("\nDefaultValue=%1\n").arg(QLatin1String(c.expected))))
-                << found.toStdString();
+    const QStringList found = varSections(vars);
+    for (int i = 0; i < vars.size(); ++i) {
+        if (cases[i].expected)
+            EXPECT_TRUE(found[i].contains(QStringLiteral("\nDefaultValue=%1\n").arg(cases[i].expected)))
+                << found[i].toStdString();
         else
-            EXPECT_FALSE(found.contains(QStringLiteral("DefaultValue"))) << found.toStdString();
+            EXPECT_FALSE(found[i].contains(QStringLiteral("DefaultValue"))) << found[i].toStdString();
     }
 }
 
@@ -569,23 +559,19 @@ TEST_F(EdsGeneratorTest, LimitsAndFlags)
         {false, "", "", true, false, "PDOMapping=0\nObjFlags=2\n"},
         {true, "0", "9", true, true, "PDOMapping=0\nLowLimit=0\nHighLimit=9\nObjFlags=3\n"},
     };
-    quint16 index = 0x2000;
+    QList<SUBINDEX_DATA_T> vars;
     for (const Case& c : cases) {
-        SUBINDEX_DATA_T sub = entry("Value", 5, "rw", "");
+        SUBINDEX_DATA_T& sub = vars.emplace_back(entry("Value", 5, "rw", ""));
         sub.limitineds = c.limits;
         sub.lowlimit = QLatin1String(c.low);
         sub.uplimit = QLatin1String(c.high);
         sub.refuseread = c.refuseRead;
         sub.refusewrite = c.refuseWrite;
-        addVar(db, index++, sub);
     }
-    const QString text = generate(db, dir.path());
-    index = 0x2000;
-    for (const Case& c : cases) {
-        // The bare ";;" behind is the variable's own empty description.
-        const QString found = section(text, QStringLiteral("%1").arg(index++, 4, 16));
-        EXPECT_TRUE(found.endsWith(QLatin1String(c.tail) + QStringLiteral(";;\n"))) << found.toStdString();
-    }
+    const QStringList found = varSections(vars);
+    // The bare ";;" behind is the variable's own empty description.
+    for (int i = 0; i < vars.size(); ++i)
+        EXPECT_TRUE(found[i].endsWith(QLatin1String(cases[i].tail) + ";;\n")) << found[i].toStdString();
 }
 
 TEST_F(EdsGeneratorTest, NamesPassThroughVariableSubstitution)
@@ -619,20 +605,15 @@ TEST_F(EdsGeneratorTest, DescriptionLinesAreCutAtTwoHundredFifty)
         {"\n", {"", ""}},
         {"", {""}},
     };
-    quint16 index = 0x2000;
+    QStringList descriptions;
     for (const Case& c : cases)
-        addObject(db, index++, "Value", 7, {{0, entry("Value", 5, "ro", "")}}, 0, {}, c.description);
-    const QString text = generate(db, dir.path());
-    index = 0x2000;
-    for (const Case& c : cases) {
-        const QStringList all =
-            section(text, QStringLiteral("%1").arg(index++, 4, 16)).split(QLatin1Char('\n'));
-        QStringList comments;
-        for (const QString& line : all) {
-            if (line.startsWith(QLatin1String(";;")))
-                comments << line.mid(2);
-        }
-        EXPECT_EQ(comments, c.lines) << c.description.size();
+        descriptions << c.description;
+    const QStringList found =
+        varSections(QList<SUBINDEX_DATA_T>(descriptions.size(), entry("Value", 5, "ro", "")), descriptions);
+    for (int i = 0; i < found.size(); ++i) {
+        QStringList comments = found[i].split(QLatin1Char('\n')).filter(QRegularExpression("^;;"));
+        comments.replaceInStrings(QRegularExpression("^;;"), QString());
+        EXPECT_EQ(comments, cases[i].lines) << descriptions[i].size();
     }
 }
 
@@ -659,9 +640,7 @@ TEST_F(EdsGeneratorTest, EmptyDescriptionLeavesACommentOnlyBehindVariables)
         addObject(*project, c.index, "Object", c.type,
                   {{0, entry("Count", 5, "ro", "1")}, {1, entry("Value", 7, "ro", "0")}});
         QTemporaryDir out;
-        EdsRun run;
-        run.canFd = c.canFd;
-        const QString found = section(generate(*project, out.path(), run), QLatin1String(c.sectionName));
+        const QString found = section(generate(*project, out.path(), {QString(), c.canFd}), c.sectionName);
         ASSERT_FALSE(found.isEmpty());
         EXPECT_EQ(found.count(QStringLiteral("\n;;")), c.comments) << found.toStdString();
         if (c.comments > 0) {
@@ -745,10 +724,8 @@ class EdsRoundTrip : public ::testing::TestWithParam<const char*>
 // subindices.
 void generateImportGenerate(ObjectDataBase& source, quint8 line, QString& first, QString& second)
 {
-    EdsRun run;
-    run.line = line;
     QTemporaryDir firstDir;
-    first = generate(source, firstDir.path(), run);
+    first = generate(source, firstDir.path(), {QString(), false, false, line});
     ASSERT_TRUE(first.contains(QStringLiteral("\n[MandatoryObjects]\n")));
 
     QSharedPointer<ObjectDataBase> reread = newProject();

@@ -1,9 +1,10 @@
 #include "objdicttestsupport.h"
 
+#include "generatortestsupport.h"
+
 #include "common/testhelpers.h"
 #include "generators/canopen/objdictgenerator.h"
 
-#include <QFile>
 #include <QRegularExpression>
 #include <QTemporaryDir>
 
@@ -15,39 +16,28 @@ using namespace objdicttest;
 
 namespace {
 
-// The value table a description row points into, from its type and service words.
+// The value table a description row points into, from its type and service
+// words ("CO_DTYPE_U8_CONST", or "CORE_DTYPE_U8" with "CO_DSPEC_CONST").
 QString valueTable(const DescriptionRow& row)
 {
-    static const QMap<QString, QString> typeSuffix = {
-        {"BOOL", "u8"}, {"U8", "u8"},         {"U16", "u16"},          {"U24", "u24"},
-        {"U32", "u32"}, {"U40", "u40"},       {"U48", "u48"},          {"U64", "u64"},
-        {"I8", "i8"},   {"I16", "i16"},       {"I24", "i24"},          {"I32", "i32"},
-        {"R32", "r32"}, {"VS", "vis_string"}, {"UTF8", "utf8_string"}, {"OS", "octet_string"}};
-    QString word = row.typeWord;
-    QString service;
-    if (!row.storageWord.isEmpty()) {
-        word.remove(QStringLiteral("CORE_DTYPE_"));
-        service = row.storageWord.mid(QStringLiteral("CO_DSPEC").size());
-    } else {
-        word.remove(QStringLiteral("CO_DTYPE_"));
-        for (const QString& suffix :
-             {QStringLiteral("_CONST"), QStringLiteral("_VAR"), QStringLiteral("_PTR")}) {
-            if (word.endsWith(suffix)) {
-                word.chop(suffix.size());
-                service = suffix;
-            }
-        }
-    }
+    static const QRegularExpression words(
+        QStringLiteral("^(?:CO|CORE)_DTYPE_([A-Z0-9]+?)(_CONST|_VAR|_PTR)?$"));
+    static const QMap<QString, QString> strings = {
+        {"VS", "vis_string"}, {"UTF8", "utf8_string"}, {"OS", "octet_string"}};
+    const QRegularExpressionMatch match = words.match(row.typeWord);
+    const QString word = match.captured(1);
+    const QString service = row.storageWord.isEmpty()
+                                ? match.captured(2)
+                                : row.storageWord.mid(QStringLiteral("CO_DSPEC").size());
     if (word == QLatin1String("DOMAIN"))
         return QStringLiteral("od_domain");
-    const QString suffix = typeSuffix.value(word);
+    const QString suffix = strings.value(word, word == QLatin1String("BOOL") ? "u8" : word.toLower());
     if (service == QLatin1String("_CONST"))
         return QStringLiteral("od_const_") + suffix;
-    if (service == QLatin1String("_VAR"))
+    if (service == QLatin1String("_VAR") || (service == QLatin1String("_PTR") && strings.contains(word)))
         return QStringLiteral("od_") + suffix;
     if (service == QLatin1String("_PTR"))
-        return suffix.contains(QLatin1String("string")) ? QStringLiteral("od_") + suffix
-                                                        : QStringLiteral("od_ptr_") + suffix;
+        return QStringLiteral("od_ptr_") + suffix;
     return QString();
 }
 
@@ -154,6 +144,20 @@ bool canopenOnly(ObjectDataBase& db)
     return true;
 }
 
+// Applies settings written as "key=value key=value"; the hidden multi-line
+// switch is a misc setting, all others are general ones.
+void applySettings(ObjectDataBase& db, const char* settings)
+{
+    for (const QString& setting : QString::fromUtf8(settings).split(QLatin1Char(' '), Qt::SkipEmptyParts)) {
+        const QString key = setting.section(QLatin1Char('='), 0, 0);
+        const QString value = setting.section(QLatin1Char('='), 1);
+        if (key == QLatin1String("generateML"))
+            db.setMiscSetting(key, value);
+        else
+            db.setGeneralSetting(key, value);
+    }
+}
+
 } // namespace
 
 TEST(ObjDictGenerator, ExampleProjectsCompileInBothStackForms)
@@ -184,7 +188,7 @@ struct SyntheticCase
     bool core;
     bool compact;
     bool camServer;
-    QMap<QString, QString> settings;
+    const char* settings;
 };
 
 class SyntheticProject : public testing::TestWithParam<SyntheticCase>
@@ -196,12 +200,7 @@ TEST_P(SyntheticProject, CompilesAndStaysConsistent)
     const SyntheticCase& run = GetParam();
     ObjectDataBase db;
     makeSyntheticProject(db, run.twoLines);
-    for (auto it = run.settings.constBegin(); it != run.settings.constEnd(); ++it) {
-        if (it.key() == QLatin1String("generateML"))
-            db.setMiscSetting(it.key(), it.value());
-        else
-            db.setGeneralSetting(it.key(), it.value());
-    }
+    applySettings(db, run.settings);
     QTemporaryDir dir;
     const Generated files = generate(db, dir.path(), {run.core, run.compact, run.camServer, true});
     EXPECT_TRUE(files.compiled) << files.compilerOutput.toStdString();
@@ -210,60 +209,27 @@ TEST_P(SyntheticProject, CompilesAndStaysConsistent)
 
 INSTANTIATE_TEST_SUITE_P(
     ObjDictGenerator, SyntheticProject,
-    testing::Values(SyntheticCase{"OneLineClassic", false, false, false, false, {}},
-                    SyntheticCase{"OneLineV4", false, true, false, false, {}},
-                    SyntheticCase{"TwoLinesClassic", true, false, false, false, {}},
-                    SyntheticCase{"TwoLinesV4Compact", true, true, true, false, {}},
-                    SyntheticCase{"OneLineCompactLimitsFdStringsOverwrite",
-                                  false,
-                                  false,
-                                  true,
-                                  false,
-                                  {{"limit_check", "1"},
-                                   {"canfd_supported", "1"},
-                                   {"generate_string_defaults", "1"},
-                                   {"overwrite_predef", "1"},
-                                   {"event_led", "1"},
-                                   {"lss_supported", "1"},
-                                   {"nmtmaster", "1"},
-                                   {"fct_nmt", "testIndication"},
-                                   {"fct_can", "testIndication"}}},
-                    SyntheticCase{"TwoLinesV4LimitsFdOptionsOverwrite",
-                                  true,
-                                  true,
-                                  false,
-                                  false,
-                                  {{"limit_check", "1"},
-                                   {"canfd_supported", "1"},
-                                   {"usdo_client_cnt", "1"},
-                                   {"overwrite_predef", "1,1"},
-                                   {"nmtmaster", "2,0"},
-                                   {"lss_supported", "1"},
-                                   {"generate_string_defaults", "1"},
-                                   {"fct_pdo_update", "testIndication"}}},
-                    SyntheticCase{"TwoLinesClassicRunTimeMaster",
-                                  true,
-                                  false,
-                                  false,
-                                  false,
-                                  {{"nmtmaster", "2,1"}, {"lss_supported", "1"}}},
-                    SyntheticCase{"OneLineRunTimeMasterV4",
-                                  false,
-                                  true,
-                                  false,
-                                  false,
-                                  {{"nmtmaster", "2"}, {"lss_supported", "1"}}},
-                    SyntheticCase{"UninitialisedOldInitStructure",
-                                  false,
-                                  false,
-                                  false,
-                                  false,
-                                  {{"init_static_variables", "0"},
-                                   {"new_init_structure", "0"},
-                                   {"static_memory_specifier", "__attribute__((aligned(4)))"}}},
-                    SyntheticCase{"ForcedMultiLineV4", false, true, true, false, {{"generateML", "true"}}},
-                    SyntheticCase{"SdoServerOfJ1939Device", false, false, false, true, {}},
-                    SyntheticCase{"SdoServerOfJ1939DeviceTwoLinesV4", true, true, false, true, {}}),
+    testing::Values(
+        SyntheticCase{"OneLineClassic", false, false, false, false, ""},
+        SyntheticCase{"OneLineV4", false, true, false, false, ""},
+        SyntheticCase{"TwoLinesClassic", true, false, false, false, ""},
+        SyntheticCase{"TwoLinesV4Compact", true, true, true, false, ""},
+        SyntheticCase{
+            "OneLineCompactLimitsFdStringsOverwrite", false, false, true, false,
+            "limit_check=1 canfd_supported=1 generate_string_defaults=1 overwrite_predef=1 event_led=1 "
+            "lss_supported=1 nmtmaster=1 fct_nmt=testIndication fct_can=testIndication"},
+        SyntheticCase{"TwoLinesV4LimitsFdOptionsOverwrite", true, true, false, false,
+                      "limit_check=1 canfd_supported=1 usdo_client_cnt=1 overwrite_predef=1,1 nmtmaster=2,0 "
+                      "lss_supported=1 generate_string_defaults=1 fct_pdo_update=testIndication"},
+        SyntheticCase{"TwoLinesClassicRunTimeMaster", true, false, false, false,
+                      "nmtmaster=2,1 lss_supported=1"},
+        SyntheticCase{"OneLineRunTimeMasterV4", false, true, false, false, "nmtmaster=2 lss_supported=1"},
+        SyntheticCase{"UninitialisedOldInitStructure", false, false, false, false,
+                      "init_static_variables=0 new_init_structure=0 "
+                      "static_memory_specifier=__attribute__((aligned(4)))"},
+        SyntheticCase{"ForcedMultiLineV4", false, true, true, false, "generateML=true"},
+        SyntheticCase{"SdoServerOfJ1939Device", false, false, false, true, ""},
+        SyntheticCase{"SdoServerOfJ1939DeviceTwoLinesV4", true, true, false, true, ""}),
     [](const testing::TestParamInfo<SyntheticCase>& info) { return std::string(info.param.name); });
 
 namespace {
@@ -273,7 +239,7 @@ struct PieceCase
     const char* name;
     bool twoLines;
     bool core;
-    QMap<QString, QString> settings;
+    const char* settings;
     QStringList pieces;
 };
 
@@ -288,8 +254,7 @@ TEST_P(ExactPieces, AreWrittenAsTheStackExpectsThem)
     const PieceCase& run = GetParam();
     ObjectDataBase db;
     makeSyntheticProject(db, run.twoLines);
-    for (auto it = run.settings.constBegin(); it != run.settings.constEnd(); ++it)
-        db.setGeneralSetting(it.key(), it.value());
+    applySettings(db, run.settings);
     QTemporaryDir dir;
     const Generated files = generate(db, dir.path(), {run.core, false, false, false});
     for (const QString& piece : run.pieces)
@@ -302,7 +267,7 @@ INSTANTIATE_TEST_SUITE_P(
         PieceCase{"TableNames",
                   false,
                   false,
-                  {},
+                  "",
                   {"static UNSIGNED8 CO_STORAGE_CLASS\tod_u8[",
                    "static INTEGER8  CO_STORAGE_CLASS\tod_i8[1]= {\n",
                    "static CO_CONST UNSIGNED32 CO_CONST_STORAGE_CLASS\tod_const_u32[",
@@ -323,7 +288,7 @@ INSTANTIATE_TEST_SUITE_P(
         PieceCase{"WideIntegerInitialisers",
                   false,
                   false,
-                  {},
+                  "",
                   {"\tU24_SET(0x01,0x23,0x45) /* 0x2002:2 */",
                    "\tU40_SET(0x01,0x02,0x03,0x04,0x05) /* 0x2002:5 */",
                    "\tU48_SET(0x01,0x02,0x03,0x04,0x05,0x06) /* 0x2002:6 */",
@@ -335,14 +300,14 @@ INSTANTIATE_TEST_SUITE_P(
         PieceCase{"ConstantValues",
                   false,
                   false,
-                  {},
+                  "",
                   {"\t(UNSIGNED32)1536UL", "\t\"\\x41\\x42\\x43\"", "\t\"hello\"", "\t(INTEGER16)-1",
                    "\t{ (UNSIGNED8)5u, CO_DTYPE_VS_CONST , (UNSIGNED16)1u, "}},
         PieceCase{
             "SingleLineStart",
             false,
             false,
-            {{"nmtmaster", "2"}},
+            "nmtmaster=2",
             {"RET_T coCanOpenStackInitPara(\n         CO_EVENT_STORE_T pLoadFunction,\n         "
              "CO_INIT_OPTION_T "
              "*pCoOptions\n    )\n{\n    RET_T retVal;\n",
@@ -353,7 +318,7 @@ INSTANTIATE_TEST_SUITE_P(
         PieceCase{"MultiLineSignatures",
                   true,
                   false,
-                  {{"canfd_supported", "1"}},
+                  "canfd_supported=1",
                   {"RET_T coCanOpenStackInit_common(CO_EVENT_STORE_T pLoadFunction, BOOL_T *pModes);\n",
                    "RET_T coCanOpenStackInit_line1(UNSIGNED8 canLine, CO_INIT_OPTION_T *pCoOptions, BOOL_T "
                    "*pModes);\n",
@@ -374,7 +339,7 @@ INSTANTIATE_TEST_SUITE_P(
             "V4Words",
             false,
             true,
-            {{"overwrite_predef", "1"}},
+            "overwrite_predef=1",
             {" (V4)\n", "#ifndef CORE_CONST\n#define CORE_CONST const\n#endif\n",
              "CORE_CONST CO_OD_ASSIGN_T CORE_CONST_STORAGE_CLASS od_assign[CO_OD_ASSIGN_CNT] = {\n",
              "/* CANopen service initialization variables */\nCO_SERVICE_INIT_VAL_T\tserviceInitVars = {\n",
@@ -448,285 +413,219 @@ INSTANTIATE_TEST_SUITE_P(ObjDictGenerator, CompactLimit,
 
 namespace {
 
-struct BehaviourCase
-{
-    const char* name;
-    bool twoLines;
-    bool compact;
-    QMap<QString, QString> settings;
-    std::function<void(ObjectDataBase&, const QString& dir)> prepare;
-    std::function<void(const Generated&)> check;
-};
+using Prepare = std::function<void(ObjectDataBase&, const QString& dir)>;
 
-class Behaviour : public testing::TestWithParam<BehaviourCase>
+// The synthetic project with the settings, changed by `prepare`, generated in
+// the classic form; it must compile.
+Generated classicSynthetic(bool twoLines, const char* settings = "", const Prepare& prepare = {},
+                           bool compact = false)
 {
-};
+    ObjectDataBase db;
+    makeSyntheticProject(db, twoLines);
+    applySettings(db, settings);
+    QTemporaryDir dir;
+    if (prepare)
+        prepare(db, dir.path());
+    const Generated files = generate(db, dir.path(), {false, compact, false, true});
+    EXPECT_TRUE(files.compiled) << files.compilerOutput.toStdString();
+    return files;
+}
 
-QList<DescriptionRow> rowsOf(const Generated& files, quint16 index)
+template <typename Row> QList<Row> rowsOfIndex(const QList<Row>& all, quint16 index)
 {
-    QList<DescriptionRow> rows;
-    for (const DescriptionRow& row : descriptionRows(files.objdict)) {
+    QList<Row> rows;
+    for (const Row& row : all) {
         if (row.index == index)
             rows << row;
     }
     return rows;
+}
+
+QList<DescriptionRow> rowsOf(const Generated& files, quint16 index)
+{
+    return rowsOfIndex(descriptionRows(files.objdict), index);
 }
 
 QList<AssignRow> assignOf(const Generated& files, quint16 index)
 {
-    QList<AssignRow> rows;
-    for (const AssignRow& row : assignRows(files.objdict)) {
-        if (row.index == index)
-            rows << row;
-    }
-    return rows;
-}
-
-void addEqualArray(ObjectDataBase& db, const QString&)
-{
-    QList<SubRow> subs = {{0, 5, "254"}};
-    for (int s = 1; s <= 254; ++s)
-        subs << SubRow{quint8(s), 5, "3", 0, QStringLiteral("rw")};
-    addObject(db, 0, 0x3000, 8, subs);
-}
-
-void makeTransmitMappingDynamic(ObjectDataBase& db, const QString&)
-{
-    SUBINDEX_DATA_T count;
-    db.getSubIndex(0, 0x1A00, 0, count);
-    count.accesstype = QStringLiteral("rw");
-    db.addSubIndex(0, 0x1A00, 0, count);
+    return rowsOfIndex(assignRows(files.objdict), index);
 }
 
 } // namespace
 
-TEST_P(Behaviour, FollowsTheDictionaryRules)
+TEST(ObjDictRules, SharedObjectIsDescribedOnceOnLineZero)
 {
-    const BehaviourCase& run = GetParam();
-    ObjectDataBase db;
-    makeSyntheticProject(db, run.twoLines);
-    for (auto it = run.settings.constBegin(); it != run.settings.constEnd(); ++it)
-        db.setGeneralSetting(it.key(), it.value());
-    QTemporaryDir dir;
-    if (run.prepare)
-        run.prepare(db, dir.path());
-    const Generated files = generate(db, dir.path(), {false, run.compact, false, true});
-    EXPECT_TRUE(files.compiled) << files.compilerOutput.toStdString();
-    run.check(files);
+    const Generated files = classicSynthetic(true);
+    const QList<DescriptionRow> rows = rowsOf(files, 0x2010);
+    ASSERT_EQ(rows.size(), 1);
+    EXPECT_EQ(rows.first().line, 0);
+    const QList<AssignRow> assign = assignOf(files, 0x2010);
+    ASSERT_EQ(assign.size(), 2);
+    EXPECT_EQ(assign.at(0).start, assign.at(1).start);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    ObjDictGenerator, Behaviour,
-    testing::Values(
-        BehaviourCase{"SharedObjectIsDescribedOnceOnLineZero",
-                      true,
-                      false,
-                      {},
-                      {},
-                      [](const Generated& files) {
-                          const QList<DescriptionRow> rows = rowsOf(files, 0x2010);
-                          ASSERT_EQ(rows.size(), 1);
-                          EXPECT_EQ(rows.first().line, 0);
-                          const QList<AssignRow> assign = assignOf(files, 0x2010);
-                          ASSERT_EQ(assign.size(), 2);
-                          EXPECT_EQ(assign.at(0).start, assign.at(1).start);
-                      }},
-        BehaviourCase{"VirtualObjectsStayOutOfBothTables",
-                      false,
-                      false,
-                      {},
-                      {},
-                      [](const Generated& files) {
-                          EXPECT_TRUE(assignOf(files, 0x2008).isEmpty());
-                          EXPECT_TRUE(rowsOf(files, 0x2008).isEmpty());
-                          const QList<AssignRow> record = assignOf(files, 0x2009);
-                          ASSERT_EQ(record.size(), 1);
-                          EXPECT_EQ(record.first().described, 2);
-                          EXPECT_EQ(record.first().highest, 2);
-                          EXPECT_EQ(rowsOf(files, 0x2009).size(), 2);
-                      }},
-        BehaviourCase{"ArrayOfEqualEntriesCompactsToTwoRows",
-                      false,
-                      true,
-                      {},
-                      addEqualArray,
-                      [](const Generated& files) {
-                          const QList<DescriptionRow> rows = rowsOf(files, 0x3000);
-                          ASSERT_EQ(rows.size(), 2);
-                          EXPECT_FALSE(rows.at(0).attributes.contains(QLatin1String("CO_ATTR_COMPACT")));
-                          EXPECT_TRUE(rows.at(1).attributes.endsWith(QLatin1String(" | CO_ATTR_COMPACT")));
-                          const QList<AssignRow> assign = assignOf(files, 0x3000);
-                          ASSERT_EQ(assign.size(), 1);
-                          EXPECT_EQ(assign.first().described, 2);
-                          EXPECT_EQ(assign.first().highest, 254);
-                          // Subindex 3 differs from 4 to 6, which compact.
-                          EXPECT_EQ(rowsOf(files, 0x2000).size(), 5);
-                      }},
-        BehaviourCase{"WithoutLimitCheckARowHasOneSlot",
-                      false,
-                      false,
-                      {},
-                      {},
-                      [](const Generated& files) {
-                          static const QRegularExpression single(QStringLiteral(
-                              " \\| CO_ATTR_STORE,  \\(UNSIGNED16\\)\\d+u\\},/\\* 0x2002:1\\*/ \\n"));
-                          EXPECT_TRUE(single.match(files.objdict).hasMatch());
-                          EXPECT_FALSE(files.objdict.contains(QLatin1String("CO_ATTR_LIMIT")));
-                      }},
-        BehaviourCase{"WithLimitCheckARowHasThreeSlots",
-                      false,
-                      false,
-                      {{"limit_check", "1"}},
-                      {},
-                      [](const Generated& files) {
-                          static const QRegularExpression limited(QStringLiteral(
-                              "CO_ATTR_DEFVAL \\| CO_ATTR_LIMIT \\| CO_ATTR_STORE,  \\(UNSIGNED16\\)\\d+u, "
-                              "\\(UNSIGNED16\\)\\d+u, \\(UNSIGNED16\\)\\d+u\\},/\\* 0x2002:1\\*/ \\n"));
-                          EXPECT_TRUE(limited.match(files.objdict).hasMatch());
-                          EXPECT_TRUE(files.objdict.contains(
-                              QLatin1String("u, (UNSIGNED16)0u, (UNSIGNED16)0u},/* 0x1000:0*/")));
-                      }},
-        BehaviourCase{"DynamicMappingGetsNoTable",
-                      false,
-                      false,
-                      {},
-                      makeTransmitMappingDynamic,
-                      [](const Generated& files) {
-                          EXPECT_FALSE(files.objdict.contains(QLatin1String("mapTableTPDO1")));
-                          EXPECT_TRUE(files.objdict.contains(QLatin1String("mapTableRPDO1")));
-                          EXPECT_TRUE(files.objdict.contains(QLatin1String("od_const_u8[0], NULL);\n")));
-                      }},
-        BehaviourCase{
-            "EqualDefaultsOfTwoLinesShareAConstant",
-            true,
-            false,
-            {},
-            {},
-            [](const Generated& files) {
-                const QMap<QString, int> sizes = tableSizes(files.objdict);
-                ObjectDataBase single;
-                makeSyntheticProject(single, false);
-                QTemporaryDir dir;
-                const Generated oneLine = generate(single, dir.path(), {false, false, false, false});
-                EXPECT_EQ(sizes.value("od_const_u8"), tableSizes(oneLine.objdict).value("od_const_u8"));
-                EXPECT_EQ(sizes.value("od_u8"), 2 * tableSizes(oneLine.objdict).value("od_u8"));
-            }},
-        BehaviourCase{"UninitialisedTablesHaveNoComments",
-                      false,
-                      false,
-                      {{"init_static_variables", "0"}},
-                      {},
-                      [](const Generated& files) {
-                          EXPECT_TRUE(files.objdict.contains(QLatin1String("\tod_u8[")));
-                          EXPECT_FALSE(files.objdict.contains(QLatin1String("\tod_u8[9]= {")));
-                          EXPECT_FALSE(files.objdict.contains(QLatin1String(" /* 0x2002:1 */")));
-                      }},
-        BehaviourCase{"NoStdlibWhenTheMarkerFileExists",
-                      false,
-                      false,
-                      {},
-                      [](ObjectDataBase&, const QString& dir) {
-                          QFile marker(dir + QStringLiteral("/no_stdlib_include.txt"));
-                          ASSERT_TRUE(marker.open(QIODevice::WriteOnly));
-                      },
-                      [](const Generated& files) {
-                          EXPECT_FALSE(files.objdict.contains(QLatin1String("#include <stdlib.h>")));
-                      }},
-        BehaviourCase{"StaticSrdoDataLiveInTheSrdoSource",
-                      false,
-                      false,
-                      {{"static_srdo_data", "1"}},
-                      [](ObjectDataBase& db, const QString&) {
-                          addObject(db, 0, 0x1381, 9, {{0, 5, "1"}, {1, 7, "0x20010108"}});
-                      },
-                      [](const Generated& files) {
-                          EXPECT_FALSE(files.objdict.contains(QLatin1String("&(app_u8_l0)")));
-                          EXPECT_TRUE(files.objdict.contains(
-                              QLatin1String("\t{ (UNSIGNED8)1u, CO_DTYPE_U8_SRDO  , (UNSIGNED16)8193u, ")));
-                      }},
-        BehaviourCase{
-            "StringDefaultsAreCopiedAtRunTime",
-            false,
-            false,
-            {{"generate_string_defaults", "1"}},
-            {},
-            [](const Generated& files) {
-                EXPECT_TRUE(files.objdict.contains(QLatin1String(
-                    "static CO_CONST char stringDefaultValues[] = {\n/* app_text_l0 */ \n0x61, 0x62, 0x63, "
-                    "/* app_octets_l0 */ \n0x01, 0x02, 0x03, 0x04, 0x00}; \n\n")));
-                EXPECT_TRUE(files.objdict.contains(
-                    QLatin1String("    memcpy(app_octets_l0, &stringDefaultValues[3], 4);\n")));
-                EXPECT_TRUE(
-                    files.user.contains(QLatin1String("RET_T userOverwriteStringDefaultvalues(void);\n")));
-            }},
-        BehaviourCase{"PredefinedConnectionSetOfTwoLines",
-                      true,
-                      false,
-                      {{"overwrite_predef", "1,1"}},
-                      {},
-                      [](const Generated& files) {
-                          EXPECT_TRUE(files.user.contains(
-                              QLatin1String("RET_T userOverwriteCobIdSettingsLine(UNSIGNED8 canLine);\n")));
-                          EXPECT_TRUE(files.objdict.contains(
-                              QLatin1String("\t\tcobId = (UNSIGNED32)nodeId + (UNSIGNED32)0x180;\n\t\tret = "
-                                            "coOdSetCobid(1, 0x1800, 1, "
-                                            "cobId);\n")));
-                      }},
-        BehaviourCase{"LinesOfAProjectWithOptionsAllTakeThem",
-                      true,
-                      false,
-                      {{"nmtmaster", "2,0"}},
-                      {},
-                      [](const Generated& files) {
-                          EXPECT_TRUE(
-                              files.objdict.contains(QLatin1String("RET_T coCanOpenStackInitPara(\n")));
-                          EXPECT_FALSE(files.objdict.contains(QLatin1String("(void) pCoOptions;")));
-                      }},
-        BehaviourCase{"MissingOverflowObjectGivesZero",
-                      false,
-                      false,
-                      {},
-                      [](ObjectDataBase& db, const QString&) { db.deleteIndex(0, 0x1019, false); },
-                      [](const Generated& files) {
-                          static const QRegularExpression sync(QStringLiteral(
-                              "coSyncInit\\(od_const_u32\\[\\d+\\], od_const_u32\\[\\d+\\], 0\\);"));
-                          EXPECT_TRUE(sync.match(files.objdict).hasMatch());
-                      }},
-        BehaviourCase{"EqualReceiveMappingsOfTwoLinesShareATable",
-                      true,
-                      false,
-                      {},
-                      [](ObjectDataBase& db, const QString&) {
-                          for (quint8 line : {0, 1}) {
-                              db.deleteIndex(line, 0x1600, false);
-                              addObject(db, line, 0x1600, 9, {{0, 5, "1"}, {1, 7, "0x20100020"}});
-                          }
-                      },
-                      [](const Generated& files) {
-                          EXPECT_EQ(files.objdict.count(QLatin1String("/* unique rpdo defintion */\n")), 1);
-                          EXPECT_EQ(files.objdict.count(QLatin1String(", &mapTableRPDO0_1);\n")), 2);
-                          EXPECT_FALSE(files.objdict.contains(QLatin1String("mapTableRPDO1_1")));
-                      }},
-        BehaviourCase{"AbsentTablesAreNullInTheVariableStructure",
-                      false,
-                      false,
-                      {},
-                      [](ObjectDataBase& db, const QString&) {
-                          for (quint16 index : {0x2004, 0x2005, 0x2006, 0x2007})
-                              db.deleteIndex(0, index, false);
-                      },
-                      [](const Generated& files) {
-                          const QMap<QString, int> sizes = tableSizes(files.objdict);
-                          static const QRegularExpression field(QStringLiteral("&(od_\\w+)\\[0\\]"));
-                          const QString structure =
-                              files.objdict.section(QStringLiteral("od_data_variables = {"), 1)
-                                  .section(QStringLiteral("};"), 0, 0);
-                          for (auto it = field.globalMatch(structure); it.hasNext();) {
-                              const QString table = it.next().captured(1);
-                              EXPECT_TRUE(sizes.contains(table)) << table.toStdString();
-                          }
-                          EXPECT_FALSE(structure.contains(QLatin1String("od_domain")));
-                          EXPECT_TRUE(
-                              structure.endsWith(QLatin1String("    , NULL\n    , NULL\n    , NULL\n")));
-                      }}),
-    [](const testing::TestParamInfo<BehaviourCase>& info) { return std::string(info.param.name); });
+TEST(ObjDictRules, VirtualObjectsStayOutOfBothTables)
+{
+    const Generated files = classicSynthetic(false);
+    EXPECT_TRUE(assignOf(files, 0x2008).isEmpty());
+    EXPECT_TRUE(rowsOf(files, 0x2008).isEmpty());
+    const QList<AssignRow> record = assignOf(files, 0x2009);
+    ASSERT_EQ(record.size(), 1);
+    EXPECT_EQ(record.first().described, 2);
+    EXPECT_EQ(record.first().highest, 2);
+    EXPECT_EQ(rowsOf(files, 0x2009).size(), 2);
+}
+
+TEST(ObjDictRules, ArrayOfEqualEntriesCompactsToTwoRows)
+{
+    const Generated files = classicSynthetic(
+        false, "",
+        [](ObjectDataBase& db, const QString&) {
+            QList<SubRow> subs = {{0, 5, "254"}};
+            for (int s = 1; s <= 254; ++s)
+                subs << SubRow{quint8(s), 5, "3", 0, QStringLiteral("rw")};
+            addObject(db, 0, 0x3000, 8, subs);
+        },
+        true);
+    const QList<DescriptionRow> rows = rowsOf(files, 0x3000);
+    ASSERT_EQ(rows.size(), 2);
+    EXPECT_FALSE(rows.at(0).attributes.contains(QLatin1String("CO_ATTR_COMPACT")));
+    EXPECT_TRUE(rows.at(1).attributes.endsWith(QLatin1String(" | CO_ATTR_COMPACT")));
+    const QList<AssignRow> assign = assignOf(files, 0x3000);
+    ASSERT_EQ(assign.size(), 1);
+    EXPECT_EQ(assign.first().described, 2);
+    EXPECT_EQ(assign.first().highest, 254);
+    // Subindex 3 differs from 4 to 6, which compact.
+    EXPECT_EQ(rowsOf(files, 0x2000).size(), 5);
+}
+
+TEST(ObjDictRules, LimitCheckGivesARowThreeSlotsInsteadOfOne)
+{
+    static const QRegularExpression single(
+        QStringLiteral(" \\| CO_ATTR_STORE,  \\(UNSIGNED16\\)\\d+u\\},/\\* 0x2002:1\\*/ \\n"));
+    const Generated plain = classicSynthetic(false);
+    EXPECT_TRUE(single.match(plain.objdict).hasMatch());
+    EXPECT_FALSE(plain.objdict.contains(QLatin1String("CO_ATTR_LIMIT")));
+
+    static const QRegularExpression limited(
+        QStringLiteral("CO_ATTR_DEFVAL \\| CO_ATTR_LIMIT \\| CO_ATTR_STORE,  \\(UNSIGNED16\\)\\d+u, "
+                       "\\(UNSIGNED16\\)\\d+u, \\(UNSIGNED16\\)\\d+u\\},/\\* 0x2002:1\\*/ \\n"));
+    const Generated checked = classicSynthetic(false, "limit_check=1");
+    EXPECT_TRUE(limited.match(checked.objdict).hasMatch());
+    EXPECT_TRUE(checked.objdict.contains(QLatin1String("u, (UNSIGNED16)0u, (UNSIGNED16)0u},/* 0x1000:0*/")));
+}
+
+TEST(ObjDictRules, DynamicMappingGetsNoTable)
+{
+    const Generated files = classicSynthetic(false, "", [](ObjectDataBase& db, const QString&) {
+        SUBINDEX_DATA_T count;
+        db.getSubIndex(0, 0x1A00, 0, count);
+        count.accesstype = QStringLiteral("rw");
+        db.addSubIndex(0, 0x1A00, 0, count);
+    });
+    EXPECT_FALSE(files.objdict.contains(QLatin1String("mapTableTPDO1")));
+    EXPECT_TRUE(files.objdict.contains(QLatin1String("mapTableRPDO1")));
+    EXPECT_TRUE(files.objdict.contains(QLatin1String("od_const_u8[0], NULL);\n")));
+}
+
+TEST(ObjDictRules, EqualDefaultsOfTwoLinesShareAConstant)
+{
+    const QMap<QString, int> twoLines = tableSizes(classicSynthetic(true).objdict);
+    const QMap<QString, int> oneLine = tableSizes(classicSynthetic(false).objdict);
+    EXPECT_EQ(twoLines.value("od_const_u8"), oneLine.value("od_const_u8"));
+    EXPECT_EQ(twoLines.value("od_u8"), 2 * oneLine.value("od_u8"));
+}
+
+TEST(ObjDictRules, UninitialisedTablesHaveNoComments)
+{
+    const Generated files = classicSynthetic(false, "init_static_variables=0");
+    EXPECT_TRUE(files.objdict.contains(QLatin1String("\tod_u8[")));
+    EXPECT_FALSE(files.objdict.contains(QLatin1String("\tod_u8[9]= {")));
+    EXPECT_FALSE(files.objdict.contains(QLatin1String(" /* 0x2002:1 */")));
+}
+
+TEST(ObjDictRules, NoStdlibWhenTheMarkerFileExists)
+{
+    const Generated files = classicSynthetic(false, "", [](ObjectDataBase&, const QString& dir) {
+        generatortest::writeFile(dir + QStringLiteral("/no_stdlib_include.txt"), QString());
+    });
+    EXPECT_FALSE(files.objdict.contains(QLatin1String("#include <stdlib.h>")));
+}
+
+TEST(ObjDictRules, StaticSrdoDataLiveInTheSrdoSource)
+{
+    const Generated files =
+        classicSynthetic(false, "static_srdo_data=1", [](ObjectDataBase& db, const QString&) {
+            addObject(db, 0, 0x1381, 9, {{0, 5, "1"}, {1, 7, "0x20010108"}});
+        });
+    EXPECT_FALSE(files.objdict.contains(QLatin1String("&(app_u8_l0)")));
+    EXPECT_TRUE(
+        files.objdict.contains(QLatin1String("\t{ (UNSIGNED8)1u, CO_DTYPE_U8_SRDO  , (UNSIGNED16)8193u, ")));
+}
+
+TEST(ObjDictRules, StringDefaultsAreCopiedAtRunTime)
+{
+    const Generated files = classicSynthetic(false, "generate_string_defaults=1");
+    EXPECT_TRUE(files.objdict.contains(
+        QLatin1String("static CO_CONST char stringDefaultValues[] = {\n/* app_text_l0 */ \n0x61, 0x62, 0x63, "
+                      "/* app_octets_l0 */ \n0x01, 0x02, 0x03, 0x04, 0x00}; \n\n")));
+    EXPECT_TRUE(
+        files.objdict.contains(QLatin1String("    memcpy(app_octets_l0, &stringDefaultValues[3], 4);\n")));
+    EXPECT_TRUE(files.user.contains(QLatin1String("RET_T userOverwriteStringDefaultvalues(void);\n")));
+}
+
+TEST(ObjDictRules, PredefinedConnectionSetOfTwoLines)
+{
+    const Generated files = classicSynthetic(true, "overwrite_predef=1,1");
+    EXPECT_TRUE(
+        files.user.contains(QLatin1String("RET_T userOverwriteCobIdSettingsLine(UNSIGNED8 canLine);\n")));
+    EXPECT_TRUE(files.objdict.contains(QLatin1String("\t\tcobId = (UNSIGNED32)nodeId + (UNSIGNED32)0x180;\n"
+                                                     "\t\tret = coOdSetCobid(1, 0x1800, 1, cobId);\n")));
+}
+
+TEST(ObjDictRules, LinesOfAProjectWithOptionsAllTakeThem)
+{
+    const Generated files = classicSynthetic(true, "nmtmaster=2,0");
+    EXPECT_TRUE(files.objdict.contains(QLatin1String("RET_T coCanOpenStackInitPara(\n")));
+    EXPECT_FALSE(files.objdict.contains(QLatin1String("(void) pCoOptions;")));
+}
+
+TEST(ObjDictRules, MissingOverflowObjectGivesZero)
+{
+    const Generated files = classicSynthetic(
+        false, "", [](ObjectDataBase& db, const QString&) { db.deleteIndex(0, 0x1019, false); });
+    static const QRegularExpression sync(
+        QStringLiteral("coSyncInit\\(od_const_u32\\[\\d+\\], od_const_u32\\[\\d+\\], 0\\);"));
+    EXPECT_TRUE(sync.match(files.objdict).hasMatch());
+}
+
+TEST(ObjDictRules, EqualReceiveMappingsOfTwoLinesShareATable)
+{
+    const Generated files = classicSynthetic(true, "", [](ObjectDataBase& db, const QString&) {
+        for (quint8 line : {0, 1}) {
+            db.deleteIndex(line, 0x1600, false);
+            addObject(db, line, 0x1600, 9, {{0, 5, "1"}, {1, 7, "0x20100020"}});
+        }
+    });
+    EXPECT_EQ(files.objdict.count(QLatin1String("/* unique rpdo defintion */\n")), 1);
+    EXPECT_EQ(files.objdict.count(QLatin1String(", &mapTableRPDO0_1);\n")), 2);
+    EXPECT_FALSE(files.objdict.contains(QLatin1String("mapTableRPDO1_1")));
+}
+
+TEST(ObjDictRules, AbsentTablesAreNullInTheVariableStructure)
+{
+    const Generated files = classicSynthetic(false, "", [](ObjectDataBase& db, const QString&) {
+        for (quint16 index : {0x2004, 0x2005, 0x2006, 0x2007})
+            db.deleteIndex(0, index, false);
+    });
+    const QMap<QString, int> sizes = tableSizes(files.objdict);
+    static const QRegularExpression field(QStringLiteral("&(od_\\w+)\\[0\\]"));
+    const QString structure =
+        files.objdict.section(QStringLiteral("od_data_variables = {"), 1).section(QStringLiteral("};"), 0, 0);
+    for (auto it = field.globalMatch(structure); it.hasNext();) {
+        const QString table = it.next().captured(1);
+        EXPECT_TRUE(sizes.contains(table)) << table.toStdString();
+    }
+    EXPECT_FALSE(structure.contains(QLatin1String("od_domain")));
+    EXPECT_TRUE(structure.endsWith(QLatin1String("    , NULL\n    , NULL\n    , NULL\n")));
+}

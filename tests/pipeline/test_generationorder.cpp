@@ -12,6 +12,19 @@
 
 namespace {
 
+void writeFile(const QString& path, const QByteArray& content)
+{
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly)) << qPrintable(path);
+    file.write(content);
+}
+
+QByteArray readFile(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
 class CapturingOutput : public OutputHandlerBase
 {
 public:
@@ -199,22 +212,15 @@ TEST_F(GenerationOrder, StartedMessageStandsBeforeCompletion)
 TEST_F(GenerationOrder, ClassicClassesWhenTheProjectAsksForThem)
 {
     const QString path = dir.path() + QStringLiteral("/classic.trwp");
-    {
-        ObjectDataBase db;
-        ASSERT_TRUE(cleanproject::saveCanopenProject(path));
-    }
-    QFile modifier(dir.path() + QStringLiteral("/mod.txt"));
-    ASSERT_TRUE(modifier.open(QIODevice::WriteOnly));
-    modifier.write("GeneralSettings:use_core_headers:classic\n");
-    modifier.close();
+    ASSERT_TRUE(cleanproject::saveCanopenProject(path));
+    writeFile(dir.path() + QStringLiteral("/mod.txt"), "GeneralSettings:use_core_headers:classic\n");
 
     GeneratorMainHandler handler(&output);
     ASSERT_TRUE(handler.openProject(path));
-    handler.applyDbModifier(modifier.fileName());
+    handler.applyDbModifier(dir.path() + QStringLiteral("/mod.txt"));
     handler.generate(false);
-    EXPECT_TRUE(output.text.contains(QStringLiteral("Generation of ObjDictGenerator completed.")));
-    EXPECT_TRUE(output.text.contains(QStringLiteral("Generation of CoDefineGenerator completed.")));
-    EXPECT_TRUE(output.text.contains(QStringLiteral("Generation of indicationgenerator completed.")));
+    for (const char* name : {"ObjDictGenerator", "CoDefineGenerator", "indicationgenerator"})
+        EXPECT_TRUE(output.text.contains(QStringLiteral("Generation of %1 completed.").arg(name))) << name;
 }
 
 TEST_F(GenerationOrder, FailedSrdoGeneratorEndsTheRun)
@@ -268,14 +274,12 @@ TEST_F(GenerationOrder, BootloaderOnlyLeavesOutIndicesAndDeclarations)
 
 TEST_F(GenerationOrder, J1939OnlyRemovesStaleAdapterAndIndicationFiles)
 {
-    for (const char* name : {"gen_indication.h", "gen_j1939_adapter.c", "j1939_adapter.cs"}) {
-        QFile f(dir.path() + QLatin1Char('/') + QLatin1String(name));
-        ASSERT_TRUE(f.open(QIODevice::WriteOnly));
-    }
+    const QStringList stale = {"gen_indication.h", "gen_j1939_adapter.c", "j1939_adapter.cs"};
+    for (const QString& name : stale)
+        writeFile(dir.filePath(name), QByteArray());
     run({2});
-    EXPECT_FALSE(QFile::exists(dir.path() + QStringLiteral("/gen_indication.h")));
-    EXPECT_FALSE(QFile::exists(dir.path() + QStringLiteral("/gen_j1939_adapter.c")));
-    EXPECT_FALSE(QFile::exists(dir.path() + QStringLiteral("/j1939_adapter.cs")));
+    for (const QString& name : stale)
+        EXPECT_FALSE(QFile::exists(dir.filePath(name))) << qPrintable(name);
 }
 
 TEST_F(GenerationOrder, SdoServerModeOfAJ1939Device)
@@ -292,23 +296,13 @@ TEST_F(GenerationOrder, SdoServerModeOfAJ1939Device)
 
 TEST_F(GenerationOrder, CppOutputCopiesTheObjectDictionaryAndUserHeader)
 {
-    QFile objdict(dir.path() + QStringLiteral("/gen_objdict.c"));
-    ASSERT_TRUE(objdict.open(QIODevice::WriteOnly));
-    objdict.write("int x;\n");
-    objdict.close();
-    QFile user(dir.path() + QStringLiteral("/gen_user.h"));
-    ASSERT_TRUE(user.open(QIODevice::WriteOnly));
-    user.write("RET_T myIndication(void);\nRET_T other(void);\n");
-    user.close();
+    writeFile(dir.filePath("gen_objdict.c"), "int x;\n");
+    writeFile(dir.filePath("gen_user.h"), "RET_T myIndication(void);\nRET_T other(void);\n");
     run({1}, [](ObjectDataBase& db) {
         db.setGeneralSetting(QStringLiteral("generate_cpp_output"), QStringLiteral("1"));
     });
-    QFile cpp(dir.path() + QStringLiteral("/gen_objdict.cpp"));
-    ASSERT_TRUE(cpp.open(QIODevice::ReadOnly));
-    EXPECT_EQ(cpp.readAll(), QByteArray("int x;\n"));
-    QFile hpp(dir.path() + QStringLiteral("/gen_user.hpp"));
-    ASSERT_TRUE(hpp.open(QIODevice::ReadOnly));
-    EXPECT_EQ(hpp.readAll(),
+    EXPECT_EQ(readFile(dir.filePath("gen_objdict.cpp")), QByteArray("int x;\n"));
+    EXPECT_EQ(readFile(dir.filePath("gen_user.hpp")),
               QByteArray("extern \"C\" RET_T myIndication(void);\nextern \"C\" RET_T other(void);\n"));
 }
 
