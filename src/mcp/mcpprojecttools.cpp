@@ -13,11 +13,6 @@ namespace {
 // Lines from here up are the device's internal ones, not CAN lines.
 constexpr quint8 firstInternalLine = 240;
 
-int lineTypeCode(ObjectDataBase& database, quint8 line)
-{
-    return database.getGeneralSetting(QStringLiteral("line%1type").arg(line)).toInt();
-}
-
 const QMap<QString, int>& lineTypeCodes()
 {
     static const QMap<QString, int> codes{
@@ -134,8 +129,9 @@ void MCPProjectTools::listLines(MCPSession& session, int id, const QJsonObject&)
     for (quint8 line : database->getNodeList()) {
         if (line >= firstInternalLine)
             continue;
-        lines.append(QJsonObject{{QStringLiteral("line"), int(line)},
-                                 {QStringLiteral("lineTypeCode"), lineTypeCode(*database, line)}});
+        lines.append(
+            QJsonObject{{QStringLiteral("line"), int(line)},
+                        {QStringLiteral("lineTypeCode"), MCPSession::lineTypeCode(*database, line)}});
     }
     session.sendToolData(id, lines, false);
 }

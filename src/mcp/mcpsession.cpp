@@ -90,7 +90,7 @@ QSharedPointer<ObjectDataBase> MCPSession::ensureProjectDatabase(int id, const Q
 
 bool MCPSession::ensureCanopenLine(int id, ObjectDataBase& database, quint8 line)
 {
-    const int type = database.getGeneralSetting(QStringLiteral("line%1type").arg(line)).toInt();
+    const int type = lineTypeCode(database, line);
     if (type == 1 || type == 5 || type == 6)
         return true;
     sendToolText(id,
@@ -100,6 +100,11 @@ bool MCPSession::ensureCanopenLine(int id, ObjectDataBase& database, quint8 line
                      .arg(type),
                  true);
     return false;
+}
+
+int MCPSession::lineTypeCode(ObjectDataBase& database, quint8 line)
+{
+    return database.getGeneralSetting(QStringLiteral("line%1type").arg(line)).toInt();
 }
 
 QString MCPSession::modelCheckSummary()
