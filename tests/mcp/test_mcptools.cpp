@@ -70,11 +70,9 @@ protected:
 
     QByteArray request(int id, const Step& step) const
     {
-        QByteArray arguments = step.arguments;
-        arguments.replace("@PROJECT@", projectPath.toUtf8()).replace("@DIR@", folder.path().toUtf8());
         return R"({"jsonrpc":"2.0","id":)" + QByteArray::number(id) +
-               R"(,"method":"tools/call","params":{"name":")" + step.tool + R"(","arguments":)" + arguments +
-               "}}\n";
+               R"(,"method":"tools/call","params":{"name":")" + step.tool + R"(","arguments":)" +
+               withPaths(step.arguments) + "}}\n";
     }
 
     QByteArray withPaths(QByteArray text) const
