@@ -70,8 +70,10 @@ void MCPResources::read(MCPSession& session, int id, const QJsonObject& params)
         session.sendError(id, MCPSession::InvalidParams, tr("Unknown codb resource: %1").arg(uri));
         return;
     }
-    QJsonDocument document(MCPRecords::summaryList(*database, 0));
-    if (slash >= 0) {
+    QJsonDocument document;
+    if (slash < 0) {
+        document = QJsonDocument(MCPRecords::summaryList(*database, 0));
+    } else {
         const QString indexText = path.mid(slash + 1);
         const QJsonObject object = objectDocument(*database, indexText);
         if (object.isEmpty()) {
