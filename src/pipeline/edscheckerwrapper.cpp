@@ -8,8 +8,10 @@ EdsCheckerWrapper::EdsCheckerWrapper(QObject* parent) : QObject(parent), m_proce
 
 bool EdsCheckerWrapper::setCheckerPath(const QString& path)
 {
-    if (!QFileInfo::exists(path))
+    if (!QFileInfo::exists(path)) {
+        m_checkerPath.clear();
         return false;
+    }
     m_checkerPath = path;
     return true;
 }
@@ -23,6 +25,12 @@ bool EdsCheckerWrapper::start(const QString& edsFile)
     m_process->start(m_checkerPath, {QStringLiteral("-e"), edsFile, QStringLiteral("-d"), profileDb},
                      QIODevice::ReadWrite);
     return m_process->waitForStarted();
+}
+
+void EdsCheckerWrapper::stop()
+{
+    m_process->kill();
+    m_process->waitForFinished();
 }
 
 void EdsCheckerWrapper::processFinished(int exitcode)

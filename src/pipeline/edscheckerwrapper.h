@@ -15,6 +15,8 @@ public:
     // Fails, and keeps no path, when no such program exists.
     bool setCheckerPath(const QString& path);
     bool start(const QString& edsFile);
+    // Ends a checker that runs too long; finished() follows with what it wrote.
+    void stop();
     QString output() const { return m_output; }
 
 Q_SIGNALS:

@@ -195,6 +195,9 @@ void GeneratorMainHandler::runPostGenProcess()
                         &QObject::deleteLater);
     qDebug() << Q_FUNC_INFO << __LINE__ << QDateTime::currentDateTime();
     m_postGen->run(m_database, m_outputDir, m_projectBaseName, m_skipEdsCheck, m_skipProgressValue);
+    // A command-line run would end before the EDS checkers report and before
+    // the line endings are converted.
+    m_postGen->waitUntilDone();
     qDebug() << Q_FUNC_INFO << __LINE__ << QDateTime::currentDateTime();
 }
 
@@ -540,12 +543,12 @@ bool GeneratorMainHandler::runSrdoStep(const RunFacts& facts)
         srdoObjects += m_database->getIndexList(line, 4865, 4991).size();
     if (srdoObjects == 0 || !m_srdoEnabled)
         return true;
-    Step srdo{QStringLiteral("SrdoGeneratorStatic"),
+    // Static SRDO data come from the stack's template, the others from the generator alone.
+    const bool staticData = m_database->getGeneralSetting(QStringLiteral("static_srdo_data")).toInt() == 1;
+    Step srdo{staticData ? QStringLiteral("SrdoGeneratorStatic") : QStringLiteral("SrdoGenerator"),
               {},
               tr("Generation of gen_srdo.c in %1 started"),
               tr("The file gen_srdo.c in %1 is not writable")};
-    srdo.options.staticSrdoData =
-        m_database->getGeneralSetting(QStringLiteral("static_srdo_data")).toInt() == 1;
     srdo.afterRun = [this](AbstractGenerator* generator) {
         if (!generator->hasFailed())
             return true;

@@ -12,7 +12,6 @@ struct GeneratorOptions
     bool sdoServerMode = false;
     QString fileSuffix;
     bool vobjExtras = false;
-    bool staticSrdoData = false;
     bool j1939Present = false;
     bool moreThanJ1939 = false;
     bool leaveOutDocumentation = false;

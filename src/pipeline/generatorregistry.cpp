@@ -3,9 +3,15 @@
 #include "generators/abstractgenerator.h"
 #include "generators/canopen/codefinegenerator.h"
 #include "generators/canopen/gendefinegenerator.h"
+#include "generators/canopen/indicationgenerator.h"
+#include "generators/canopen/indicationgeneratorv4.h"
 #include "generators/canopen/indicesgenerator.h"
 #include "generators/canopen/objdictgenerator.h"
 #include "generators/canopen/objdictgeneratorv4.h"
+#include "generators/canopen/srdogenerator.h"
+#include "generators/canopen/srdogeneratorstatic.h"
+#include "generators/canopen/vobjdictgenerator.h"
+#include "generators/canopen/vobjdictgeneratorv4.h"
 #include "generators/documents/edsgenerator.h"
 
 namespace {
@@ -21,6 +27,17 @@ template <typename DefineGenerator> AbstractGenerator* createDefineGenerator(con
 template <typename ObjDict> AbstractGenerator* createObjDictGenerator(const GeneratorOptions& options)
 {
     return new ObjDict(options.compactArrays, options.sdoServerMode);
+}
+
+template <typename VobjDict> AbstractGenerator* createVobjDictGenerator(const GeneratorOptions& options)
+{
+    return new VobjDict(options.compactArrays);
+}
+
+bool hasVirtualObjects(AbstractGenerator* generator)
+{
+    auto* vobjdict = qobject_cast<VobjDictGenerator*>(generator);
+    return vobjdict && vobjdict->hasVirtualObjects();
 }
 
 QHash<QString, GeneratorRegistry::Entry> builtInGenerators()
@@ -42,6 +59,19 @@ QHash<QString, GeneratorRegistry::Entry> builtInGenerators()
                       return new EDSGenerator(options.edsDefine, options.canFd, options.classical);
                   },
                   {}});
+    known.insert(QStringLiteral("VobjDictGenerator"),
+                 {createVobjDictGenerator<VobjDictGenerator>, hasVirtualObjects});
+    known.insert(QStringLiteral("VobjDictGeneratorV4"),
+                 {createVobjDictGenerator<VobjDictGeneratorV4>, hasVirtualObjects});
+    known.insert(QStringLiteral("SrdoGenerator"),
+                 {[](const GeneratorOptions&) -> AbstractGenerator* { return new SrdoGenerator; }, {}});
+    known.insert(QStringLiteral("SrdoGeneratorStatic"),
+                 {[](const GeneratorOptions&) -> AbstractGenerator* { return new SrdoGeneratorStatic; }, {}});
+    known.insert(QStringLiteral("indicationgenerator"),
+                 {[](const GeneratorOptions&) -> AbstractGenerator* { return new indicationgenerator; }, {}});
+    known.insert(
+        QStringLiteral("indicationgeneratorv4"),
+        {[](const GeneratorOptions&) -> AbstractGenerator* { return new indicationgeneratorv4; }, {}});
     return known;
 }
 
@@ -70,5 +100,18 @@ void GeneratorRegistry::unregisterGenerator(const QString& className)
 QHash<QString, GeneratorRegistry::Entry>& GeneratorRegistry::entries()
 {
     static QHash<QString, Entry> known = builtInGenerators();
+    known.insert(QStringLiteral("VobjDictGenerator"),
+                 {createVobjDictGenerator<VobjDictGenerator>, hasVirtualObjects});
+    known.insert(QStringLiteral("VobjDictGeneratorV4"),
+                 {createVobjDictGenerator<VobjDictGeneratorV4>, hasVirtualObjects});
+    known.insert(QStringLiteral("SrdoGenerator"),
+                 {[](const GeneratorOptions&) -> AbstractGenerator* { return new SrdoGenerator; }, {}});
+    known.insert(QStringLiteral("SrdoGeneratorStatic"),
+                 {[](const GeneratorOptions&) -> AbstractGenerator* { return new SrdoGeneratorStatic; }, {}});
+    known.insert(QStringLiteral("indicationgenerator"),
+                 {[](const GeneratorOptions&) -> AbstractGenerator* { return new indicationgenerator; }, {}});
+    known.insert(
+        QStringLiteral("indicationgeneratorv4"),
+        {[](const GeneratorOptions&) -> AbstractGenerator* { return new indicationgeneratorv4; }, {}});
     return known;
 }

@@ -9,8 +9,14 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QSettings>
+#include <QTimer>
 
 namespace {
+
+// Ten minutes are more than a build step after generation should take.
+constexpr int defaultTimeoutSeconds = 600;
+// A stopped program gets this long to go before it is killed.
+constexpr int terminateGraceMs = 3000;
 
 QSettings* openUserSettings(QObject* parent)
 {
@@ -98,8 +104,61 @@ void PostGenProcessor::run(QSharedPointer<ObjectDataBase> database, const QStrin
         m_progressHandler->setLabelText(tr("Post generation process running ... "));
         m_progressHandler->setCancelButtonText(tr("Cancel process"));
     }
+    QTimer limit;
+    limit.setSingleShot(true);
+    connect(&limit, &QTimer::timeout, this, &PostGenProcessor::stopHungCommand);
+    limit.start(timeoutSeconds() * 1000);
     while (m_waitForCommand && m_process->state() != QProcess::NotRunning)
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 50);
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+}
+
+void PostGenProcessor::waitUntilDone()
+{
+    if (m_step == 0)
+        return;
+    QTimer limit;
+    limit.setSingleShot(true);
+    connect(&limit, &QTimer::timeout, this, &PostGenProcessor::stopHungCheckers);
+    limit.start(timeoutSeconds() * 1000);
+    while (m_step != 0)
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+}
+
+int PostGenProcessor::timeoutSeconds()
+{
+    QScopedPointer<QSettings> user(openUserSettings(nullptr));
+    user->beginGroup(QStringLiteral("General"));
+    const int seconds = user->value(QStringLiteral("postGenTimeout")).toInt();
+    return seconds > 0 ? seconds : defaultTimeoutSeconds;
+}
+
+// The run goes on as after a command that failed: the exit code stands in
+// the final line, and the line endings are still converted.
+void PostGenProcessor::stopHungCommand()
+{
+    if (!m_waitForCommand || m_process->state() == QProcess::NotRunning)
+        return;
+    m_waitForCommand = false;
+    m_output->writeLine(
+        tr("Post generation process did not end within %1 seconds and was stopped.").arg(timeoutSeconds()));
+    m_process->terminate();
+    if (!m_process->waitForFinished(terminateGraceMs)) {
+        m_process->kill();
+        m_process->waitForFinished(terminateGraceMs);
+    }
+    m_commandExitCode = -1;
+    proceedToStep(1);
+}
+
+// Each stopped checker reports what it wrote so far, as a finished one does.
+void PostGenProcessor::stopHungCheckers()
+{
+    const QList<EdsCheckerWrapper*> running = m_checkers;
+    for (EdsCheckerWrapper* checker : running) {
+        m_output->writeLine(
+            tr("EDS Checker did not end within %1 seconds and was stopped.").arg(timeoutSeconds()));
+        checker->stop();
+    }
 }
 
 void PostGenProcessor::proceedToStep(int step)
@@ -151,9 +210,11 @@ void PostGenProcessor::startEdsCheck()
         const QString checker = user->value(QStringLiteral("EDSCheckerPath"), QString()).toString();
         const QString base = m_outputDir + QLatin1Char('/') + m_baseName;
         startChecker(checker, base + QStringLiteral(".eds"), tr("EDS Checker started"));
-        const QList<quint8> lines = m_database->getNodeList();
+        QList<quint8> lines = m_database->getNodeList();
+        // Lines 254 and 255 are scratch lines and have no EDS file.
+        lines.removeIf([](quint8 line) { return line >= 254; });
         if (lines.size() > 1) {
-            for (quint8 line : lines) {
+            for (quint8 line : std::as_const(lines)) {
                 startChecker(checker, QStringLiteral("%1_%2.eds").arg(base).arg(line),
                              tr("EDS Checker started for line %1").arg(line));
             }

@@ -22,6 +22,10 @@ public:
 
     void run(QSharedPointer<ObjectDataBase> database, const QString& outputDir, const QString& baseName,
              bool skipEdsCheck, bool skipProgressValue);
+    // Serves events until the chain is back at rest. EDS checkers still
+    // running when the bound of the user settings passes are stopped, so that
+    // the line endings are converted and the final line is written.
+    void waitUntilDone();
 
 Q_SIGNALS:
     void proceedGeneration();
@@ -40,6 +44,10 @@ private Q_SLOTS:
 
 private:
     void proceedToStep(int step);
+    // Seconds the command and the EDS checkers may run; a hung program must not hang the run.
+    static int timeoutSeconds();
+    void stopHungCommand();
+    void stopHungCheckers();
     bool startChecker(const QString& checkerPath, const QString& edsFile, const QString& startedMessage);
     void convertLineEndings();
     void writeProcessOutput(const QByteArray& chunk, bool isError);

@@ -7,9 +7,12 @@
 
 namespace testhelpers {
 
-RunResult runTrw(const QStringList& args, const QString& workDir, const QByteArray& stdinData)
+RunResult runTrw(const QStringList& args, const QString& workDir, const QByteArray& stdinData,
+                 const QProcessEnvironment& environment)
 {
     QProcess p;
+    if (!environment.isEmpty())
+        p.setProcessEnvironment(environment);
     p.setProgram(QStringLiteral(TRW_BINARY));
     p.setArguments(args);
     if (!workDir.isEmpty())

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QFileInfo>
+#include <QProcessEnvironment>
 #include <QString>
 #include <QStringList>
 
@@ -14,9 +15,10 @@ struct RunResult
 };
 
 // Runs the trw binary with the given arguments and working directory, with
-// no standard input, and collects its standard output.
+// no standard input, and collects its standard output. An environment, when
+// given, replaces that of the test.
 RunResult runTrw(const QStringList& args, const QString& workDir = QString(),
-                 const QByteArray& stdinData = {});
+                 const QByteArray& stdinData = {}, const QProcessEnvironment& environment = {});
 
 // Reads a whole file, empty when it does not exist.
 QByteArray readFile(const QString& path);

@@ -89,15 +89,30 @@ void setProtocolFlags(CoDefineGenerator& generator, ObjectDataBase& db)
     generator.setMixedProtocols(j1939 ? anyLineOfType(db, {1, 4, 5, 6, 7}) : anyLineOfType(db, {4, 6, 7}));
 }
 
-bool runCompiler(const QStringList& arguments, const QString& dir, QString& output)
+bool runCompiler(const QStringList& arguments, const QString& dir, QString& output, const QString& compiler)
 {
     QProcess gcc;
     gcc.setWorkingDirectory(dir);
     gcc.setProcessChannelMode(QProcess::MergedChannels);
-    gcc.start(QStringLiteral("gcc"), arguments);
+    gcc.start(compiler, arguments);
     gcc.waitForFinished(60000);
     output = QString::fromUtf8(gcc.readAll());
     return gcc.exitStatus() == QProcess::NormalExit && gcc.exitCode() == 0;
+}
+
+::testing::AssertionResult compileWithBoth(const QString& dir, const QString& source,
+                                           const QStringList& extraArguments)
+{
+    const QStringList arguments =
+        QStringList{"-std=c99",      "-Wall", "-Werror",
+                    "-fsyntax-only", "-I.",   "-I" TRW_SOURCE_DIR "/tests/generators/stackdecl"} +
+        extraArguments + QStringList{source};
+    for (const QString& compiler : {QStringLiteral("gcc"), QStringLiteral("clang")}) {
+        QString output;
+        if (!runCompiler(arguments, dir, output, compiler))
+            return ::testing::AssertionFailure() << compiler.toStdString() << ": " << output.toStdString();
+    }
+    return ::testing::AssertionSuccess();
 }
 
 namespace {

@@ -56,14 +56,14 @@ private:
 };
 
 const QStringList allClasses = {
-    "IndicesGenerator",      "TextDocGenerator",      "HTMLGenerator",          "ObjDictGenerator",
-    "ObjDictGeneratorV4",    "VobjDictGenerator",     "VobjDictGeneratorV4",    "MultiProGenerator",
-    "MultiProGeneratorV4",   "J1939TextDocGenerator", "RawCANTextDocGenerator", "RawCANDBCGenerator",
-    "J1939HTMLGenerator",    "DBCGenerator",          "SrdoGeneratorStatic",    "GenDefineGenerator",
-    "CoDefineGenerator",     "PGNGenerator",          "PGNGeneratorV4",         "ExtDeclGenerator",
-    "ExtDeclGeneratorV4",    "SDMGenerator",          "SDMGeneratorV4",         "indicationgenerator",
-    "indicationgeneratorv4", "CSVGenerator",          "ICSVGenerator",          "EDSGenerator",
-    "XDDGenerator"};
+    "IndicesGenerator",    "TextDocGenerator",      "HTMLGenerator",          "ObjDictGenerator",
+    "ObjDictGeneratorV4",  "VobjDictGenerator",     "VobjDictGeneratorV4",    "MultiProGenerator",
+    "MultiProGeneratorV4", "J1939TextDocGenerator", "RawCANTextDocGenerator", "RawCANDBCGenerator",
+    "J1939HTMLGenerator",  "DBCGenerator",          "SrdoGeneratorStatic",    "SrdoGenerator",
+    "GenDefineGenerator",  "CoDefineGenerator",     "PGNGenerator",           "PGNGeneratorV4",
+    "ExtDeclGenerator",    "ExtDeclGeneratorV4",    "SDMGenerator",           "SDMGeneratorV4",
+    "indicationgenerator", "indicationgeneratorv4", "CSVGenerator",           "ICSVGenerator",
+    "EDSGenerator",        "XDDGenerator"};
 
 class GenerationOrder : public ::testing::Test
 {
@@ -227,6 +227,7 @@ TEST_F(GenerationOrder, FailedSrdoGeneratorEndsTheRun)
 {
     failing << QStringLiteral("SrdoGeneratorStatic");
     const QStringList completed = run({1}, [](ObjectDataBase& db) {
+        db.setGeneralSetting(QStringLiteral("static_srdo_data"), QStringLiteral("1"));
         INDEX_DATA_T srdo;
         db.addIndex(0, 0x1301, srdo);
     });

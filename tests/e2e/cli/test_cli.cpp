@@ -345,4 +345,103 @@ TEST(CommandLine, UnwritableOutputFolderEndsWithCode8)
     EXPECT_EQ(lastLine(out), QStringLiteral("Error - The output folder is not writeable"));
 }
 
+// The sources whose presence depends on the project: gen_vobjdict.c with
+// virtual objects only, gen_srdo.c from the stack's template, whose absence
+// ends the run before gen_define.h.
+TEST(CommandLine, VirtualAndSafetySources)
+{
+    QString tpl;
+    for (const char* placeholder :
+         {"__GEN_SRDO_INCLUDES__", "__GEN_SRDO_TRW_INFORMATION__", "__GEN_SRDO_INIT_CONFIG_VALID__",
+          "__GEN_SRDO_INIT_NMT_STATE__", "__GEN_SRDO_INIT_CONFIG_READY__", "__GEN_SRDO_INIT_SRDO_TIMER__",
+          "__GEN_SRDO_DATA_DEFINITION__", "__GEN_SRDO_GET_DATA_PTR__", "__GEN_SRDO_SET_DEFAULT_VALUE__",
+          "__GEN_SRDO_OD_VARIABLES__", "__GEN_SRDO_RECEIVE_MAPPING1__", "__GEN_SRDO_RECEIVE_MAPPING2__",
+          "__GEN_SRDO_TRANSMIT_MAPPING__", "__GEN_SRDO_OD_ENTRY__"})
+        tpl += QLatin1String(placeholder) + QLatin1Char('\n');
+    auto addVirtual = [](ObjectDataBase& db) {
+        INDEX_DATA_T object;
+        object.name = QStringLiteral("served");
+        object.objecttype = 7;
+        db.addIndex(0, 0x2100, object);
+        SUBINDEX_DATA_T sub = cleanproject::subRecord(7, QStringLiteral("rw"), QStringLiteral("0"));
+        sub.implementation = 3;
+        db.addSubIndex(0, 0x2100, 0, sub);
+    };
+    auto addSrdo = [](ObjectDataBase& db) {
+        db.setGeneralSetting(QStringLiteral("static_srdo_data"), QStringLiteral("1"));
+        INDEX_DATA_T object;
+        object.name = QStringLiteral("srdo");
+        object.objecttype = 9;
+        db.addIndex(0, 0x1301, object);
+        db.addSubIndex(0, 0x1301, 0, cleanproject::subRecord(5, QStringLiteral("ro"), QStringLiteral("1")));
+        db.addSubIndex(0, 0x1301, 1, cleanproject::subRecord(5, QStringLiteral("rw"), QStringLiteral("1")));
+        db.addIndex(0, 0x1381, object);
+        db.addSubIndex(0, 0x1381, 0, cleanproject::subRecord(5, QStringLiteral("ro"), QStringLiteral("1")));
+        db.addSubIndex(0, 0x1381, 1,
+                       cleanproject::subRecord(7, QStringLiteral("ro"), QStringLiteral("0x21010008")));
+        object.objecttype = 7;
+        db.addIndex(0, 0x2101, object);
+        SUBINDEX_DATA_T safe = cleanproject::subRecord(5, QStringLiteral("rw"), QStringLiteral("0"));
+        safe.implementation = 2;
+        safe.varname = QStringLiteral("safeValue");
+        safe.pdomapping = PDOMapping(PDOMapping::Mappable);
+        db.addSubIndex(0, 0x2101, 0, safe);
+    };
+    const struct
+    {
+        const char* name;
+        std::function<void(ObjectDataBase&)> extra;
+        bool withStack;
+        int exitCode;
+        QStringList written;
+        QStringList absent;
+    } cases[] = {
+        {"no virtual objects", {}, false, 0, {"gen_objdict.c"}, {"gen_vobjdict.c", "gen_srdo.c"}},
+        {"virtual objects", addVirtual, false, 0, {"gen_vobjdict.c"}, {}},
+        {"SRDO without template",
+         addSrdo,
+         false,
+         9,
+         {"gen_objdict.c"},
+         {"gen_vobjdict.c", "gen_srdo.c", "gen_define.h"}},
+        {"SRDO with template", addSrdo, true, 0, {"gen_srdo.c", "gen_define.h"}, {"gen_vobjdict.c"}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        QTemporaryDir dir;
+        const QString project = dir.filePath(QStringLiteral("device.trwp"));
+        {
+            ObjectDataBase db;
+            ASSERT_TRUE(db.createNewDataBase());
+            db.setGeneralSetting(QStringLiteral("line0type"), QStringLiteral("1"));
+            cleanproject::addProjectSettings(db);
+            cleanproject::addLineSettings(db, 0);
+            cleanproject::addMandatoryObjects(db, 0);
+            if (c.extra)
+                c.extra(db);
+            ASSERT_TRUE(db.saveDatabase(project));
+        }
+        writeFile(dir.filePath(QStringLiteral("gen_vobjdict.c")), "stale\n");
+        QStringList args{"-project", project};
+        if (c.withStack) {
+            QDir().mkpath(dir.filePath(QStringLiteral("stack/co_lib_sl/src")));
+            writeFile(dir.filePath(QStringLiteral("stack/co_lib_sl/src/gen_srdo.tpl")), tpl.toUtf8());
+            args << QStringLiteral("-stackpath") << dir.filePath(QStringLiteral("stack"));
+        }
+        const auto r = runTrw(args);
+        EXPECT_EQ(r.exitCode, c.exitCode) << qPrintable(r.out);
+        for (const QString& name : c.written) {
+            EXPECT_TRUE(QFile::exists(dir.filePath(name))) << qPrintable(name);
+            EXPECT_NE(readFile(dir.filePath(name)), QByteArray("stale\n")) << qPrintable(name);
+        }
+        for (const QString& name : c.absent)
+            EXPECT_FALSE(QFile::exists(dir.filePath(name))) << qPrintable(name);
+        if (c.exitCode == 9) {
+            EXPECT_TRUE(r.out.endsWith(
+                QStringLiteral("Template file not found.\nError - SRDO template not found.\n")))
+                << qPrintable(r.out);
+        }
+    }
+}
+
 } // namespace
