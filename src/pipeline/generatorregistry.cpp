@@ -100,18 +100,5 @@ void GeneratorRegistry::unregisterGenerator(const QString& className)
 QHash<QString, GeneratorRegistry::Entry>& GeneratorRegistry::entries()
 {
     static QHash<QString, Entry> known = builtInGenerators();
-    known.insert(QStringLiteral("VobjDictGenerator"),
-                 {createVobjDictGenerator<VobjDictGenerator>, hasVirtualObjects});
-    known.insert(QStringLiteral("VobjDictGeneratorV4"),
-                 {createVobjDictGenerator<VobjDictGeneratorV4>, hasVirtualObjects});
-    known.insert(QStringLiteral("SrdoGenerator"),
-                 {[](const GeneratorOptions&) -> AbstractGenerator* { return new SrdoGenerator; }, {}});
-    known.insert(QStringLiteral("SrdoGeneratorStatic"),
-                 {[](const GeneratorOptions&) -> AbstractGenerator* { return new SrdoGeneratorStatic; }, {}});
-    known.insert(QStringLiteral("indicationgenerator"),
-                 {[](const GeneratorOptions&) -> AbstractGenerator* { return new indicationgenerator; }, {}});
-    known.insert(
-        QStringLiteral("indicationgeneratorv4"),
-        {[](const GeneratorOptions&) -> AbstractGenerator* { return new indicationgeneratorv4; }, {}});
     return known;
 }

@@ -95,6 +95,10 @@ bool runCompiler(const QStringList& arguments, const QString& dir, QString& outp
     gcc.setWorkingDirectory(dir);
     gcc.setProcessChannelMode(QProcess::MergedChannels);
     gcc.start(compiler, arguments);
+    if (!gcc.waitForStarted()) {
+        output = compiler + QStringLiteral(" could not be started");
+        return false;
+    }
     gcc.waitForFinished(60000);
     output = QString::fromUtf8(gcc.readAll());
     return gcc.exitStatus() == QProcess::NormalExit && gcc.exitCode() == 0;
