@@ -14,7 +14,6 @@
 #include <QStringList>
 #include <QTextStream>
 
-
 // Writes gen_objdict.c: the object dictionary of the device as C data (value
 // tables, object descriptions, assign table, static PDO mapping tables) and
 // the start-up code of the CANopen stack. Each section of the file has its own
@@ -180,6 +179,7 @@ protected:
     bool udsInUse() const;
 
     static Group groupOf(int dataType);
+    static QString objectTypeWord(int objectType);
     static bool isNumeric(int dataType) { return groupOf(dataType) != NoGroup; }
 
     QPointer<QFile> m_userFile;

@@ -16,22 +16,6 @@ bool sameEntry(const SUBINDEX_DATA_T& a, const SUBINDEX_DATA_T& b)
            a.writedefaulttoeds == b.writedefaulttoeds;
 }
 
-QString objectTypeWord(int objectType)
-{
-    switch (objectType) {
-    case 2:
-        return QStringLiteral("CO_ODTYPE_DOM");
-    case 7:
-        return QStringLiteral("CO_ODTYPE_VAR");
-    case 8:
-        return QStringLiteral("CO_ODTYPE_ARRAY");
-    case 9:
-        return QStringLiteral("CO_ODTYPE_STRUCT");
-    default:
-        return QString();
-    }
-}
-
 // The short type word of the value tables: BOOLEAN and UNSIGNED2 to UNSIGNED7 live in UNSIGNED8.
 QString tableWord(int dataType)
 {
@@ -52,6 +36,23 @@ quint64 numberOf(const SUBINDEX_DATA_T* sub)
 }
 
 } // namespace
+
+// The type word of an object in an assign table.
+QString ObjDictGenerator::objectTypeWord(int objectType)
+{
+    switch (objectType) {
+    case 2:
+        return QStringLiteral("CO_ODTYPE_DOM");
+    case 7:
+        return QStringLiteral("CO_ODTYPE_VAR");
+    case 8:
+        return QStringLiteral("CO_ODTYPE_ARRAY");
+    case 9:
+        return QStringLiteral("CO_ODTYPE_STRUCT");
+    default:
+        return QString();
+    }
+}
 
 quint8 ObjDictGenerator::compactLimit(const QList<quint8>& subindices,
                                       const QList<const SUBINDEX_DATA_T*>& subs)

@@ -55,22 +55,6 @@ QString accessFunction(quint16 index, quint8 subindex)
     return QStringLiteral("V_%1_%2").arg(index, 4, 16, QLatin1Char('0')).arg(subindex);
 }
 
-QString objectTypeWord(int objectType)
-{
-    switch (objectType) {
-    case 2:
-        return QStringLiteral("CO_ODTYPE_DOM");
-    case 7:
-        return QStringLiteral("CO_ODTYPE_VAR");
-    case 8:
-        return QStringLiteral("CO_ODTYPE_ARRAY");
-    case 9:
-        return QStringLiteral("CO_ODTYPE_STRUCT");
-    default:
-        return QString();
-    }
-}
-
 } // namespace
 
 VobjDictGenerator::VobjDictGenerator(bool compactDescription, QObject* parent)
