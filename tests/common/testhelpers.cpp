@@ -7,12 +7,9 @@
 
 namespace testhelpers {
 
-RunResult runTrw(const QStringList& args, const QString& workDir, const QByteArray& stdinData,
-                 const QProcessEnvironment& environment)
+RunResult runTrw(const QStringList& args, const QString& workDir, const QByteArray& stdinData)
 {
     QProcess p;
-    if (!environment.isEmpty())
-        p.setProcessEnvironment(environment);
     p.setProgram(QStringLiteral(TRW_BINARY));
     p.setArguments(args);
     if (!workDir.isEmpty())

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QFileInfo>
-#include <QProcessEnvironment>
 #include <QString>
 #include <QStringList>
 
@@ -15,10 +14,9 @@ struct RunResult
 };
 
 // Runs the trw binary with the given arguments and working directory, with
-// no standard input, and collects its standard output. An environment, when
-// given, replaces that of the test.
+// no standard input, and collects its standard output.
 RunResult runTrw(const QStringList& args, const QString& workDir = QString(),
-                 const QByteArray& stdinData = {}, const QProcessEnvironment& environment = {});
+                 const QByteArray& stdinData = {});
 
 // Reads a whole file, empty when it does not exist.
 QByteArray readFile(const QString& path);

@@ -5,6 +5,7 @@
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
+#include <QProcess>
 #include <QSettings>
 #include <QTemporaryDir>
 
@@ -76,15 +77,17 @@ public:
         environment.insert(QStringLiteral("HOME"), home.path());
         environment.insert(QStringLiteral("XDG_CONFIG_HOME"), config);
         environment.insert(QStringLiteral("XDG_DATA_HOME"), home.filePath(QStringLiteral(".local/share")));
+        QProcess trw;
+        trw.setProcessEnvironment(environment);
         QElapsedTimer clock;
         clock.start();
-        testhelpers::RunResult result =
-            testhelpers::runTrw({"-project", project}, QString(), {}, environment);
+        trw.start(QStringLiteral(TRW_BINARY), {"-project", project});
+        trw.waitForFinished(120000);
         seconds = clock.elapsed() / 1000.0;
-        return result;
+        return {trw.exitStatus() == QProcess::NormalExit ? trw.exitCode() : -1,
+                QString::fromUtf8(trw.readAllStandardOutput())};
     }
 
-    // Arguments of the command are split at blanks, so the folders have none.
     QTemporaryDir home{QDir::tempPath() + QStringLiteral("/home-XXXXXX")};
     QTemporaryDir dir{QDir::tempPath() + QStringLiteral("/project-XXXXXX")};
     QString project;
