@@ -28,16 +28,20 @@ struct MessageClass
 
 const MessageClass messageClasses[] = {
     {QLatin1String("error"), "CheckError", "error",
-     "A message of the error form. Counted errors stop the run before generation."},
+     QT_TRANSLATE_NOOP("SarifReport",
+                       "A message of the error form. Counted errors stop the run before generation.")},
     {QLatin1String("warning"), "CheckWarning", "warning",
-     "Something in the project that is probably not meant so. Generation goes on."},
+     QT_TRANSLATE_NOOP("SarifReport",
+                       "Something in the project that is probably not meant so. Generation goes on.")},
     {QLatin1String("hint"), "CheckHint", "note",
-     "A hint, such as a stack file that the firmware build needs."},
+     QT_TRANSLATE_NOOP("SarifReport", "A hint, such as a stack file that the firmware build needs.")},
     {QLatin1String("corrected"), "CheckCorrection", "note",
-     "A fault the check corrected in the open project. The project file keeps it until the project is "
-     "saved."},
-    {QLatin1String("info"), "CheckInfo", "none", "Information about the check itself."},
+     QT_TRANSLATE_NOOP("SarifReport", "A fault the check corrected in the open project. The project file "
+                                      "keeps it until the project is saved.")},
+    {QLatin1String("info"), "CheckInfo", "none",
+     QT_TRANSLATE_NOOP("SarifReport", "Information about the check itself.")},
 };
+// The row of info lines above.
 constexpr int infoClass = 4;
 
 const QString projectBase = QStringLiteral("PROJECTDIR");
@@ -106,7 +110,7 @@ QJsonArray rules()
         list.append(QJsonObject{
             {QStringLiteral("id"), QString(c.word)},
             {QStringLiteral("name"), QLatin1String(c.name)},
-            {QStringLiteral("shortDescription"), textObject(QLatin1String(c.description))},
+            {QStringLiteral("shortDescription"), textObject(SarifReport::tr(c.description))},
             {QStringLiteral("defaultConfiguration"),
              QJsonObject{{QStringLiteral("level"), QLatin1String(c.level)}}},
         });

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QCoreApplication>
 #include <QJsonObject>
 #include <QList>
 #include <QString>
@@ -11,6 +12,8 @@
 // index and subindex it is about as a logical location such as "line0/0x1018/0".
 class SarifReport
 {
+    Q_DECLARE_TR_FUNCTIONS(SarifReport)
+
 public:
     // What the log says about the run itself.
     struct Invocation

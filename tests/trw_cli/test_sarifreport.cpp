@@ -7,11 +7,6 @@
 
 namespace {
 
-QJsonArray resultsOf(const SarifReport& report, const SarifReport::Invocation& invocation = {})
-{
-    return report.log(invocation)[QStringLiteral("runs")][0][QStringLiteral("results")].toArray();
-}
-
 // Each message's class, text and location, as the check's sources write them.
 TEST(SarifReport, MessagesBecomeResultsWithLevelTextAndLocation)
 {
@@ -55,7 +50,7 @@ TEST(SarifReport, MessagesBecomeResultsWithLevelTextAndLocation)
     SarifReport report;
     for (const auto& row : rows)
         report.addMessage(QString::fromUtf8(row.message), row.line);
-    const QJsonArray results = resultsOf(report);
+    const QJsonArray results = report.log({})[QStringLiteral("runs")][0][QStringLiteral("results")].toArray();
     ASSERT_EQ(results.size(), int(std::size(rows)));
     for (int i = 0; i < results.size(); ++i) {
         const auto& row = rows[i];
@@ -68,29 +63,6 @@ TEST(SarifReport, MessagesBecomeResultsWithLevelTextAndLocation)
         const QJsonValue logical =
             result[QStringLiteral("locations")][0][QStringLiteral("logicalLocations")][0];
         EXPECT_EQ(logical[QStringLiteral("fullyQualifiedName")].toString(), QLatin1String(row.location));
-    }
-}
-
-// A failed check is a finished analysis; a run that ended before the check says why.
-TEST(SarifReport, InvocationTellsHowTheRunEnded)
-{
-    const SarifReport report;
-    for (const auto& [exitCode, failure, successful] :
-         {std::tuple{7, "", true}, std::tuple{3, "Open project failed.", false}}) {
-        const QJsonObject invocation =
-            report
-                .log(
-                    {QStringLiteral("/p/device.trwt"),
-                     {QStringLiteral("-project")},
-                     exitCode,
-                     QString::fromUtf8(failure)})[QStringLiteral("runs")][0][QStringLiteral("invocations")][0]
-                .toObject();
-        EXPECT_EQ(invocation[QStringLiteral("exitCode")].toInt(), exitCode);
-        EXPECT_EQ(invocation[QStringLiteral("executionSuccessful")].toBool(), successful);
-        EXPECT_EQ(invocation[QStringLiteral("toolExecutionNotifications")][0][QStringLiteral("message")]
-                            [QStringLiteral("text")]
-                                .toString(),
-                  QString::fromUtf8(failure));
     }
 }
 

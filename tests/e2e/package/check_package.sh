@@ -16,7 +16,8 @@ fail() {
 
 prefix=$work/prefix
 cmake --install "$build" --prefix "$prefix" >/dev/null
-[ "$("$prefix/bin/trw" --version)" = "trw $version" ] || fail "installed trw --version"
+version_line=$("$prefix/bin/trw" --version) || fail "installed trw --version ended with $?"
+[ "$version_line" = "trw $version" ] || fail "installed trw --version: $version_line"
 manpage=$prefix/share/man/man1/trw.1
 warnings=$(groff -man -Tutf8 -ww -z "$manpage" 2>&1)
 [ -z "$warnings" ] || fail "man page: $warnings"
