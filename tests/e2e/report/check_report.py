@@ -112,6 +112,14 @@ with tempfile.TemporaryDirectory() as work:
                for r in results):
         fail(f"no result {corrected!r} at line0/0x6000/0")
 
+    # A run that ends before the check still leaves a valid log, which says why.
+    missing = os.path.join(work, "missing.trwt")
+    code, out = run(missing, "-report", missing + ".sarif")
+    invocation = validate(missing + ".sarif")["invocations"][0]
+    notes = [n["message"]["text"] for n in invocation.get("toolExecutionNotifications", [])]
+    if code != 3 or invocation["executionSuccessful"] or notes != ["Open project failed."]:
+        fail(f"failed open: exit code {code}, invocation {invocation}")
+
     # A report that cannot be written is told before the last line; the exit code stays.
     unwritable = os.path.join(work, "no/such/folder/report.sarif")
     code, out = run(failing, "-report", unwritable)
