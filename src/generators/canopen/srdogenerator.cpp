@@ -271,8 +271,9 @@ void SrdoGenerator::writeHead()
 * until main loop has to be called.
 */
 )";
+    // Read as a number, so that an absent setting still gives a valid define.
     out << "#define SRDO_LOOP_COUNTER\t"
-        << m_database->getGeneralSetting(QStringLiteral("srdo_loop_counter")).trimmed() << "u\n";
+        << m_database->getGeneralSetting(QStringLiteral("srdo_loop_counter")).trimmed().toInt() << "u\n";
     out << "/* local function prototypes */\n";
     out << embeddedText(m_multiLine ? QStringLiteral(":/data/srdoproto_ml.data")
                                     : QStringLiteral(":/data/srdoproto.data"));
