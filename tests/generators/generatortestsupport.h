@@ -62,7 +62,7 @@ bool anyLineOfType(ObjectDataBase& db, const QList<int>& types);
 // does: beside J1939 any CANopen or raw CAN line makes the project mixed.
 void setProtocolFlags(CoDefineGenerator& generator, ObjectDataBase& db);
 
-// Runs gcc, or the given compiler, in `dir`; `output` gets what it printed.
+// Runs gcc, or the compiler named, in `dir`; `output` gets what it printed.
 bool runCompiler(const QStringList& arguments, const QString& dir, QString& output,
                  const QString& compiler = QStringLiteral("gcc"));
 
