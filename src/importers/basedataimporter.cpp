@@ -115,3 +115,8 @@ bool BaseDataImporter::readSourceLines(QStringList& lines) const
     }
     return true;
 }
+
+void BaseDataImporter::reportNothingImported()
+{
+    Q_EMIT importError(line, 0, 0, tr("No entry could be imported."));
+}

@@ -49,6 +49,9 @@ protected:
     // but a regular file of a sane size, so that a pipe can't block the
     // worker or a huge file fill memory.
     bool readSourceLines(QStringList& lines) const;
+    // A file of which nothing could be used is worth a word to the user,
+    // who would otherwise see a successful import of nothing.
+    void reportNothingImported();
 
     QSharedPointer<ObjectDataBase> database;
     QSharedPointer<QThread> workerThread;

@@ -116,6 +116,8 @@ void CsvImporter::doImport()
         }
     }
 
+    if (importedSubIndices == 0)
+        reportNothingImported();
     database->setUpdatesBlocked(false);
     finishImport();
 }
@@ -246,7 +248,10 @@ void CsvImporter::handleDataLine(const QString& text)
 
     const SUBINDEX_DATA_T record =
         subIndexRecord(row, quint16(index), quint8(sub), dataType, object.objectCode);
-    if (database->addSubIndex(quint8(targetLine), quint16(index), quint8(sub), record) && sub == 0)
+    if (!database->addSubIndex(quint8(targetLine), quint16(index), quint8(sub), record))
+        return;
+    ++importedSubIndices;
+    if (sub == 0)
         object.hasSubZero = true;
 }
 

@@ -70,4 +70,5 @@ private:
     quint32 typedObject = 0;
     int typedObjectDataType = 0;
     QHash<quint32, ObjectState> objects;
+    int importedSubIndices = 0;
 };

@@ -59,6 +59,8 @@ void DOCTXTImporter::doImport()
         database->repairMappingCounts();
     }
 
+    if (importedPgns == 0)
+        reportNothingImported();
     database->setUpdatesBlocked(false);
     finishImport();
 }
@@ -95,6 +97,8 @@ void DOCTXTImporter::readPgnLine(const QString& text)
     pgn.priority = quint8(priority);
     pgn.inhibittime_ms = quint16(inhibitTime);
     pgnValid = database->addPGN(line, pgn.number, pgn);
+    if (pgnValid)
+        ++importedPgns;
     spnPosition = 0;
 }
 

@@ -27,4 +27,5 @@ private:
     ObjectDataBase::PGN pgn;
     bool pgnValid = false;
     quint32 spnPosition = 0;
+    int importedPgns = 0;
 };

@@ -149,11 +149,22 @@ bool GeneratorMainHandler::importWithImporter(const QFileInfo& info)
     } else {
         return false;
     }
+    // The importer's reports arrive on its own thread while this one waits;
+    // they are passed on once it has ended.
+    QStringList problems;
+    connect(
+        importer.get(), &BaseDataImporter::importError, importer.get(),
+        [&problems](quint8, quint16, quint8, const QString& text) { problems.append(text); },
+        Qt::DirectConnection);
     importer->setLine(0);
     importer->setDatabase(m_database);
     importer->setFile(info.absoluteFilePath());
     importer->startImport();
     importer->waitFinished();
+    for (const QString& problem : std::as_const(problems)) {
+        if (m_output)
+            m_output->writeLine(tr("Import of %1: %2").arg(info.absoluteFilePath(), problem));
+    }
     return true;
 }
 

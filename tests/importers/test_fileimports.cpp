@@ -363,6 +363,7 @@ TEST(TrwpImport, OneSourceLineGoesToTheScratchLine)
 // generated or saved; an accepted one changes the project file only with -s.
 TEST(ImportCommandLine, ProjectFileChangesOnlyWithSave)
 {
+    const QByteArray extra = "index,sub,edsname,datatype,access,value\n0x2000,0,Extra,UNSIGNED8,rw,1\n";
     struct Case
     {
         const char* file;
@@ -370,17 +371,19 @@ TEST(ImportCommandLine, ProjectFileChangesOnlyWithSave)
         bool save;
         int exitCode;
         bool changed;
+        QString message;
     };
     const Case cases[] = {
-        {"missing.csv", {}, true, 5, false},
-        {"notaproject.trwp", "SQLite format 3\0 but no more", true, 5, false},
-        {"device.odd", "index,sub\n", true, 5, false},
-        {"extra.csv", "index,sub,edsname,datatype,access,value\n0x2000,0,Extra,UNSIGNED8,rw,1\n", false, 0,
-         false},
-        {"extra.csv", "index,sub,edsname,datatype,access,value\n0x2000,0,Extra,UNSIGNED8,rw,1\n", true, 0,
-         true},
+        {"missing.csv", {}, true, 5, false, "Import failed: "},
+        {"notaproject.trwp", "SQLite format 3", true, 5, false, "Import failed: "},
+        {"device.odd", "index,sub\n", true, 5, false, "Import failed: "},
+        {"garbage.csv", "\x01\xff\xfe,\"\n\n\x80", true, 0, false,
+         "garbage.csv: No entry could be imported."},
+        {"empty_doc.txt", "\n", false, 0, false, "empty_doc.txt: No entry could be imported."},
+        {"extra.csv", extra, false, 0, false, {}},
+        {"extra.csv", extra, true, 0, true, {}},
         // The project merged with itself: every object is replaced by an equal one.
-        {"device.trwp", {}, true, 0, false},
+        {"device.trwp", {}, true, 0, false, {}},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(std::string(c.file) + (c.save ? " -s" : ""));
@@ -396,6 +399,11 @@ TEST(ImportCommandLine, ProjectFileChangesOnlyWithSave)
         const auto result = testhelpers::runTrw(args);
         EXPECT_EQ(result.exitCode, c.exitCode) << result.out.toStdString();
         EXPECT_EQ(result.out.contains(QStringLiteral("Import failed: ")), c.exitCode == 5);
+        EXPECT_EQ(result.out.contains(QStringLiteral("No entry could be imported.")),
+                  c.message.contains(QStringLiteral("No entry")));
+        if (!c.message.isEmpty()) {
+            EXPECT_TRUE(result.out.contains(c.message)) << result.out.toStdString();
+        }
         ObjectDataBase saved;
         ASSERT_TRUE(saved.openDataBase(project, true));
         EXPECT_EQ(saved.getIndexList(0, 0, 0xFFFF),
