@@ -6,7 +6,9 @@
 #include "generators/canopen/indicesgenerator.h"
 #include "generators/canopen/objdictgenerator.h"
 #include "generators/canopen/objdictgeneratorv4.h"
+#include "generators/documents/dbcgenerator.h"
 #include "generators/documents/edsgenerator.h"
+#include "generators/documents/rawcandbcgenerator.h"
 
 namespace {
 
@@ -42,6 +44,10 @@ QHash<QString, GeneratorRegistry::Entry> builtInGenerators()
                       return new EDSGenerator(options.edsDefine, options.canFd, options.classical);
                   },
                   {}});
+    known.insert(QStringLiteral("RawCANDBCGenerator"),
+                 {[](const GeneratorOptions&) -> AbstractGenerator* { return new RawCANDBCGenerator; }, {}});
+    known.insert(QStringLiteral("DBCGenerator"),
+                 {[](const GeneratorOptions&) -> AbstractGenerator* { return new DBCGenerator; }, {}});
     return known;
 }
 
@@ -70,5 +76,9 @@ void GeneratorRegistry::unregisterGenerator(const QString& className)
 QHash<QString, GeneratorRegistry::Entry>& GeneratorRegistry::entries()
 {
     static QHash<QString, Entry> known = builtInGenerators();
+    known.insert(QStringLiteral("RawCANDBCGenerator"),
+                 {[](const GeneratorOptions&) -> AbstractGenerator* { return new RawCANDBCGenerator; }, {}});
+    known.insert(QStringLiteral("DBCGenerator"),
+                 {[](const GeneratorOptions&) -> AbstractGenerator* { return new DBCGenerator; }, {}});
     return known;
 }

@@ -1,0 +1,83 @@
+#include "generators/j1939addressclaim.h"
+
+#include "database/objectdatabase.h"
+
+#include <QCoreApplication>
+#include <QDebug>
+
+namespace {
+
+constexpr quint32 addressClaimingPgn = 60928;
+
+struct NameField
+{
+    const char* name;
+    quint32 spn;
+    // J1939 setting of the default value, per line but for the last field,
+    // which is a yes or no for the whole project; none for the reserved bit.
+    const char* setting;
+    int dataType;
+    quint16 bitPosition;
+};
+
+// The 64 bits of the J1939 NAME, least significant field first.
+constexpr NameField nameFields[] = {
+    {QT_TRANSLATE_NOOP("J1939AddressClaim", "Identity Number"), 2837, "identitynumber", 119, 0},
+    {QT_TRANSLATE_NOOP("J1939AddressClaim", "Manufacturer Code"), 2838, "manufacturercode", 108, 21},
+    {QT_TRANSLATE_NOOP("J1939AddressClaim", "ECU Instance"), 2840, "ecuinstance", 101, 32},
+    {QT_TRANSLATE_NOOP("J1939AddressClaim", "Function Instance"), 2839, "functioninstance", 103, 35},
+    {QT_TRANSLATE_NOOP("J1939AddressClaim", "Function"), 2841, "function", 5, 40},
+    {QT_TRANSLATE_NOOP("J1939AddressClaim", "reserved"), 0, nullptr, 1, 48},
+    {QT_TRANSLATE_NOOP("J1939AddressClaim", "Vehicle System"), 2842, "vehiclesystem", 105, 49},
+    {QT_TRANSLATE_NOOP("J1939AddressClaim", "Vehicle System Instance"), 2843, "vehicleinstance", 102, 56},
+    {QT_TRANSLATE_NOOP("J1939AddressClaim", "Industry Group"), 2846, "industrygroup", 101, 60},
+    {QT_TRANSLATE_NOOP("J1939AddressClaim", "Addr Claiming Supported"), 2844, "addresscapable", 1, 63},
+};
+
+QString tr(const char* text)
+{
+    return QCoreApplication::translate("J1939AddressClaim", text);
+}
+
+} // namespace
+
+bool J1939AddressClaim::store(ObjectDataBase& database, quint8 line)
+{
+    const int type = database.getGeneralSetting(QStringLiteral("line%1type").arg(line)).toInt();
+    const int transmitPgns = database.getPGNList(line, ObjectDataBase::Transmit).size();
+    if (type != 2 && type != 5 && transmitPgns < 2)
+        return false;
+
+    ObjectDataBase::PGN pgn;
+    pgn.number = addressClaimingPgn;
+    pgn.direction = ObjectDataBase::Transmit;
+    pgn.priority = 6;
+    pgn.inhibittime_ms = 250;
+    pgn.name = tr("Address Claiming");
+    pgn.desc = tr("This PGN is used to send the Address Claiming.");
+    const bool pgnStored = database.addPGN(line, addressClaimingPgn, pgn);
+    qDebug() << Q_FUNC_INFO << "add Address Claiming PGN returns: " << pgnStored;
+
+    bool stored = false;
+    quint32 pos = 0;
+    for (const NameField& field : nameFields) {
+        ObjectDataBase::SPN spn;
+        spn.pos = pos++;
+        spn.name = tr(field.name);
+        spn.pgnnumber = addressClaimingPgn;
+        spn.spnnumber = field.spn;
+        spn.direction = ObjectDataBase::Transmit;
+        spn.datatype = field.dataType;
+        spn.implementation = 0;
+        spn.bitposition = field.bitPosition;
+        const QString setting = QLatin1String(field.setting);
+        if (setting == QLatin1String("addresscapable"))
+            spn.defaultvalue =
+                database.getJ1939Setting(setting).toInt() != 0 ? QStringLiteral("1") : QStringLiteral("0");
+        else if (field.setting)
+            spn.defaultvalue = database.getJ1939SettingForLine(setting, line);
+        stored = database.addSPN(line, addressClaimingPgn, ObjectDataBase::Transmit, field.spn, spn);
+    }
+    qDebug() << Q_FUNC_INFO << "add Address Claiming last SPN returns: " << stored;
+    return stored;
+}

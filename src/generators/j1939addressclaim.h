@@ -1,0 +1,17 @@
+#pragma once
+
+#include <QtGlobal>
+
+class ObjectDataBase;
+
+// The address claiming PGN (60928) that every J1939 node sends: the stack
+// handles it by itself, so the project holds no record of it, yet the
+// outputs that list a line's PGNs must show it. It is stored for the run,
+// before the worker thread of the generator starts.
+class J1939AddressClaim
+{
+public:
+    // Stores the PGN and the ten fields of the NAME of the line, unless the
+    // line is J1939-only or J1939 beside CANopen and sends fewer than two PGNs.
+    static bool store(ObjectDataBase& database, quint8 line);
+};
