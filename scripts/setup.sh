@@ -16,6 +16,7 @@ packages=(
     libqt6sql6-sqlite
     libgtest-dev
     libgmock-dev
+    python3-canmatrix
 )
 
 missing=()

@@ -34,6 +34,14 @@ void check(int result, const char* operation)
         qDebug() << Q_FUNC_INFO << "Error " << operation << result;
 }
 
+void setValue(CANdbAttributeValue* attribute, int value, bool enumeration)
+{
+    if (enumeration)
+        check(canDbSetAttributeValueEnumeration(attribute, value), "canDbSetAttributeValueEnumeration");
+    else
+        check(canDbSetAttributeValueInt(attribute, value), "canDbSetAttributeValueInt");
+}
+
 QByteArray dbcName(const QString& name)
 {
     static const QRegularExpression notInName(QStringLiteral("[^0-9a-zA-Z_*]"));
@@ -322,10 +330,7 @@ void DBCGenerator::setMessageAttribute(CANdbMessage* message, const QByteArray& 
 {
     CANdbAttributeValue* attribute = nullptr;
     check(canDbAddMsgAttribute(&m_dbc, message, name, &attribute), "canDbAddMsgAttribute");
-    if (enumeration)
-        check(canDbSetAttributeValueEnumeration(attribute, value), "canDbSetAttributeValueEnumeration");
-    else
-        check(canDbSetAttributeValueInt(attribute, value), "canDbSetAttributeValueInt");
+    setValue(attribute, value, enumeration);
 }
 
 CANdbSignal* DBCGenerator::addSignal(CANdbMessage* message, const QByteArray& name, int startBit, int length)
@@ -342,8 +347,5 @@ void DBCGenerator::setSignalAttribute(CANdbSignal* signal, const QByteArray& nam
 {
     CANdbAttributeValue* attribute = nullptr;
     check(canDbAddSignalAttribute(&m_dbc, signal, name, &attribute), "canDbAddMsgAttribute");
-    if (enumeration)
-        check(canDbSetAttributeValueEnumeration(attribute, value), "canDbSetAttributeValueEnumeration");
-    else
-        check(canDbSetAttributeValueInt(attribute, value), "canDbSetAttributeValueInt");
+    setValue(attribute, value, enumeration);
 }
