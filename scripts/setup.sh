@@ -17,6 +17,10 @@ packages=(
     libgtest-dev
     libgmock-dev
     python3-canmatrix
+    python3-jsonschema
+    dpkg-dev
+    file
+    groff-base
 )
 
 missing=()
