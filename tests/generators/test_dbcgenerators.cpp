@@ -175,8 +175,10 @@ QString canmatrixView(const QString& path)
 
 bool canmatrixAvailable()
 {
-    return QProcess::execute(QStringLiteral("/usr/bin/python3"),
-                             {QStringLiteral("-c"), QStringLiteral("import canmatrix.formats")}) == 0;
+    QProcess python;
+    python.start(QStringLiteral("/usr/bin/python3"),
+                 {QStringLiteral("-c"), QStringLiteral("import canmatrix")});
+    return python.waitForFinished(60000) && python.exitCode() == 0;
 }
 
 } // namespace
