@@ -2,8 +2,6 @@
 
 namespace {
 
-constexpr int maximumSignalBits = 512;
-constexpr int maximumDlc = 64;
 constexpr int maximumEnumIndex = 1000;
 
 template <typename Record, typename List> int append(List& list, Record** handle)
@@ -129,7 +127,7 @@ int canDbSetMsgDlc(CANdbMessage* message, int dlc)
 {
     if (!message)
         return CANdbNoHandle;
-    if (dlc < 0 || dlc > maximumDlc)
+    if (dlc < 0 || dlc > CANdbLargestDlc)
         return CANdbOutOfRange;
     message->dlc = dlc;
     return CANdbOk;
@@ -220,7 +218,7 @@ int canDbSetSignalValueSize(CANdbSignal* signal, int startBit, int length)
 {
     if (!signal)
         return CANdbNoHandle;
-    if (startBit < 0 || length < 1 || startBit + length > maximumSignalBits)
+    if (startBit < 0 || length < 1 || startBit + length > CANdbLargestBitCount)
         return CANdbOutOfRange;
     signal->startBit = startBit;
     signal->length = length;

@@ -12,6 +12,11 @@
 // unique_ptr so that the handles the flat canDb... calls give out stay
 // valid while more records are appended.
 
+// The longest J1939 message, sent by the transport protocol, bounds what a
+// message and its signals may cover; CAN FD frames (64 bytes) fit well inside.
+constexpr int CANdbLargestDlc = 1785;
+constexpr int CANdbLargestBitCount = 8 * CANdbLargestDlc;
+
 enum class CANdbAttributeType
 {
     Int = 1,

@@ -21,9 +21,6 @@ const QList<QByteArray> knownOtherKeywords = {
     "BA_DEF_DEF_REL_", "BU_SG_REL_", "BU_EV_REL_",     "BU_BO_REL_",
 };
 
-constexpr int maximumSignalBits = 512;
-constexpr int maximumDlc = 64;
-
 qint32 clampToInt32(qint64 value)
 {
     return qint32(
@@ -238,7 +235,7 @@ bool CANdbDBC::readMessage()
     qint64 dlc = 0;
     if (!readInteger(dlc))
         return fail("DLC expected");
-    if (dlc < 0 || dlc > maximumDlc)
+    if (dlc < 0 || dlc > CANdbLargestDlc)
         reportWarning("DLC %lld out of range", static_cast<long long>(dlc));
     message->dlc = clampToInt32(dlc);
     if (!readIdentifier(message->sender))
@@ -288,11 +285,11 @@ bool CANdbDBC::readSignal(CANdbMessage& message)
     qint64 length = 0;
     if (!readInteger(length))
         return fail("Signal length expected");
-    if (start < 0 || start >= maximumSignalBits || length < 1 || length > maximumSignalBits)
+    if (start < 0 || start >= CANdbLargestBitCount || length < 1 || length > CANdbLargestBitCount)
         reportWarning("Signal %s at bit %lld with %lld bits out of range", signal->name.constData(),
                       static_cast<long long>(start), static_cast<long long>(length));
-    signal->length = std::clamp<qint32>(clampToInt32(length), 0, maximumSignalBits);
-    start = std::clamp<qint64>(start, 0, maximumSignalBits);
+    signal->length = std::clamp<qint32>(clampToInt32(length), 0, CANdbLargestBitCount);
+    start = std::clamp<qint64>(start, 0, CANdbLargestBitCount);
     if (!expect('@'))
         return fail("'@' expected after signal name");
     qint64 order = 0;

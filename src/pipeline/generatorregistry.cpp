@@ -76,9 +76,5 @@ void GeneratorRegistry::unregisterGenerator(const QString& className)
 QHash<QString, GeneratorRegistry::Entry>& GeneratorRegistry::entries()
 {
     static QHash<QString, Entry> known = builtInGenerators();
-    known.insert(QStringLiteral("RawCANDBCGenerator"),
-                 {[](const GeneratorOptions&) -> AbstractGenerator* { return new RawCANDBCGenerator; }, {}});
-    known.insert(QStringLiteral("DBCGenerator"),
-                 {[](const GeneratorOptions&) -> AbstractGenerator* { return new DBCGenerator; }, {}});
     return known;
 }

@@ -158,8 +158,9 @@ TEST(DbcReader, ReportsDamagedInputWithItsLineAndReadsOn)
          "Number out of range", 2},
         {"float too large", oneMessage + "BO_ 7 Huge: 8 Ecu\n SG_ H : 0|8@1+ (1e999,0) [0|0] \"\" X\n",
          CANdbFileIo::Warning, 4, "Number out of range: 1e999", 2},
-        {"signal outside any frame", oneMessage + "BO_ 8 Wide: 8 Ecu\n SG_ W : 900|0@1+ (1,0) [0|0] \"\" X\n",
-         CANdbFileIo::Warning, 4, "Signal W at bit 900 with 0 bits out of range", 2},
+        {"signal outside any frame",
+         oneMessage + "BO_ 8 Wide: 8 Ecu\n SG_ W : 20000|0@1+ (1,0) [0|0] \"\" X\n", CANdbFileIo::Warning, 4,
+         "Signal W at bit 20000 with 0 bits out of range", 2},
         {"comment for a missing message", "CM_ BO_ 99 \"x\";\n" + oneMessage, CANdbFileIo::Error, 1,
          "No message found for comment line", 1},
         {"value of an unknown attribute", oneMessage + "BA_ \"Nope\" BO_ 100 1;\n", CANdbFileIo::Error, 3,
@@ -237,8 +238,8 @@ TEST(DbcApi, RefusesWhatADbcFileCannotHold)
 
     CANdbAttributeValue* value = nullptr;
     EXPECT_EQ(canDbSetMsgId(message, 0x800, false), CANdbOutOfRange);
-    EXPECT_EQ(canDbSetMsgDlc(message, 65), CANdbOutOfRange);
-    EXPECT_EQ(canDbSetSignalValueSize(signal, 510, 8), CANdbOutOfRange);
+    EXPECT_EQ(canDbSetMsgDlc(message, 1786), CANdbOutOfRange);
+    EXPECT_EQ(canDbSetSignalValueSize(signal, 14280 - 4, 8), CANdbOutOfRange);
     EXPECT_EQ(canDbAddMsgAttribute(&database, message, "Missing", &value), CANdbNotFound);
     EXPECT_EQ(canDbAddSignalAttribute(&database, signal, "Kind", &value), CANdbWrongKind);
     ASSERT_EQ(canDbAddMsgAttribute(&database, message, "Kind", &value), CANdbOk);
