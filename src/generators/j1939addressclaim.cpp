@@ -17,21 +17,21 @@ struct NameField
     // which is a yes or no for the whole project; none for the reserved bit.
     const char* setting;
     int dataType;
-    quint16 bitPosition;
+    quint16 bits;
 };
 
 // The 64 bits of the J1939 NAME, least significant field first.
 constexpr NameField nameFields[] = {
-    {QT_TRANSLATE_NOOP("J1939AddressClaim", "Identity Number"), 2837, "identitynumber", 119, 0},
-    {QT_TRANSLATE_NOOP("J1939AddressClaim", "Manufacturer Code"), 2838, "manufacturercode", 108, 21},
-    {QT_TRANSLATE_NOOP("J1939AddressClaim", "ECU Instance"), 2840, "ecuinstance", 101, 32},
-    {QT_TRANSLATE_NOOP("J1939AddressClaim", "Function Instance"), 2839, "functioninstance", 103, 35},
-    {QT_TRANSLATE_NOOP("J1939AddressClaim", "Function"), 2841, "function", 5, 40},
-    {QT_TRANSLATE_NOOP("J1939AddressClaim", "reserved"), 0, nullptr, 1, 48},
-    {QT_TRANSLATE_NOOP("J1939AddressClaim", "Vehicle System"), 2842, "vehiclesystem", 105, 49},
-    {QT_TRANSLATE_NOOP("J1939AddressClaim", "Vehicle System Instance"), 2843, "vehicleinstance", 102, 56},
-    {QT_TRANSLATE_NOOP("J1939AddressClaim", "Industry Group"), 2846, "industrygroup", 101, 60},
-    {QT_TRANSLATE_NOOP("J1939AddressClaim", "Addr Claiming Supported"), 2844, "addresscapable", 1, 63},
+    {"Identity Number", 2837, "identitynumber", 119, 21},
+    {"Manufacturer Code", 2838, "manufacturercode", 108, 11},
+    {"ECU Instance", 2840, "ecuinstance", 101, 3},
+    {"Function Instance", 2839, "functioninstance", 103, 5},
+    {"Function", 2841, "function", 5, 8},
+    {"reserved", 0, nullptr, 1, 1},
+    {"Vehicle System", 2842, "vehiclesystem", 105, 7},
+    {"Vehicle System Instance", 2843, "vehicleinstance", 102, 4},
+    {"Industry Group", 2846, "industrygroup", 101, 3},
+    {"Addr Claiming Supported", 2844, "addresscapable", 1, 1},
 };
 
 QString tr(const char* text)
@@ -41,13 +41,14 @@ QString tr(const char* text)
 
 } // namespace
 
-bool J1939AddressClaim::store(ObjectDataBase& database, quint8 line)
+bool J1939AddressClaim::applies(ObjectDataBase& database, quint8 line)
 {
     const int type = database.getGeneralSetting(QStringLiteral("line%1type").arg(line)).toInt();
-    const int transmitPgns = database.getPGNList(line, ObjectDataBase::Transmit).size();
-    if (type != 2 && type != 5 && transmitPgns < 2)
-        return false;
+    return type == 2 || type == 5 || database.getPGNList(line, ObjectDataBase::Transmit).size() >= 2;
+}
 
+bool J1939AddressClaim::store(ObjectDataBase& database, quint8 line)
+{
     ObjectDataBase::PGN pgn;
     pgn.number = addressClaimingPgn;
     pgn.direction = ObjectDataBase::Transmit;
@@ -60,16 +61,19 @@ bool J1939AddressClaim::store(ObjectDataBase& database, quint8 line)
 
     bool stored = false;
     quint32 pos = 0;
+    quint16 bitPosition = 0;
     for (const NameField& field : nameFields) {
         ObjectDataBase::SPN spn;
         spn.pos = pos++;
-        spn.name = tr(field.name);
+        spn.name = QString::fromLatin1(field.name);
         spn.pgnnumber = addressClaimingPgn;
         spn.spnnumber = field.spn;
         spn.direction = ObjectDataBase::Transmit;
         spn.datatype = field.dataType;
         spn.implementation = 0;
-        spn.bitposition = field.bitPosition;
+        spn.bitsize = field.bits;
+        spn.bitposition = bitPosition;
+        bitPosition += field.bits;
         const QString setting = QLatin1String(field.setting);
         if (setting == QLatin1String("addresscapable"))
             spn.defaultvalue =
@@ -79,5 +83,5 @@ bool J1939AddressClaim::store(ObjectDataBase& database, quint8 line)
         stored = database.addSPN(line, addressClaimingPgn, ObjectDataBase::Transmit, field.spn, spn);
     }
     qDebug() << Q_FUNC_INFO << "add Address Claiming last SPN returns: " << stored;
-    return stored;
+    return pgnStored && stored;
 }

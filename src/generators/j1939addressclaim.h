@@ -11,7 +11,10 @@ class ObjectDataBase;
 class J1939AddressClaim
 {
 public:
-    // Stores the PGN and the ten fields of the NAME of the line, unless the
-    // line is J1939-only or J1939 beside CANopen and sends fewer than two PGNs.
+    // A line claims an address when it is J1939 alone or beside CANopen, or
+    // when it sends at least two PGNs.
+    static bool applies(ObjectDataBase& database, quint8 line);
+    // Stores the PGN and the ten fields of the NAME of the line; false when a
+    // write failed.
     static bool store(ObjectDataBase& database, quint8 line);
 };

@@ -76,7 +76,7 @@ AbstractGenerator::GeneratorStatus DBCGenerator::start()
     m_implementationInfo = user.value(QStringLiteral("General/implinfo")).toInt() == 1;
     // Stored before the worker starts, so that the outputs after this one
     // see the address claiming PGN too.
-    if (m_database)
+    if (m_database && J1939AddressClaim::applies(*m_database, m_line))
         J1939AddressClaim::store(*m_database, m_line);
     return startWorker(QStringLiteral("DBC File"));
 }
