@@ -12,7 +12,9 @@
 #include "generators/canopen/srdogeneratorstatic.h"
 #include "generators/canopen/vobjdictgenerator.h"
 #include "generators/canopen/vobjdictgeneratorv4.h"
+#include "generators/documents/dbcgenerator.h"
 #include "generators/documents/edsgenerator.h"
+#include "generators/documents/rawcandbcgenerator.h"
 #include "generators/multiprotocol/pgngenerator.h"
 #include "generators/multiprotocol/pgngeneratorv4.h"
 
@@ -78,6 +80,10 @@ QHash<QString, GeneratorRegistry::Entry> builtInGenerators()
     known.insert(
         QStringLiteral("indicationgeneratorv4"),
         {[](const GeneratorOptions&) -> AbstractGenerator* { return new indicationgeneratorv4; }, {}});
+    known.insert(QStringLiteral("RawCANDBCGenerator"),
+                 {[](const GeneratorOptions&) -> AbstractGenerator* { return new RawCANDBCGenerator; }, {}});
+    known.insert(QStringLiteral("DBCGenerator"),
+                 {[](const GeneratorOptions&) -> AbstractGenerator* { return new DBCGenerator; }, {}});
     return known;
 }
 
