@@ -100,27 +100,25 @@ void addJ1939Line(ObjectDataBase& db, quint8 line)
     if (!db.nodeExists(line))
         db.addNode(line, NODE_DATA_T());
     db.setGeneralSetting(QStringLiteral("line%1type").arg(line), QStringLiteral("2"));
-    ObjectDataBase::PGN eec1;
-    eec1.name = QStringLiteral("EEC1");
-    eec1.desc = QStringLiteral("Engine <speed> & torque");
-    eec1.direction = ObjectDataBase::Transmit;
-    eec1.priority = 3;
-    eec1.cycletime_ms = 20;
-    db.addPGN(line, 61444, eec1);
+    const auto addPgn = [&](quint32 number, const char* name, const char* desc, quint8 direction,
+                            quint8 priority, quint16 cycle, quint16 inhibit) {
+        ObjectDataBase::PGN pgn;
+        pgn.name = QLatin1String(name);
+        pgn.desc = QLatin1String(desc);
+        pgn.direction = direction;
+        pgn.priority = priority;
+        pgn.cycletime_ms = cycle;
+        pgn.inhibittime_ms = inhibit;
+        db.addPGN(line, number, pgn);
+    };
+    addPgn(61444, "EEC1", "Engine <speed> & torque", ObjectDataBase::Transmit, 3, 20, 0);
+    addPgn(65265, "CCVS1", "x", ObjectDataBase::Receive, 6, 100, 10);
     ObjectDataBase::SPN speed;
     speed.name = QStringLiteral("Engine speed");
     speed.datatype = CAN::Unsigned16;
     speed.direction = ObjectDataBase::Transmit;
     speed.varname = QStringLiteral("engineSpeed");
     db.addSPN(line, 61444, ObjectDataBase::Transmit, 190, speed);
-    ObjectDataBase::PGN ccvs;
-    ccvs.name = QStringLiteral("CCVS1");
-    ccvs.desc = QStringLiteral("x");
-    ccvs.direction = ObjectDataBase::Receive;
-    ccvs.priority = 6;
-    ccvs.cycletime_ms = 100;
-    ccvs.inhibittime_ms = 10;
-    db.addPGN(line, 65265, ccvs);
     ObjectDataBase::SPN brake;
     brake.name = QStringLiteral("Brake switch");
     brake.datatype = CAN::Unsigned2;
@@ -135,26 +133,26 @@ void addRawCanLine(ObjectDataBase& db, quint8 line)
     if (!db.nodeExists(line))
         db.addNode(line, NODE_DATA_T());
     db.setGeneralSetting(QStringLiteral("line%1type").arg(line), QStringLiteral("4"));
+    const auto addElement = [&](quint32 number, const char* name, int datatype, quint16 bitpos,
+                                quint16 bitsize, const char* value, const char* desc) {
+        ObjectDataBase::DataElement element;
+        element.name = QLatin1String(name);
+        element.datatype = datatype;
+        element.bitpos = bitpos;
+        element.bitsize = bitsize;
+        element.defaultvalue = QLatin1String(value);
+        element.desc = QLatin1String(desc);
+        element.direction = ObjectDataBase::Transmit;
+        db.addDataElement(line, 0x181, ObjectDataBase::Transmit, number, element);
+    };
     ObjectDataBase::CANID status;
     status.name = QStringLiteral("Status");
     status.desc = QStringLiteral("Sent on change");
     status.direction = ObjectDataBase::Transmit;
     status.inhibittime_ms = 5;
     db.addCANID(line, 0x181, status);
-    ObjectDataBase::DataElement state;
-    state.name = QStringLiteral("State");
-    state.datatype = CAN::Unsigned8;
-    state.direction = ObjectDataBase::Transmit;
-    state.defaultvalue = QStringLiteral("3");
-    state.desc = QStringLiteral("Operating state");
-    db.addDataElement(line, 0x181, ObjectDataBase::Transmit, 1, state);
-    ObjectDataBase::DataElement flags;
-    flags.name = QStringLiteral("Flags");
-    flags.datatype = CAN::Unsigned4;
-    flags.bitsize = 4;
-    flags.bitpos = 8;
-    flags.direction = ObjectDataBase::Transmit;
-    db.addDataElement(line, 0x181, ObjectDataBase::Transmit, 2, flags);
+    addElement(1, "State", CAN::Unsigned8, 0, 0, "3", "Operating state");
+    addElement(2, "Flags", CAN::Unsigned4, 8, 4, "0", "");
     ObjectDataBase::CANID command;
     command.name = QStringLiteral("Command");
     command.direction = ObjectDataBase::Receive;
