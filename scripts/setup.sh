@@ -9,6 +9,7 @@ build="${TRW_BUILD_DIR:-$root/build}"
 
 packages=(
     build-essential
+    clang
     cmake
     ninja-build
     ccache
@@ -17,6 +18,10 @@ packages=(
     libgtest-dev
     libgmock-dev
     libxml2-utils
+    python3-jsonschema
+    dpkg-dev
+    file
+    groff-base
 )
 
 # The test run judges the HTML pages in a real browser; the main job needs none.

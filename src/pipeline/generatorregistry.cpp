@@ -15,6 +15,8 @@
 #include "generators/documents/rawcantextdocgenerator.h"
 #include "generators/documents/textdocgenerator.h"
 #include "generators/documents/xddgenerator.h"
+#include "generators/multiprotocol/pgngenerator.h"
+#include "generators/multiprotocol/pgngeneratorv4.h"
 
 namespace {
 
@@ -57,6 +59,10 @@ QHash<QString, GeneratorRegistry::Entry> builtInGenerators()
     known.insert(QStringLiteral("GenDefineGenerator"), {createDefineGenerator<GenDefineGenerator>, {}});
     known.insert(QStringLiteral("ObjDictGenerator"), {createObjDictGenerator<ObjDictGenerator>, {}});
     known.insert(QStringLiteral("ObjDictGeneratorV4"), {createObjDictGenerator<ObjDictGeneratorV4>, {}});
+    known.insert(QStringLiteral("PGNGenerator"),
+                 {[](const GeneratorOptions&) -> AbstractGenerator* { return new PGNGenerator; }, {}});
+    known.insert(QStringLiteral("PGNGeneratorV4"),
+                 {[](const GeneratorOptions&) -> AbstractGenerator* { return new PGNGeneratorV4; }, {}});
     known.insert(QStringLiteral("EDSGenerator"),
                  {[](const GeneratorOptions& options) -> AbstractGenerator* {
                       return new EDSGenerator(options.edsDefine, options.canFd, options.classical);
