@@ -4,6 +4,8 @@
 #include <QSettings>
 #include <QTextStream>
 
+#include <algorithm>
+
 HtmlPageGenerator::HtmlPageGenerator(Layout layout, QObject* parent)
     : DocumentGenerator(parent), m_layout(layout)
 {
@@ -46,6 +48,13 @@ void HtmlPageGenerator::writeRow(QTextStream& out, const char* labelCell, const 
 
 QString HtmlPageGenerator::encoded(const QString& text) const
 {
+    // Most names and values hold nothing to encode; they pass unchanged.
+    const bool plain = std::none_of(text.cbegin(), text.cend(), [](QChar c) {
+        return c == QLatin1Char('&') || c == QLatin1Char('<') || c == QLatin1Char('>') ||
+               c == QLatin1Char('\n') || c.unicode() >= 0xC4;
+    });
+    if (plain)
+        return text;
     QString html = text;
     if (m_layout == Layout::ObjectDictionary) {
         html.replace(QLatin1Char('&'), QLatin1String("&amp;"));
