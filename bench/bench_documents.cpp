@@ -114,6 +114,9 @@ int main(int argc, char** argv)
     out << "text, HTML, CSV, ICSV and XDD documents of " << lines << " lines x " << objectsPerLine
         << " objects x " << subsPerObject << " subindices: " << median(times) << " ms ("
         << median(workerTimes) << " ms processor time of the generator threads, median of " << rounds << ", "
-        << writtenKb(dir.path()) << " KB), limit " << limitMs << " ms\n";
-    return median(times) < limitMs ? 0 : 1;
+        << writtenKb(dir.path()) << " KB), limit " << limitMs << " ms of processor time\n";
+    // The verdict goes by the generators' own processor time: on a machine
+    // shared with builds the wall clock mostly measures the waiting, since
+    // each generator gives way to others after every object.
+    return median(workerTimes) < limitMs ? 0 : 1;
 }
