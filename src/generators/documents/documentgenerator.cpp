@@ -1,5 +1,7 @@
 #include "generators/documents/documentgenerator.h"
 
+#include "database/objectdatabase.h"
+
 #include <QDate>
 #include <QDebug>
 #include <QTextStream>
@@ -59,9 +61,9 @@ QString DocumentGenerator::perLineName(const QString& ending, const QString& lin
     return m_deviceName + ending;
 }
 
-QList<ObjectDataBase::ObjectEntry> DocumentGenerator::objects() const
+QList<quint16> DocumentGenerator::objectIndices() const
 {
-    return m_database->getObjects(m_line, 0x1000, 0xFFFF);
+    return m_database->getIndexList(m_line, 0x1000, 0xFFFF);
 }
 
 QString DocumentGenerator::descriptionSetting(const QString& key) const
