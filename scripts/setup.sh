@@ -18,6 +18,7 @@ packages=(
     libgtest-dev
     libgmock-dev
     libxml2-utils
+    python3-canmatrix
     python3-jsonschema
     dpkg-dev
     file

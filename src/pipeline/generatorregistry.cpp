@@ -7,11 +7,13 @@
 #include "generators/canopen/objdictgenerator.h"
 #include "generators/canopen/objdictgeneratorv4.h"
 #include "generators/documents/csvgenerator.h"
+#include "generators/documents/dbcgenerator.h"
 #include "generators/documents/edsgenerator.h"
 #include "generators/documents/htmlgenerator.h"
 #include "generators/documents/icsvgenerator.h"
 #include "generators/documents/j1939htmlgenerator.h"
 #include "generators/documents/j1939textdocgenerator.h"
+#include "generators/documents/rawcandbcgenerator.h"
 #include "generators/documents/rawcantextdocgenerator.h"
 #include "generators/documents/textdocgenerator.h"
 #include "generators/documents/xddgenerator.h"
@@ -80,6 +82,10 @@ QHash<QString, GeneratorRegistry::Entry> builtInGenerators()
                   },
                   {}});
     known.insert(QStringLiteral("XDDGenerator"), {createDocument<XDDGenerator>, {}});
+    known.insert(QStringLiteral("RawCANDBCGenerator"),
+                 {[](const GeneratorOptions&) -> AbstractGenerator* { return new RawCANDBCGenerator; }, {}});
+    known.insert(QStringLiteral("DBCGenerator"),
+                 {[](const GeneratorOptions&) -> AbstractGenerator* { return new DBCGenerator; }, {}});
     return known;
 }
 
