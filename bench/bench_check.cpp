@@ -88,6 +88,8 @@ int main(int argc, char** argv)
     db->setGeneralSetting(QStringLiteral("co_timer_interval"), QStringLiteral("1000"));
     for (quint8 line = 0; line < lineCount; ++line)
         fillLine(*db, line);
+    if (const int saved = benchsupport::saveProjectWhenAsked(app.arguments(), *db); saved >= 0)
+        return saved;
     // The caches the pipeline fills before its check.
     for (quint8 line = 0; line < lineCount; ++line) {
         db->cacheAllSubs(line, 0);

@@ -114,6 +114,8 @@ int main(int argc, char** argv)
         return 1;
     }
     fillProject(db);
+    if (const int saved = benchsupport::saveProjectWhenAsked(app.arguments(), db); saved >= 0)
+        return saved;
     cacheAsThePipelineDoes(db);
 
     QList<qint64> indicesTimes;

@@ -58,14 +58,13 @@ void addParameterBlocks(ObjectDataBase& db, quint8 line)
     db.addSubIndices(entries);
 }
 
-bool saveProject(const QString& path)
+bool fillProject(ObjectDataBase& db)
 {
-    ObjectDataBase db;
     if (!db.createNewDataBase())
         return false;
     for (quint8 line = 0; line < lineCount; ++line)
         addParameterBlocks(db, line);
-    return db.saveDatabase(path);
+    return true;
 }
 
 class Server
@@ -121,9 +120,16 @@ int main(int argc, char** argv)
     benchsupport::setToolIdentity();
     QTextStream out(stdout);
 
+    ObjectDataBase db;
+    if (!fillProject(db)) {
+        out << "could not create the project\n";
+        return 2;
+    }
+    if (const int saved = benchsupport::saveProjectWhenAsked(app.arguments(), db); saved >= 0)
+        return saved;
     QTemporaryDir folder;
     const QString project = folder.filePath(QStringLiteral("bench.trwp"));
-    if (!folder.isValid() || !saveProject(project)) {
+    if (!folder.isValid() || !db.saveDatabase(project)) {
         out << "could not create the project\n";
         return 2;
     }

@@ -117,6 +117,8 @@ int main(int argc, char** argv)
     QTemporaryDir dir;
     ObjectDataBase db;
     fillProject(db);
+    if (const int saved = benchsupport::saveProjectWhenAsked(app.arguments(), db); saved >= 0)
+        return saved;
     cacheAsThePipelineDoes(db);
     bool withinLimits = true;
     for (bool core : {false, true}) {
