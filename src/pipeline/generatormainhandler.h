@@ -101,7 +101,6 @@ private:
 
     bool importProject(const QString& path);
     bool importWithImporter(const QString& path, const QString& suffix);
-    int lineType(quint8 line) const;
     bool usesV4() const;
     RunFacts prepareRun();
     bool runModelCheck(const RunFacts& facts, bool ignoreCheckErrors);

@@ -3,6 +3,7 @@
 #include "generators/abstractgenerator.h"
 #include "generators/sectionstream.h"
 
+#include "database/linetypes.h"
 #include "database/objectdatabase.h"
 
 #include <QHash>
@@ -120,13 +121,8 @@ protected:
     void writeTargetHardware(SectionStream& out, int target, int active);
 
     // Project facts.
-    QString setting(const QString& key) const;
-    int settingInt(const QString& key) const;
-    QString j1939Setting(const QString& key) const;
-    int j1939SettingInt(const QString& key) const;
-    QString lineSetting(const QString& key, quint8 line) const;
     int lineType(quint8 line) const;
-    bool anyLineOfType(std::initializer_list<int> types) const;
+    bool anyLineCarries(bool (*carries)(int)) const;
     // Number of objects of the line from `from` to `to` inclusive.
     int objects(quint8 line, quint16 from, quint16 to) const;
     // Number of sub-indices of the object, counting from `from` upward.

@@ -332,8 +332,7 @@ bool ObjDictGenerator::prepareOutputFile()
         out << "/* EnergyBus header files */\n";
         out << "#include <eb_energybus.h>\n";
     }
-    const QString applicationHeader =
-        m_database->getGeneralSetting(QStringLiteral("applicationheader")).trimmed();
+    const QString applicationHeader = setting(QStringLiteral("applicationheader")).trimmed();
     if (!applicationHeader.isEmpty()) {
         out << "/* application header file(s) */\n";
         const QStringList headers = applicationHeader.split(QLatin1Char(' '), Qt::SkipEmptyParts);
@@ -401,21 +400,6 @@ void ObjDictGenerator::writeStaticIndications(SectionStream& out)
         writeRows(usdoServerIndicationRows, std::size(usdoServerIndicationRows));
     if (settingInt(QStringLiteral("usdo_client_enabled")) != 0)
         writeRows(usdoClientIndicationRows, std::size(usdoClientIndicationRows));
-}
-
-QString ObjDictGenerator::setting(const QString& key) const
-{
-    return m_database->getGeneralSetting(key);
-}
-
-int ObjDictGenerator::settingInt(const QString& key) const
-{
-    return setting(key).trimmed().toInt();
-}
-
-QString ObjDictGenerator::lineSetting(const QString& key, quint8 line) const
-{
-    return m_database->getGeneralSettingForLine(key, line).trimmed();
 }
 
 const QList<ObjDictGenerator::DictObject>& ObjDictGenerator::objectsOf(quint8 line) const
@@ -490,7 +474,7 @@ bool ObjDictGenerator::usesOptions() const
     if (!multiLineForm())
         return settingInt(QStringLiteral("nmtmaster")) == 2;
     for (quint8 line : m_usedLines) {
-        if (lineSetting(QStringLiteral("nmtmaster"), line).toInt() == 2)
+        if (lineSettingInt(QStringLiteral("nmtmaster"), line) == 2)
             return true;
     }
     return false;
@@ -501,48 +485,9 @@ bool ObjDictGenerator::overwritesPredefinedSet() const
     if (settingInt(QStringLiteral("overwrite_predef")) > 0)
         return true;
     for (quint8 line : dictionaryLines()) {
-        if (lineSetting(QStringLiteral("overwrite_predef"), line).toInt() > 0)
+        if (lineSettingInt(QStringLiteral("overwrite_predef"), line) > 0)
             return true;
     }
     return false;
 }
-
-bool ObjDictGenerator::udsInUse() const
-{
-    return settingInt(QStringLiteral("udsserver_supported")) == 1 ||
-           settingInt(QStringLiteral("udsclient_supported")) == 1;
-}
-
-ObjDictGenerator::Group ObjDictGenerator::groupOf(int dataType)
-{
-    switch (dataType) {
-    case 1:
-    case 5:
-        return U8;
-    case 2:
-        return I8;
-    case 3:
-        return I16;
-    case 4:
-        return I32;
-    case 6:
-        return U16;
-    case 7:
-        return U32;
-    case 8:
-        return R32;
-    case 12:
-    case 25:
-        return U48;
-    case 16:
-        return I24;
-    case 22:
-        return U24;
-    case 24:
-        return U40;
-    case 27:
-        return U64;
-    default:
-        return (dataType >= 100 && dataType <= 105) ? U8 : NoGroup;
-    }
 }

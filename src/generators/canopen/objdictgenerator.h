@@ -3,6 +3,7 @@
 #include "generators/abstractgenerator.h"
 #include "generators/sectionstream.h"
 
+#include "canopenlib/cohelper.h"
 #include "database/objectdatabase.h"
 
 #include <QHash>
@@ -13,7 +14,6 @@
 #include <QString>
 #include <QStringList>
 #include <QTextStream>
-
 
 // Writes gen_objdict.c: the object dictionary of the device as C data (value
 // tables, object descriptions, assign table, static PDO mapping tables) and
@@ -46,25 +46,6 @@ protected Q_SLOTS:
     void doJob() override;
 
 protected:
-    // The value groups of the numeric CANopen types, one table each.
-    enum Group
-    {
-        U8,
-        U16,
-        U24,
-        U32,
-        U40,
-        U48,
-        U64,
-        I8,
-        I16,
-        I24,
-        I32,
-        R32,
-        GroupCount,
-        NoGroup = GroupCount
-    };
-
     struct DictObject
     {
         quint16 index = 0;
@@ -156,9 +137,6 @@ protected:
     QString routingList(quint8 line, quint32 mapping) const;
 
     // Project facts.
-    QString setting(const QString& key) const;
-    int settingInt(const QString& key) const;
-    QString lineSetting(const QString& key, quint8 line) const;
     bool multiLineForm() const { return m_multiLine || m_generateML; }
     QList<quint8> dictionaryLines() const { return m_objects.keys(); }
     const QList<DictObject>& objectsOf(quint8 line) const;
@@ -177,10 +155,8 @@ protected:
     void countRows();
     bool usesOptions() const;
     bool overwritesPredefinedSet() const;
-    bool udsInUse() const;
 
-    static Group groupOf(int dataType);
-    static bool isNumeric(int dataType) { return groupOf(dataType) != NoGroup; }
+    static bool isNumeric(int dataType) { return COHelper::valueGroup(quint16(dataType)) != CAN::NoGroup; }
 
     QPointer<QFile> m_userFile;
     QHash<quint32, int> m_varSlot;
