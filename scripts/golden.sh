@@ -72,7 +72,7 @@ make_projects() {
     nice -n 10 cmake --build "$build" --target bench_check bench_define bench_objdict bench_mcp -j "$jobs" \
         >"$golden/bench-build.log" 2>&1 || { tail -50 "$golden/bench-build.log" >&2; exit 2; }
     for bench in check define objdict mcp; do
-        "$build/bench_$bench" -save-project "$projects/bench_$bench.trwp" >/dev/null
+        "$build/bench/bench_$bench" -save-project "$projects/bench_$bench.trwp" >/dev/null
     done
 }
 
