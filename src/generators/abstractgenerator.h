@@ -7,6 +7,7 @@
 #include <QThread>
 
 class ObjectDataBase;
+class StackWords;
 
 // Base of every output file writer. The pipeline configures a generator,
 // asks whether its file may be written, starts it on a worker thread of its
@@ -56,6 +57,11 @@ protected Q_SLOTS:
     virtual void doJob() = 0;
 
 protected:
+    friend class SectionStream;
+
+    // The words of the V4 stack for the literals of the generator's file;
+    // null for the classic form and for files that exist in one form only.
+    virtual const StackWords* stackWords() const { return nullptr; }
     // The part of start() that every generator shares; each start() sets its
     // object name to the file name first.
     GeneratorStatus startWorker(const QString& objectName);

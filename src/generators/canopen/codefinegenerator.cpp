@@ -162,17 +162,6 @@ void CoDefineGenerator::doJob()
     finishJob();
 }
 
-CoDefineGenerator::SectionStream::SectionStream(CoDefineGenerator* generator)
-    : ::SectionStream(generator->m_file,
-                      [generator](const char* literal) { return generator->renamed(literal); })
-{
-}
-
-QString CoDefineGenerator::renamed(const char* literal) const
-{
-    return QString::fromLatin1(literal);
-}
-
 void CoDefineGenerator::writeBannerAndToolBlock()
 {
     SectionStream out(this);

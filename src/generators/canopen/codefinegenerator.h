@@ -45,13 +45,6 @@ protected Q_SLOTS:
     void doJob() override;
 
 protected:
-    // A section of gen_define.h, its literals in the words of the stack form.
-    class SectionStream : public ::SectionStream
-    {
-    public:
-        explicit SectionStream(CoDefineGenerator* generator);
-    };
-
     // The facts of the sub-indices that several sections need, gathered in one pass.
     struct SubIndexFacts
     {
@@ -79,7 +72,6 @@ protected:
 
     // The newer stack ("core") renames some defines and adds a few.
     virtual bool coreForm() const { return false; }
-    virtual QString renamed(const char* literal) const;
     // The classic stack has no static UDS indication binding.
     virtual void writeStaticUdsIndications() {}
 

@@ -3,11 +3,11 @@
 #include "canopenlib/cohelper.h"
 #include "canopenlib/helper.h"
 #include "database/objectdatabase.h"
+#include "generators/stackwords.h"
 
 #include <QCoreApplication>
 #include <QFile>
 #include <QFileInfo>
-#include <QRegularExpression>
 
 #include <algorithm>
 #include <iterator>
@@ -18,23 +18,6 @@ constexpr quint8 highestDictionaryLine = 31;
 
 // The edition of the tool for EnergyBus devices; this build doesn't bear its name.
 const QString energyBusEditionName = QStringLiteral("EnergyBus Tarnwick");
-
-// The words of the classic stack that the V4 stack spells differently.
-const QHash<QString, QString>& coreWords()
-{
-    static const QHash<QString, QString> words = {
-        {QStringLiteral("CO_CONST"), QStringLiteral("CORE_CONST")},
-        {QStringLiteral("CO_STORAGE_CLASS"), QStringLiteral("CORE_STORAGE_CLASS")},
-        {QStringLiteral("CO_CONST_STORAGE_CLASS"), QStringLiteral("CORE_CONST_STORAGE_CLASS")},
-        {QStringLiteral("CO_HANDLE_WATCHDOG"), QStringLiteral("CORE_HANDLE_WATCHDOG")},
-        {QStringLiteral("CO_LINE"), QStringLiteral("CAN_LINE")},
-        {QStringLiteral("CO_LINE_TYPE"), QStringLiteral("CAN_LINE_TYPE")},
-        {QStringLiteral("CO_MULTI_LINE_CNT"), QStringLiteral("CAN_MULTI_LINE_CNT")},
-        {QStringLiteral("RET_INVALID_PARAMETER"), QStringLiteral("RET_PARAMETER_INVALID")},
-        {QStringLiteral("commonStackInit"), QStringLiteral("coreStackInit")},
-    };
-    return words;
-}
 
 struct IndicationRow
 {
@@ -160,34 +143,9 @@ void ObjDictGenerator::doJob()
     finishJob();
 }
 
-ObjDictGenerator::SectionStream::SectionStream(ObjDictGenerator* generator)
-    : ::SectionStream(generator->m_file, [generator](const char* literal) {
-          return generator->coreForm() ? generator->renamed(literal) : QString::fromLatin1(literal);
-      })
+const StackWords* ObjDictGenerator::stackWords() const
 {
-}
-
-// Literals have static storage, so each is renamed once per run.
-QString ObjDictGenerator::renamed(const char* literal)
-{
-    const auto known = m_renamed.constFind(literal);
-    if (known != m_renamed.constEnd())
-        return known.value();
-    static const QRegularExpression word(QStringLiteral("\\b[A-Za-z_][A-Za-z0-9_]*\\b"));
-    const QString text = QString::fromLatin1(literal);
-    QString result;
-    qsizetype done = 0;
-    QRegularExpressionMatchIterator it = word.globalMatch(text);
-    while (it.hasNext()) {
-        const QRegularExpressionMatch match = it.next();
-        result += QStringView(text).mid(done, match.capturedStart() - done);
-        result += coreWords().value(match.captured(), match.captured());
-        done = match.capturedEnd();
-    }
-    result += QStringView(text).mid(done);
-    result.replace(QLatin1String("<iso_tp.h>"), QLatin1String("<core_isotp.h>"));
-    m_renamed.insert(literal, result);
-    return result;
+    return coreForm() ? &StackWords::genObjdict() : nullptr;
 }
 
 void ObjDictGenerator::readDictionary()

@@ -64,16 +64,9 @@ protected:
         QList<quint32> keys;
     };
 
-    // A section of gen_objdict.c, its literals in the words of the stack form.
-    class SectionStream : public ::SectionStream
-    {
-    public:
-        explicit SectionStream(ObjDictGenerator* generator);
-    };
-
     // The V4 stack renames some words and extends some tables.
     virtual bool coreForm() const { return false; }
-    QString renamed(const char* literal);
+    const StackWords* stackWords() const override;
 
     // Reading the project, done once per run before the first section.
     void readDictionary();
@@ -188,5 +181,4 @@ protected:
 private:
     // Objects from 0x1000 upward of the lines 0 to 31 that have any, ascending.
     QMap<quint8, QList<DictObject>> m_objects;
-    QHash<const char*, QString> m_renamed;
 };
