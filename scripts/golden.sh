@@ -105,7 +105,8 @@ run_all() {
     rm -rf "$golden/run"
 }
 
-datetime='[0-9]{4}-[0-9]{2}-[0-9]{2}|[0-9]{2}[./-][0-9]{2}[./-][0-9]{4}|[0-9]{1,2}:[0-9]{2}(:[0-9]{2})?|(Date|Time) *='
+# The banner's clock time, the dates of an EDS file header and calendar dates.
+datetime='[0-9]{2}:[0-9]{2}:[0-9]{2}|^(Creation|Modification)(Date|Time)=|[0-9]{4}-[0-9]{2}-[0-9]{2}|[0-9]{2}[./-][0-9]{2}[./-][0-9]{4}'
 
 undated() {
     grep -a -v -E "$datetime" "$1" || true
