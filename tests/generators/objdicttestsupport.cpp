@@ -52,26 +52,6 @@ QString applicationHeader(ObjectDataBase& db)
 
 } // namespace
 
-void addObject(ObjectDataBase& db, quint8 line, quint16 index, int objectType, const QList<SubRow>& subs)
-{
-    INDEX_DATA_T object;
-    object.name = QStringLiteral("object %1").arg(index, 4, 16, QLatin1Char('0'));
-    object.objecttype = objectType;
-    object.datatype = subs.size() == 1 ? subs.first().datatype : 5;
-    db.addIndex(line, index, object);
-    for (const SubRow& entry : subs) {
-        SUBINDEX_DATA_T sub;
-        sub.name = QStringLiteral("sub %1").arg(entry.subindex);
-        sub.datatype = entry.datatype;
-        sub.defaultvalue = entry.defaultvalue;
-        sub.implementation = entry.implementation;
-        sub.accesstype = entry.accesstype;
-        sub.varname = entry.varname;
-        sub.size = entry.size;
-        db.addSubIndex(line, index, entry.subindex, sub);
-    }
-}
-
 void addSyntheticDevice(ObjectDataBase& db, quint8 line)
 {
     const QString rw = QStringLiteral("rw");
@@ -169,15 +149,14 @@ void addSyntheticDevice(ObjectDataBase& db, quint8 line)
 void makeSyntheticProject(ObjectDataBase& db, bool twoLines)
 {
     db.createNewDataBase();
-    db.setGeneralSetting(QStringLiteral("line0type"), QStringLiteral("1"));
+    db.setLineType(0, Line::CANopen);
     db.setGeneralSetting(QStringLiteral("new_init_structure"), QStringLiteral("1"));
     db.setGeneralSetting(QStringLiteral("init_static_variables"), QStringLiteral("1"));
     db.setGeneralSetting(QStringLiteral("co_node_id"),
                          twoLines ? QStringLiteral("16,17") : QStringLiteral("16"));
     addSyntheticDevice(db, 0);
     if (twoLines) {
-        db.addNode(1, NODE_DATA_T());
-        db.setGeneralSetting(QStringLiteral("line1type"), QStringLiteral("1"));
+        projectbuilder::addLine(db, 1, Line::CANopen);
         addSyntheticDevice(db, 1);
     }
 }
