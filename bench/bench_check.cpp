@@ -4,6 +4,7 @@
 #include "benchsupport.h"
 #include "check/modelchecker.h"
 #include "common/cleanproject.h"
+#include "database/linetypes.h"
 #include "database/objectdatabase.h"
 
 #include <QCoreApplication>
@@ -43,7 +44,7 @@ void fillLine(ObjectDataBase& db, quint8 line)
 {
     if (line != 0)
         db.addNode(line, NODE_DATA_T());
-    db.setGeneralSetting(QStringLiteral("line%1type").arg(line), QStringLiteral("1"));
+    db.setLineType(line, Line::CANopen);
     addVariable(db, line, 0x1000, 7, QStringLiteral("0"));
     addVariable(db, line, 0x1001, 5, QStringLiteral("0"));
     addVariable(db, line, 0x1017, 6, QStringLiteral("1000"));

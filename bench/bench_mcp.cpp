@@ -3,6 +3,7 @@
 // and check_model on 4 lines of 1,000 objects each.
 
 #include "benchsupport.h"
+#include "database/linetypes.h"
 #include "database/objectdatabase.h"
 
 #include <QCoreApplication>
@@ -30,7 +31,7 @@ void addParameterBlocks(ObjectDataBase& db, quint8 line)
 {
     if (line != 0)
         db.addNode(line, NODE_DATA_T());
-    db.setGeneralSetting(QStringLiteral("line%1type").arg(line), QStringLiteral("1"));
+    db.setLineType(line, Line::CANopen);
     const int dataTypes[] = {5, 6, 7, 2, 3, 4, 8, 1};
     QList<ObjectDataBase::SubEntry> entries;
     for (int i = 0; i < objectsPerLine; ++i) {

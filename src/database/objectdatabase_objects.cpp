@@ -1,5 +1,6 @@
 #include "database/objectdatabase.h"
 
+#include "canopenlib/canopentypes.h"
 #include "database/linetypes.h"
 
 #include <QDataStream>

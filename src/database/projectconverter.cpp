@@ -1,5 +1,6 @@
 #include "database/projectconverter.h"
 
+#include "canopenlib/canopentypes.h"
 #include "database/objectdatabase.h"
 
 #include <QCoreApplication>

@@ -4,6 +4,7 @@
 
 #include "generators/canopen/codefinegenerator.h"
 
+#include "canopenlib/canopentypes.h"
 #include "canopenlib/helper.h"
 #include "database/objectdatabase.h"
 

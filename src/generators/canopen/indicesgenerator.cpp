@@ -1,5 +1,6 @@
 #include "generators/canopen/indicesgenerator.h"
 
+#include "canopenlib/canopentypes.h"
 #include "canopenlib/helper.h"
 #include "database/linetypes.h"
 #include "database/objectdatabase.h"
