@@ -448,4 +448,3 @@ bool ObjDictGenerator::overwritesPredefinedSet() const
     }
     return false;
 }
-}
