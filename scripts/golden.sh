@@ -24,15 +24,7 @@ if [ $# -lt 1 ] || [ $# -gt 2 ]; then
     exit 2
 fi
 
-home=$(mktemp -d)
-trap 'rm -rf "$home"' EXIT
-export HOME="$home"
-export XDG_DATA_HOME="$home/.local/share"
-export XDG_CONFIG_HOME="$home/.config"
-export XDG_CACHE_HOME="$home/.cache"
-export XDG_RUNTIME_DIR="$home/.runtime"
-mkdir -p "$XDG_DATA_HOME" "$XDG_CONFIG_HOME" "$XDG_CACHE_HOME" "$XDG_RUNTIME_DIR"
-chmod 700 "$XDG_RUNTIME_DIR"
+source "$root/scripts/isolatedhome.sh"
 
 # The sources of a commit go to build/golden/<sha>/ with the build folder
 # inside, the same layout as a working tree, so that ccache hits.
