@@ -1,5 +1,7 @@
 #include "canopenlib/cohelper.h"
 
+#include <QList>
+
 #include <gtest/gtest.h>
 
 namespace {
@@ -64,17 +66,20 @@ TEST(DataTypeTable, ColumnsOfEveryRowAgree)
             EXPECT_EQ(low.startsWith(QLatin1Char('-')), sign == CAN::SignedInteger);
             EXPECT_GT(bits, 0);
         }
-        if (sign == CAN::UnsignedInteger)
+        if (sign == CAN::UnsignedInteger) {
             EXPECT_EQ(up.toULongLong(), bits == 64 ? ~0ull : (1ull << bits) - 1);
+        }
         if (group != CAN::NoGroup) {
             EXPECT_LE(bits, groupBits(group));
-            if (sign != CAN::NotInteger)
+            if (sign != CAN::NotInteger) {
                 EXPECT_EQ(isSignedGroup(group), sign == CAN::SignedInteger);
+            }
         }
         const QString macro = COHelper::wideIntegerMacro(number);
         EXPECT_EQ(!macro.isEmpty(), isWideGroup(group));
-        if (!macro.isEmpty())
+        if (!macro.isEmpty()) {
             EXPECT_EQ(macro, QStringLiteral("%1%2_SET").arg(isSignedGroup(group) ? 'I' : 'U').arg(bits));
+        }
     }
 }
 
