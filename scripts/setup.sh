@@ -9,6 +9,7 @@ build="${TRW_BUILD_DIR:-$root/build}"
 
 packages=(
     build-essential
+    clang
     cmake
     ninja-build
     ccache
@@ -16,6 +17,10 @@ packages=(
     libqt6sql6-sqlite
     libgtest-dev
     libgmock-dev
+    python3-jsonschema
+    dpkg-dev
+    file
+    groff-base
 )
 
 missing=()

@@ -51,6 +51,20 @@ const StackWords& StackWords::genObjdict()
     return words;
 }
 
+const StackWords& StackWords::genPgn()
+{
+    static const StackWords words(
+        {
+            {"CO_CONST", "CORE_CONST"},
+            {"CO_HANDLE_WATCHDOG", "CORE_HANDLE_WATCHDOG"},
+            {"CO_MULTI_LINE_CNT", "CAN_MULTI_LINE_CNT"},
+            {"commonStackInit", "coreStackInit"},
+            {"J1939_RECEIVE_PGN_CNT", "J1939_RECEIVE_PGN_CFG_CNT"},
+        },
+        {{"<iso_tp.h>", "<core_isotp.h>"}});
+    return words;
+}
+
 StackWords::StackWords(std::initializer_list<Word> words, std::initializer_list<Word> pieces)
     : m_pieces(pieces)
 {

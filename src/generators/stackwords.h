@@ -21,6 +21,7 @@ public:
 
     static const StackWords& genDefine();
     static const StackWords& genObjdict();
+    static const StackWords& genPgn();
 
     // The literal with each whole word of the table in its V4 spelling, then
     // each piece of text of the table replaced.

@@ -818,15 +818,8 @@ int CoDefineGenerator::cobCountCANopen(quint8 line) const
         cobs += additional.toInt();
     if (settingInt(QStringLiteral("flyma_supported")) == 1 && has(line, 0x1F80))
         cobs += 10;
-    if (!mixedProtocols()) {
-        if (settingInt(QStringLiteral("isotp_supported")) == 1)
-            cobs += 2 * lineSettingInt(QStringLiteral("isotp_client_con"), line) +
-                    2 * lineSettingInt(QStringLiteral("isotp_server_con"), line);
-        if (settingInt(QStringLiteral("udsserver_supported")) == 1)
-            cobs += 6;
-        if (settingInt(QStringLiteral("udsclient_supported")) == 1)
-            cobs += 3 * lineSettingInt(QStringLiteral("uds_client_cnt"), 0);
-    }
+    if (!mixedProtocols())
+        cobs += cobCountIsoTpUds(line);
     return cobs;
 }
 
