@@ -76,16 +76,6 @@ void fillProject(ObjectDataBase& db)
     db.setGeneralSetting(QStringLiteral("co_timer_interval"), QStringLiteral("1000"));
 }
 
-void cacheAsThePipelineDoes(ObjectDataBase& db)
-{
-    for (quint8 line = 0; line < lineCount; ++line) {
-        db.cacheAllSubs(line, 0);
-        db.cacheSubNames(line, 0);
-        db.cacheAllSPNs(line);
-    }
-    db.loadStringPool();
-}
-
 void run(AbstractGenerator& generator, ObjectDataBase& db, const QString& dir)
 {
     generator.setOutputDir(dir);
@@ -117,7 +107,7 @@ int main(int argc, char** argv)
     fillProject(db);
     if (const int saved = benchsupport::saveProjectWhenAsked(app.arguments(), db); saved >= 0)
         return saved;
-    cacheAsThePipelineDoes(db);
+    benchsupport::cacheAsThePipelineDoes(db);
 
     QList<qint64> indicesTimes;
     QList<qint64> defineTimes;

@@ -72,15 +72,6 @@ void fillProject(ObjectDataBase& db)
     db.setGeneralSetting(QStringLiteral("compact_array_description"), QStringLiteral("1"));
 }
 
-void cacheAsThePipelineDoes(ObjectDataBase& db)
-{
-    for (quint8 line = 0; line < lines; ++line) {
-        db.cacheAllSubs(line, 0);
-        db.cacheSubNames(line, 0);
-    }
-    db.loadStringPool();
-}
-
 struct Timing
 {
     qint64 wallMs;
@@ -120,7 +111,7 @@ int main(int argc, char** argv)
     fillProject(db);
     if (const int saved = benchsupport::saveProjectWhenAsked(app.arguments(), db); saved >= 0)
         return saved;
-    cacheAsThePipelineDoes(db);
+    benchsupport::cacheAsThePipelineDoes(db);
     bool withinLimits = true;
     for (bool core : {false, true}) {
         QList<qint64> times;

@@ -11,6 +11,16 @@
 
 namespace benchsupport {
 
+void cacheAsThePipelineDoes(ObjectDataBase& db)
+{
+    const QList<quint8> lines = db.getNodeList();
+    for (quint8 line : lines) {
+        db.cacheAllSubs(line, 0);
+        db.cacheSubNames(line, 0);
+    }
+    db.loadStringPool();
+}
+
 namespace {
 
 qint64 cpuMs(int who)
