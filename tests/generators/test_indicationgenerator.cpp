@@ -1,3 +1,4 @@
+#include "common/projectbuilder.h"
 #include "generatortestsupport.h"
 
 #include "generators/canopen/indicationgenerator.h"
@@ -10,6 +11,7 @@
 #include <memory>
 
 using namespace generatortest;
+using namespace projectbuilder;
 
 namespace {
 

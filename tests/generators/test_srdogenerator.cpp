@@ -1,3 +1,4 @@
+#include "common/projectbuilder.h"
 #include "common/testhelpers.h"
 #include "generatortestsupport.h"
 #include "objdicttestsupport.h"
@@ -14,7 +15,7 @@
 
 #include <memory>
 
-using objdicttest::SubRow;
+using projectbuilder::Sub;
 
 namespace {
 
@@ -84,33 +85,33 @@ const SRDO_OD_ENTRY_T *srdoEntriesR32(void) { return &srdoOdEntryR32[0]; }
 void addSrdoDevice(ObjectDataBase& db, quint8 line)
 {
     const QString rw = QStringLiteral("rw");
-    objdicttest::addObject(db, line, 0x1000, 7, {{0, 7, "0x00020191"}});
-    objdicttest::addObject(db, line, 0x1001, 7, {{0, 5, "0"}});
-    objdicttest::addObject(db, line, 0x1301, 9, {{0, 5, "2"}, {1, 5, "1", 0, rw}, {2, 6, "25", 0, rw}});
-    objdicttest::addObject(db, line, 0x1302, 9, {{0, 5, "2"}, {1, 5, "2", 0, rw}, {2, 6, "25", 0, rw}});
-    objdicttest::addObject(db, line, 0x1381, 9,
-                           {{0, 5, "4"},
-                            {1, 7, "0x20000108"},
-                            {2, 7, "0x20010108"},
-                            {3, 7, "0x20020010"},
-                            {4, 7, "0x20030010"}});
-    objdicttest::addObject(db, line, 0x1382, 9,
-                           {{0, 5, "4"},
-                            {1, 7, "0x20040020"},
-                            {2, 7, "0x20050020"},
-                            {3, 7, "0x20060020"},
-                            {4, 7, "0x20070020"}});
+    projectbuilder::addObject(db, line, 0x1000, 7, {{0, 7, "0x00020191"}});
+    projectbuilder::addObject(db, line, 0x1001, 7, {{0, 5, "0"}});
+    projectbuilder::addObject(db, line, 0x1301, 9, {{0, 5, "2"}, {1, 5, "1", 0, rw}, {2, 6, "25", 0, rw}});
+    projectbuilder::addObject(db, line, 0x1302, 9, {{0, 5, "2"}, {1, 5, "2", 0, rw}, {2, 6, "25", 0, rw}});
+    projectbuilder::addObject(db, line, 0x1381, 9,
+                              {{0, 5, "4"},
+                               {1, 7, "0x20000108"},
+                               {2, 7, "0x20010108"},
+                               {3, 7, "0x20020010"},
+                               {4, 7, "0x20030010"}});
+    projectbuilder::addObject(db, line, 0x1382, 9,
+                              {{0, 5, "4"},
+                               {1, 7, "0x20040020"},
+                               {2, 7, "0x20050020"},
+                               {3, 7, "0x20060020"},
+                               {4, 7, "0x20070020"}});
     const QList<QPair<int, QString>> variables = {{5, "safeIn"},   {5, "safeInInv"}, {3, "speed"},
                                                   {3, "speedInv"}, {8, "torque"},    {8, "torqueInv"},
                                                   {7, "pos"},      {7, "posInv"}};
     for (int i = 0; i < variables.size(); ++i) {
         const quint16 index = quint16(0x2000 + i);
         const quint8 subindex = index == 0x2000 || index == 0x2001 ? 1 : 0;
-        QList<SubRow> subs;
+        QList<Sub> subs;
         if (subindex == 1)
-            subs << SubRow{0, 5, "1"};
-        subs << SubRow{subindex, variables.at(i).first, "0", 2, rw, variables.at(i).second + "_l{line}"};
-        objdicttest::addObject(db, line, index, subindex == 1 ? 9 : 7, subs);
+            subs << Sub{0, 5, "1"};
+        subs << Sub{subindex, variables.at(i).first, "0", 2, rw, variables.at(i).second + "_l{line}"};
+        projectbuilder::addObject(db, line, index, subindex == 1 ? 9 : 7, subs);
     }
 }
 
@@ -131,7 +132,7 @@ void makeProject(ObjectDataBase& db, bool twoLines, bool core)
 
 QString generateDefine(ObjectDataBase& db, const QString& dir, bool core)
 {
-    generatortest::cacheLines(db);
+    projectbuilder::cacheLines(db);
     std::unique_ptr<CoDefineGenerator> define(core ? new GenDefineGenerator : new CoDefineGenerator);
     generatortest::setProtocolFlags(*define, db);
     return generatortest::runGenerator(*define, db, dir, QStringLiteral("gen_define.h"));
@@ -252,7 +253,7 @@ TEST(SrdoGeneratorStatic, UnusableTemplatesFail)
         if (c.write)
             writeTemplate(templatePath(stack.path(), false), c.text);
         SrdoGeneratorStatic generator;
-        generatortest::cacheLines(db);
+        projectbuilder::cacheLines(db);
         generatortest::runGenerator(generator, db, dir.path(), QStringLiteral("gen_srdo.c"));
         EXPECT_TRUE(generator.hasFailed());
         EXPECT_TRUE(generator.lastError().contains(c.error)) << qPrintable(generator.lastError());

@@ -1,3 +1,4 @@
+#include "common/projectbuilder.h"
 #include "common/testhelpers.h"
 #include "generatortestsupport.h"
 #include "objdicttestsupport.h"
@@ -29,12 +30,12 @@ QStringList tableRows(const QString& source, const QString& name)
 void addVirtualObjects(ObjectDataBase& db, quint8 line)
 {
     const QString rw = QStringLiteral("rw");
-    QList<objdicttest::SubRow> subs = {{0, 5, "8", 3}};
+    QList<projectbuilder::Sub> subs = {{0, 5, "8", 3}};
     const QList<int> types = {6, 4, 8, 22, 9, 10, 2, 3, 1};
     for (int i = 0; i < types.size(); ++i)
-        subs << objdicttest::SubRow{quint8(i + 1), types.at(i), "0", 3, rw};
-    objdicttest::addObject(db, line, 0x3000, 9, subs);
-    objdicttest::addObject(db, line, 0x3001, 2, {{0, 15, "", 3, rw}});
+        subs << projectbuilder::Sub{quint8(i + 1), types.at(i), "0", 3, rw};
+    projectbuilder::addObject(db, line, 0x3000, 9, subs);
+    projectbuilder::addObject(db, line, 0x3001, 2, {{0, 15, "", 3, rw}});
 }
 
 // The application's access functions, as its header declares them.

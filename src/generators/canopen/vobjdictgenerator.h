@@ -25,6 +25,9 @@ public:
 protected Q_SLOTS:
     void doJob() override;
 
+protected:
+    const StackWords* stackWords() const override;
+
 private:
     // A virtual sub-index with its position in the access table of its type.
     struct VirtualEntry
@@ -56,7 +59,6 @@ private:
     void writeAssignRows();
 
     QString rowOf(const VirtualEntry& entry) const;
-    QString coreWord(const char* literal) const;
 
     QList<VirtualEntry> m_entries;
     QList<VirtualObject> m_virtualObjects;
