@@ -1,6 +1,7 @@
 #include "generators/canopen/codefinegenerator.h"
 
 #include "database/objectdatabase.h"
+#include "generators/multiprotocol/commongeneratorhelper.h"
 
 #include <QCoreApplication>
 #include <QFile>
@@ -16,27 +17,6 @@ const QString userSectionEnd = QStringLiteral("/* user-specific section: end */"
 
 // The edition of the tool for EnergyBus devices; this build doesn't bear its name.
 const QString energyBusEditionName = QStringLiteral("EnergyBus Tarnwick");
-
-// "1000" is a number of microseconds and gets the unsigned suffix; a macro
-// name or 0 is left bare.
-QString timerValue(const QString& value)
-{
-    return value.toInt() != 0 ? value + QStringLiteral("u\n") : value + QStringLiteral("\n");
-}
-
-// A per-line list such as "10, 12u" adds up to 22; a single value stands as it is.
-QString bufferTotal(QString value)
-{
-    value.remove(QLatin1Char('u'));
-    value.remove(QLatin1Char(' '));
-    if (!value.contains(QLatin1Char(',')))
-        return value;
-    int total = 0;
-    const QStringList parts = value.split(QLatin1Char(','));
-    for (const QString& part : parts)
-        total += part.toInt();
-    return QString::number(total);
-}
 
 QStringList readLines(const QString& path, bool* found)
 {
@@ -54,6 +34,27 @@ QStringList readLines(const QString& path, bool* found)
 } // namespace
 
 CoDefineGenerator::CoDefineGenerator(QObject* parent) : AbstractGenerator(parent) {}
+
+// "1000" is a number of microseconds and gets the unsigned suffix; a macro
+// name or 0 is left bare.
+QString CoDefineGenerator::timerValue(const QString& value)
+{
+    return value.toInt() != 0 ? value + QStringLiteral("u\n") : value + QStringLiteral("\n");
+}
+
+// A per-line list such as "10, 12u" adds up to 22; a single value stands as it is.
+QString CoDefineGenerator::bufferTotal(QString value)
+{
+    value.remove(QLatin1Char('u'));
+    value.remove(QLatin1Char(' '));
+    if (!value.contains(QLatin1Char(',')))
+        return value;
+    int total = 0;
+    const QStringList parts = value.split(QLatin1Char(','));
+    for (const QString& part : parts)
+        total += part.toInt();
+    return QString::number(total);
+}
 
 void CoDefineGenerator::setJ1939Present(bool present)
 {
@@ -127,6 +128,7 @@ void CoDefineGenerator::doJob()
     beginJob();
     readGenerateML();
     readProjectFacts();
+    readProtocolFacts();
     const QString previousFile = QStringLiteral("%1/gen_define.h").arg(m_outputDir);
     m_userSection = readUserSection(previousFile);
     setProperty("userSection", m_userSection);
@@ -185,18 +187,24 @@ void CoDefineGenerator::writeBannerAndToolBlock()
     out << "#define GEN_TOOL_NAME\t"
         << QCoreApplication::applicationName().toUpper().replace(QLatin1Char(' '), QLatin1Char('_')) << "\n";
     out << "#define GEN_TOOL_VERSION\t" << toolVersionNumber(m_version) << "\n";
+    // The init code that other generators write fills structures of these versions.
+    const CommonGeneratorHelper helper(m_database.data(), false);
     out << "/* init struct versions */\n";
-    out << "#define GEN_COMMON_INIT_STRUCT_VERSION \t1u\n";
+    out << "#define GEN_COMMON_INIT_STRUCT_VERSION \t"
+        << helper.serviceVersion(CommonGeneratorHelper::CommonService) << "u\n";
     if (settingInt(QStringLiteral("udsserver_supported")) > 0 ||
         settingInt(QStringLiteral("udsclient_supported")) > 0)
         out << "#define GEN_UDS_INIT_STRUCT_VERSION \t" << setting(QStringLiteral("udsserver_version"))
             << "u\n";
     if (anyLineOfType({1, 5, 6}))
-        out << "#define GEN_CANOPEN_INIT_STRUCT_VERSION \t5u\n";
+        out << "#define GEN_CANOPEN_INIT_STRUCT_VERSION \t"
+            << helper.serviceVersion(CommonGeneratorHelper::CanopenService) << "u\n";
     if (anyLineOfType({2, 5, 7}))
-        out << "#define GEN_J1939_INIT_STRUCT_VERSION \t5u\n";
+        out << "#define GEN_J1939_INIT_STRUCT_VERSION \t"
+            << helper.serviceVersion(CommonGeneratorHelper::J1939Service) << "u\n";
     if (anyLineOfType({4, 6, 7}))
-        out << "#define GEN_RAWCAN_INIT_STRUCT_VERSION \t4u\n";
+        out << "#define GEN_RAWCAN_INIT_STRUCT_VERSION \t"
+            << helper.serviceVersion(CommonGeneratorHelper::RawCanService) << "u\n";
     out << "\n";
 }
 
