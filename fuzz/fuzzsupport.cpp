@@ -14,6 +14,8 @@ QTemporaryDir* inputFolder = nullptr;
 
 extern "C" int LLVMFuzzerInitialize(int* argc, char*** argv)
 {
+    // As in a delivered run, diagnostics go nowhere: at fuzzing speed they would only drown the findings.
+    qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
     // Both live as long as the process: libFuzzer ends it with exit().
     new QCoreApplication(*argc, *argv);
     QCoreApplication::setApplicationName(QStringLiteral("CANopen Tarnwick"));

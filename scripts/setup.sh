@@ -22,6 +22,9 @@ packages=(
     file
     groff-base
 )
+# Callers that need more, such as the sanitizer step of scripts/test.sh, name it here.
+read -r -a extra <<<"${TRW_EXTRA_PACKAGES:-}"
+packages+=("${extra[@]}")
 
 missing=()
 for package in "${packages[@]}"; do

@@ -7,6 +7,14 @@ set -euo pipefail
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 build="${TRW_BUILD_DIR:-$root/build}"
 
+# The whole run, not a selection of tests, ends with the hostile-input step,
+# which builds with clang.
+hostile=0
+if [ $# -eq 0 ] && [ -z "${TRW_SKIP_SANITIZE:-}" ]; then
+    hostile=1
+    export TRW_EXTRA_PACKAGES="clang libclang-rt-14-dev"
+fi
+
 bash "$root/scripts/setup.sh"
 
 home=$(mktemp -d)
@@ -20,3 +28,7 @@ mkdir -p "$XDG_DATA_HOME" "$XDG_CONFIG_HOME" "$XDG_CACHE_HOME" "$XDG_RUNTIME_DIR
 chmod 700 "$XDG_RUNTIME_DIR"
 
 ctest --test-dir "$build" --output-on-failure -j 2 --timeout 600 "$@"
+
+if [ "$hostile" -eq 1 ]; then
+    bash "$root/scripts/sanitize.sh"
+fi
