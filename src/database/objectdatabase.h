@@ -258,7 +258,6 @@ private:
     static QString subObjectsTableStatement(quint8 line);
     bool openWorkingCopy(const QString& path);
     bool hasLines();
-    bool isSoundProjectFile();
     void returnToProject(const QString& workingFile, const QString& path);
     void migrateSchema(QSqlQuery& query, const QList<quint8>& lines, int version);
     void migrateLine(QSqlQuery& query, quint8 line, int version);
