@@ -9,7 +9,7 @@
 set -euo pipefail
 
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
-build="${TRW_SANITIZE_BUILD_DIR:-$root/build-sanitize}"
+build="${TRW_SANITIZE_BUILD_DIR:-$root/build-hostile}"
 seconds="${TRW_FUZZ_SECONDS:-60}"
 corpus="${TRW_CORPUS_DIR:-$root/../shared/corpus}"
 [ -d "$corpus" ] || corpus=/work/shared/corpus
