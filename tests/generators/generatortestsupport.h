@@ -45,6 +45,11 @@ void addObject(ObjectDataBase& db, quint8 line, quint16 index, const QString& na
                QList<Sub> subs = {});
 // Adds line `line` of the given type (line 0 exists in a new project).
 void addLine(ObjectDataBase& db, quint8 line, int type);
+// Adds a PGN with its SPNs, which get their place and first bit in list order.
+void addPgn(ObjectDataBase& db, quint8 line, quint32 number, quint8 direction, quint8 priority,
+            QList<ObjectDataBase::SPN> spns, const QString& name = QStringLiteral("Signals"));
+// An SPN; a variable name makes it the application's own variable.
+ObjectDataBase::SPN spn(quint32 number, int dataType, quint16 bits, const QString& varname = QString());
 // Fills the sub-index caches of all lines, as the pipeline does before any generator.
 void cacheLines(ObjectDataBase& db);
 
@@ -65,6 +70,11 @@ void setProtocolFlags(CoDefineGenerator& generator, ObjectDataBase& db);
 // Runs gcc, or the compiler named, in `dir`; `output` gets what it printed.
 bool runCompiler(const QStringList& arguments, const QString& dir, QString& output,
                  const QString& compiler = QStringLiteral("gcc"));
+
+// A syntax-only C99 compile of `file` in `dir` against the test declarations
+// of the stack, in its V4 vocabulary for `core`.
+::testing::AssertionResult compilesWithStack(const QString& dir, const QString& file, bool core,
+                                             const QString& compiler);
 
 // Runs the C preprocessor and a syntax-only C99 compile over a translation unit
 // that includes the headers of `dir` and uses each of their value defines in an
