@@ -57,8 +57,6 @@ public:
     // The object dictionary tools work on lines that carry CANopen only; a
     // line that does not exist has type 0 and fails here too.
     bool ensureCanopenLine(int id, ObjectDataBase& database, quint8 line);
-    // The protocol code of a line as the project stores it; 0 when not set.
-    static int lineTypeCode(ObjectDataBase& database, quint8 line);
 
     // Appended to the reply of every successful edit, so the client learns
     // whether the project would still generate.

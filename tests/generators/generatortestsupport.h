@@ -1,5 +1,6 @@
 #pragma once
 
+#include "common/projectbuilder.h"
 #include "database/objectdatabase.h"
 
 #include <QList>
@@ -21,37 +22,16 @@ inline void PrintTo(const QString& text, std::ostream* out)
 
 namespace generatortest {
 
-// One sub-index of a test object.
-struct Sub
-{
-    Sub(quint8 subindex, const QString& name, int datatype = 7, const QString& defaultvalue = QString(),
-        const QString& accesstype = QStringLiteral("ro"), int implementation = 0, bool nvstorage = false)
-        : subindex(subindex), name(name), datatype(datatype), defaultvalue(defaultvalue),
-          accesstype(accesstype), implementation(implementation), nvstorage(nvstorage)
-    {
-    }
+using projectbuilder::addLine;
+using projectbuilder::addObject;
+using projectbuilder::cacheLines;
 
-    quint8 subindex;
-    QString name;
-    int datatype;
-    QString defaultvalue;
-    QString accesstype;
-    int implementation;
-    bool nvstorage;
-};
-
-// Adds an object with its sub-indices; a VAR gets sub-index 0 when none is given.
-void addObject(ObjectDataBase& db, quint8 line, quint16 index, const QString& name, int objectType,
-               QList<Sub> subs = {});
-// Adds line `line` of the given type (line 0 exists in a new project).
-void addLine(ObjectDataBase& db, quint8 line, int type);
 // Adds a PGN with its SPNs, which get their place and first bit in list order.
 void addPgn(ObjectDataBase& db, quint8 line, quint32 number, quint8 direction, quint8 priority,
             QList<ObjectDataBase::SPN> spns, const QString& name = QStringLiteral("Signals"));
 // An SPN; a variable name makes it the application's own variable.
 ObjectDataBase::SPN spn(quint32 number, int dataType, quint16 bits, const QString& varname = QString());
-// Fills the sub-index caches of all lines, as the pipeline does before any generator.
-void cacheLines(ObjectDataBase& db);
+using projectbuilder::Sub;
 
 // Configures the generator as the pipeline does, runs it to its end and
 // returns the file it wrote in `dir`.
@@ -62,7 +42,6 @@ QString runGenerator(AbstractGenerator& generator, ObjectDataBase& db, const QSt
 QString withoutBanner(const QString& text);
 
 void writeFile(const QString& path, const QString& text);
-bool anyLineOfType(ObjectDataBase& db, const QList<int>& types);
 // Tells the define generator about J1939 and mixed protocols as the pipeline
 // does: beside J1939 any CANopen or raw CAN line makes the project mixed.
 void setProtocolFlags(CoDefineGenerator& generator, ObjectDataBase& db);
@@ -71,15 +50,15 @@ void setProtocolFlags(CoDefineGenerator& generator, ObjectDataBase& db);
 bool runCompiler(const QStringList& arguments, const QString& dir, QString& output,
                  const QString& compiler = QStringLiteral("gcc"));
 
+// Runs the C preprocessor and a syntax-only C99 compile over a translation unit
+// that includes the headers of `dir` and uses each of their value defines in an
+// initialiser, so that every value must be a valid C constant. A failure
+// carries the compiler's output.
 // A syntax-only C99 compile of `file` in `dir` against the test declarations
 // of the stack, in its V4 vocabulary for `core`.
 ::testing::AssertionResult compilesWithStack(const QString& dir, const QString& file, bool core,
                                              const QString& compiler);
 
-// Runs the C preprocessor and a syntax-only C99 compile over a translation unit
-// that includes the headers of `dir` and uses each of their value defines in an
-// initialiser, so that every value must be a valid C constant. A failure
-// carries the compiler's output.
 ::testing::AssertionResult compileHeaders(const QString& dir, const QStringList& headers,
                                           const QString& prelude = QString());
 
