@@ -51,8 +51,8 @@ void ExtDeclGenerator::doJob()
         const bool definitions =
             m_writeDefinitions &&
             m_definitionsFile->open(QIODevice::WriteOnly | QIODevice::Text | QIODevice::Truncate);
-        auto section = [](QIODevice* file, auto writer) {
-            SectionStream out(file, [](const char* literal) { return QString::fromLatin1(literal); });
+        auto section = [this](QIODevice* file, auto writer) {
+            SectionStream out(this, file);
             writer(out);
         };
         section(m_file, [this](SectionStream& out) { writeHeaderHead(out); });
