@@ -40,10 +40,6 @@ bool isRawCanType(int type)
     return type == 4 || type == 6 || type == 7;
 }
 
-// PGNs the J1939 stack answers by itself: request, address claim, transport
-// protocol and the like.
-const QList<quint32> stackHandledPgns = {59904, 60928, 60416, 60160, 59392, 3584, 65240, 9472};
-
 } // namespace
 
 GeneratorMainHandler::GeneratorMainHandler(OutputHandlerBase* output, QObject* parent,
@@ -259,7 +255,8 @@ bool GeneratorMainHandler::runModelCheck(const RunFacts& facts, bool ignoreCheck
         if (isCANopenType(type))
             errorCount += checker.checkCANopenLine(line, m_database, corrected);
         if (isJ1939Type(type))
-            errorCount += checker.checkJ1939Line(facts.lineList.size(), line, m_database, stackHandledPgns);
+            errorCount += checker.checkJ1939Line(facts.lineList.size(), line, m_database,
+                                                 ModelChecker::stackHandledPgns());
         if (isRawCanType(type))
             errorCount += checker.checkRawCANLine(line, m_database);
         if (!isCANopenType(type) && !isJ1939Type(type) && !isRawCanType(type))
@@ -305,7 +302,8 @@ int GeneratorMainHandler::checkModel(QStringList& messages)
         if (isCANopenType(type))
             errorCount += checker.checkCANopenLine(line, m_database, corrected);
         if (isJ1939Type(type))
-            errorCount += checker.checkJ1939Line(lineList.size(), line, m_database, stackHandledPgns);
+            errorCount +=
+                checker.checkJ1939Line(lineList.size(), line, m_database, ModelChecker::stackHandledPgns());
         if (isRawCanType(type))
             errorCount += checker.checkRawCANLine(line, m_database);
         if (!isCANopenType(type) && !isJ1939Type(type) && !isRawCanType(type))

@@ -17,6 +17,16 @@ bool carriesCANopen(int type)
     return type == 1 || type == 5 || type == 6;
 }
 
+bool carriesJ1939(int type)
+{
+    return type == 2 || type == 5 || type == 7;
+}
+
+bool carriesRawCan(int type)
+{
+    return type == 4 || type == 6 || type == 7;
+}
+
 } // namespace
 
 TestProject::TestProject() : m_db(new ObjectDataBase())
@@ -153,8 +163,14 @@ CheckOutcome TestProject::run()
         m_db->cacheAllSubs(line, 0);
     outcome.errors = checker.checkProject(m_db, folder());
     for (quint8 line : std::as_const(lines)) {
-        if (carriesCANopen(m_db->getGeneralSetting(QStringLiteral("line%1type").arg(line)).toInt()))
+        const int type = m_db->getGeneralSetting(QStringLiteral("line%1type").arg(line)).toInt();
+        if (carriesCANopen(type))
             outcome.errors += checker.checkCANopenLine(line, m_db, outcome.corrected);
+        if (carriesJ1939(type))
+            outcome.errors +=
+                checker.checkJ1939Line(lines.size(), line, m_db, ModelChecker::stackHandledPgns());
+        if (carriesRawCan(type))
+            outcome.errors += checker.checkRawCANLine(line, m_db);
     }
 
     settings.remove(QStringLiteral("General/disableautocorrection"));
