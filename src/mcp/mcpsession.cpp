@@ -102,6 +102,31 @@ bool MCPSession::ensureCanopenLine(int id, ObjectDataBase& database, quint8 line
     return false;
 }
 
+bool MCPSession::ensureJ1939Line(int id, ObjectDataBase& database, quint8 line)
+{
+    const int type = lineTypeCode(database, line);
+    if (type == 2 || type == 5 || type == 7)
+        return true;
+    sendToolText(id,
+                 tr("Line %1 is not a J1939 line (lineTypeCode=%2) - this tool only applies to J1939 lines.")
+                     .arg(line)
+                     .arg(type),
+                 true);
+    return false;
+}
+
+bool MCPSession::ensureRawCanLine(int id, ObjectDataBase& database, quint8 line)
+{
+    const int type = lineTypeCode(database, line);
+    if (type == 4 || type == 6 || type == 7)
+        return true;
+    sendToolText(id,
+                 tr("Line %1 is not a RAW-CAN-compatible line for this build (%2, lineTypeCode=%3).")
+                     .arg(QString::number(line), QCoreApplication::applicationName(), QString::number(type)),
+                 true);
+    return false;
+}
+
 int MCPSession::lineTypeCode(ObjectDataBase& database, quint8 line)
 {
     return database.getGeneralSetting(QStringLiteral("line%1type").arg(line)).toInt();
