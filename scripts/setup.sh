@@ -16,6 +16,10 @@ packages=(
     libqt6sql6-sqlite
     libgtest-dev
     libgmock-dev
+    python3-jsonschema
+    dpkg-dev
+    file
+    groff-base
 )
 
 missing=()

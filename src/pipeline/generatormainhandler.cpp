@@ -148,6 +148,7 @@ bool GeneratorMainHandler::saveProject()
 void GeneratorMainHandler::handleCheckError(const QString& errorString)
 {
     m_output->writeLine(errorString);
+    Q_EMIT checkMessage(errorString, m_checkedLine);
 }
 
 void GeneratorMainHandler::generatorProgress(quint8 progress)
@@ -243,8 +244,10 @@ bool GeneratorMainHandler::runModelCheck(const RunFacts& facts, bool ignoreCheck
     connect(&checker, &ModelChecker::newError, this, &GeneratorMainHandler::handleCheckError);
     bool corrected = false;
 
+    m_checkedLine = -1;
     int errorCount = checker.checkProject(m_database, m_outputDir);
     for (quint8 line : facts.lineList) {
+        m_checkedLine = line;
         if (facts.multiLine) {
             m_output->writeEmphasized(QVariant());
             m_output->writeEmphasized(tr("<strong>________________________________________ Checking line %1 "
@@ -260,8 +263,9 @@ bool GeneratorMainHandler::runModelCheck(const RunFacts& facts, bool ignoreCheck
         if (isRawCanType(type))
             errorCount += checker.checkRawCANLine(line, m_database);
         if (!isCANopenType(type) && !isJ1939Type(type) && !isRawCanType(type))
-            m_output->writeLine(tr("Warning line type not set for line %1.").arg(line));
+            handleCheckError(tr("Warning line type not set for line %1.").arg(line));
     }
+    m_checkedLine = -1;
     if (corrected)
         Q_EMIT doneCorrection();
 

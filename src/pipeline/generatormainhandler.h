@@ -54,6 +54,8 @@ public:
 Q_SIGNALS:
     void finished(GeneratorMainHandler::GeneratorResult result);
     void doneCorrection();
+    // Each message of a run's model check, with the line being checked, or -1 for the project-wide rules.
+    void checkMessage(const QString& text, int line);
 
 public Q_SLOTS:
     bool openProject(const QString& filePath);
@@ -136,6 +138,7 @@ private:
     bool m_vobjExtras = false;
     bool m_srdoEnabled = true;
     OutputHandlerBase* m_output;
+    int m_checkedLine = -1;
     QSharedPointer<PostGenProcessor> m_postGen;
     QSharedPointer<PostGenProgressHandler> m_progressHandler;
 };

@@ -1,6 +1,7 @@
 #include "trw_cli/climainapp.h"
 
 #include "trw_cli/clioutputhandler.h"
+#include "trw_cli/trwversion.h"
 
 #include <QCoreApplication>
 
@@ -9,6 +10,8 @@ CLIMainApp::CLIMainApp(const QStringList& arguments, CLIOutputHandler* output, Q
       m_handler(new GeneratorMainHandler(output, this))
 {
     connect(m_handler, &GeneratorMainHandler::finished, this, &CLIMainApp::generatorFinished);
+    connect(m_handler, &GeneratorMainHandler::checkMessage, this,
+            [this](const QString& text, int line) { m_report.addMessage(text, line); });
 
     m_options.insert(QStringLiteral("-project"),
                      tr("Sets the project file to use. This argument is mandatory."));
@@ -44,6 +47,11 @@ void CLIMainApp::start()
         finish(0);
         return;
     }
+    if (hasArgument(QStringLiteral("--version"))) {
+        m_output->writeLine(QStringLiteral(TRW_PROGRAM_NAME " " TRW_VERSION));
+        finish(0);
+        return;
+    }
     const std::optional<QString> project = valueOf(QStringLiteral("-project"));
     if (!project) {
         m_output->writeLine(tr("Project not given."));
@@ -51,6 +59,7 @@ void CLIMainApp::start()
         finish(2);
         return;
     }
+    m_reportPath = valueOf(QStringLiteral("-report"));
     const QStringList imports = valuesOf(QStringLiteral("-import"));
     const std::optional<QString> stackPath = valueOf(QStringLiteral("-stackpath"));
 
@@ -100,6 +109,7 @@ void CLIMainApp::generatorFinished(GeneratorMainHandler::GeneratorResult result)
 
 int CLIMainApp::exitCode()
 {
+    writeReport();
     if (m_exitCode == 0)
         return 0;
     m_output->writeLine(tr("Error - %1").arg(m_results.value(m_exitCode)));
@@ -143,4 +153,22 @@ void CLIMainApp::finish(int code)
 {
     m_exitCode = code;
     Q_EMIT finished();
+}
+
+// Written at the very end, so that it also holds a failed check, and before
+// the last line, so that a report that cannot be written is told but leaves
+// the exit code alone.
+void CLIMainApp::writeReport()
+{
+    if (!m_reportPath)
+        return;
+    SarifReport::Invocation invocation;
+    invocation.projectFile = valueOf(QStringLiteral("-project")).value_or(QString());
+    invocation.arguments = m_arguments.mid(1);
+    invocation.exitCode = m_exitCode;
+    if (m_exitCode != 0 && m_exitCode != 7)
+        invocation.failure = m_results.value(m_exitCode);
+    if (!m_report.write(*m_reportPath, invocation))
+        m_output->writeLine(
+            tr("The report %1 cannot be written: %2").arg(*m_reportPath, m_report.errorString()));
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "pipeline/generatormainhandler.h"
+#include "trw_cli/sarifreport.h"
 
 #include <QMap>
 #include <QObject>
@@ -32,6 +33,7 @@ private:
     std::optional<QString> valueOf(const QString& word) const;
     QStringList valuesOf(const QString& word) const;
     void finish(int code);
+    void writeReport();
 
     QStringList m_arguments;
     CLIOutputHandler* m_output;
@@ -39,4 +41,7 @@ private:
     QMap<QString, QString> m_options;
     QMap<int, QString> m_results;
     int m_exitCode = 0;
+    // Set by -report: the check's messages go there as a SARIF log when the run ends.
+    std::optional<QString> m_reportPath;
+    SarifReport m_report;
 };

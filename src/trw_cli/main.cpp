@@ -4,6 +4,7 @@
 #include "trw_cli/climainapp.h"
 #include "trw_cli/clioutputhandler.h"
 #include "trw_cli/mcpmainapp.h"
+#include "trw_cli/trwversion.h"
 
 #include <QCoreApplication>
 #include <QTimer>
@@ -40,7 +41,7 @@ int main(int argc, char* argv[])
     QCoreApplication application(argc, argv);
     trwInitResources();
     QCoreApplication::setApplicationName(QStringLiteral("CANopen Tarnwick"));
-    QCoreApplication::setApplicationVersion(QStringLiteral("4.3.2"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(TRW_VERSION));
     QCoreApplication::setOrganizationName(QStringLiteral("halvex"));
 
     Helper helper(3);

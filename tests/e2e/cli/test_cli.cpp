@@ -63,6 +63,9 @@ TEST(CommandLine, ArgumentErrorsAndHelp)
         // The value is taken even when it looks like an option.
         {{"-project", "-save"}, 3, openFailed},
         {{"-project", "/no/such/file.trwp", "-help"}, 0, usage},
+        // --version ends the run like -help, which still wins over it.
+        {{"--version", "-project", "/no/such/file.trwp"}, 0, QStringLiteral("trw 4.3.2\n")},
+        {{"--version", "-help"}, 0, usage},
     };
     for (const auto& c : cases) {
         const auto r = runTrw(c.args);
