@@ -9,6 +9,7 @@ build="${TRW_BUILD_DIR:-$root/build}"
 
 packages=(
     build-essential
+    clang
     cmake
     ninja-build
     ccache

@@ -7,6 +7,8 @@
 #include "generators/canopen/objdictgenerator.h"
 #include "generators/canopen/objdictgeneratorv4.h"
 #include "generators/documents/edsgenerator.h"
+#include "generators/multiprotocol/pgngenerator.h"
+#include "generators/multiprotocol/pgngeneratorv4.h"
 
 namespace {
 
@@ -37,6 +39,10 @@ QHash<QString, GeneratorRegistry::Entry> builtInGenerators()
     known.insert(QStringLiteral("GenDefineGenerator"), {createDefineGenerator<GenDefineGenerator>, {}});
     known.insert(QStringLiteral("ObjDictGenerator"), {createObjDictGenerator<ObjDictGenerator>, {}});
     known.insert(QStringLiteral("ObjDictGeneratorV4"), {createObjDictGenerator<ObjDictGeneratorV4>, {}});
+    known.insert(QStringLiteral("PGNGenerator"),
+                 {[](const GeneratorOptions&) -> AbstractGenerator* { return new PGNGenerator; }, {}});
+    known.insert(QStringLiteral("PGNGeneratorV4"),
+                 {[](const GeneratorOptions&) -> AbstractGenerator* { return new PGNGeneratorV4; }, {}});
     known.insert(QStringLiteral("EDSGenerator"),
                  {[](const GeneratorOptions& options) -> AbstractGenerator* {
                       return new EDSGenerator(options.edsDefine, options.canFd, options.classical);

@@ -89,12 +89,12 @@ void setProtocolFlags(CoDefineGenerator& generator, ObjectDataBase& db)
     generator.setMixedProtocols(j1939 ? anyLineOfType(db, {1, 4, 5, 6, 7}) : anyLineOfType(db, {4, 6, 7}));
 }
 
-bool runCompiler(const QStringList& arguments, const QString& dir, QString& output)
+bool runCompiler(const QStringList& arguments, const QString& dir, QString& output, const QString& compiler)
 {
     QProcess gcc;
     gcc.setWorkingDirectory(dir);
     gcc.setProcessChannelMode(QProcess::MergedChannels);
-    gcc.start(QStringLiteral("gcc"), arguments);
+    gcc.start(compiler, arguments);
     gcc.waitForFinished(60000);
     output = QString::fromUtf8(gcc.readAll());
     return gcc.exitStatus() == QProcess::NormalExit && gcc.exitCode() == 0;

@@ -62,8 +62,9 @@ bool anyLineOfType(ObjectDataBase& db, const QList<int>& types);
 // does: beside J1939 any CANopen or raw CAN line makes the project mixed.
 void setProtocolFlags(CoDefineGenerator& generator, ObjectDataBase& db);
 
-// Runs gcc in `dir`; `output` gets what it printed.
-bool runCompiler(const QStringList& arguments, const QString& dir, QString& output);
+// Runs gcc, or the compiler named, in `dir`; `output` gets what it printed.
+bool runCompiler(const QStringList& arguments, const QString& dir, QString& output,
+                 const QString& compiler = QStringLiteral("gcc"));
 
 // Runs the C preprocessor and a syntax-only C99 compile over a translation unit
 // that includes the headers of `dir` and uses each of their value defines in an

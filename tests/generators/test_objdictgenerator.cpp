@@ -228,6 +228,15 @@ INSTANTIATE_TEST_SUITE_P(
                       "init_static_variables=0 new_init_structure=0 "
                       "static_memory_specifier=__attribute__((aligned(4)))"},
         SyntheticCase{"ForcedMultiLineV4", false, true, true, false, "generateML=true"},
+        SyntheticCase{"UdsServerWithIsoTpClassic", false, false, false, false,
+                      "udsserver_supported=1 udsserver_version=4 uds_physical_request_id=0x7e0 "
+                      "uds_physical_response_id=0x7e8 uds_functional_request_id=0x7df uds_server_active=1 "
+                      "isotp_supported=1 isotp_client_con=1 isotp_server_con=1 uds_seedkey_length=4 "
+                      "uds_session_timeout=5000"},
+        SyntheticCase{"UdsServerTwoLinesV4", true, true, false, false,
+                      "udsserver_supported=1 udsserver_version=5 uds_physical_request_id=0x7e0,0x7e1 "
+                      "uds_physical_response_id=0x7e8,0x7e9 uds_functional_request_id=0x7df,0x7df "
+                      "uds_server_active=1,0 uds_seedkey_length=4 uds_session_timeout=5000"},
         SyntheticCase{"SdoServerOfJ1939Device", false, false, false, true, ""},
         SyntheticCase{"SdoServerOfJ1939DeviceTwoLinesV4", true, true, false, true, ""}),
     [](const testing::TestParamInfo<SyntheticCase>& info) { return std::string(info.param.name); });

@@ -17,27 +17,6 @@ const QString userSectionEnd = QStringLiteral("/* user-specific section: end */"
 // The edition of the tool for EnergyBus devices; this build doesn't bear its name.
 const QString energyBusEditionName = QStringLiteral("EnergyBus Tarnwick");
 
-// "1000" is a number of microseconds and gets the unsigned suffix; a macro
-// name or 0 is left bare.
-QString timerValue(const QString& value)
-{
-    return value.toInt() != 0 ? value + QStringLiteral("u\n") : value + QStringLiteral("\n");
-}
-
-// A per-line list such as "10, 12u" adds up to 22; a single value stands as it is.
-QString bufferTotal(QString value)
-{
-    value.remove(QLatin1Char('u'));
-    value.remove(QLatin1Char(' '));
-    if (!value.contains(QLatin1Char(',')))
-        return value;
-    int total = 0;
-    const QStringList parts = value.split(QLatin1Char(','));
-    for (const QString& part : parts)
-        total += part.toInt();
-    return QString::number(total);
-}
-
 QStringList readLines(const QString& path, bool* found)
 {
     QStringList lines;
@@ -54,6 +33,27 @@ QStringList readLines(const QString& path, bool* found)
 } // namespace
 
 CoDefineGenerator::CoDefineGenerator(QObject* parent) : AbstractGenerator(parent) {}
+
+// "1000" is a number of microseconds and gets the unsigned suffix; a macro
+// name or 0 is left bare.
+QString CoDefineGenerator::timerValue(const QString& value)
+{
+    return value.toInt() != 0 ? value + QStringLiteral("u\n") : value + QStringLiteral("\n");
+}
+
+// A per-line list such as "10, 12u" adds up to 22; a single value stands as it is.
+QString CoDefineGenerator::bufferTotal(QString value)
+{
+    value.remove(QLatin1Char('u'));
+    value.remove(QLatin1Char(' '));
+    if (!value.contains(QLatin1Char(',')))
+        return value;
+    int total = 0;
+    const QStringList parts = value.split(QLatin1Char(','));
+    for (const QString& part : parts)
+        total += part.toInt();
+    return QString::number(total);
+}
 
 void CoDefineGenerator::setJ1939Present(bool present)
 {
@@ -127,6 +127,7 @@ void CoDefineGenerator::doJob()
     beginJob();
     readGenerateML();
     readProjectFacts();
+    readProtocolFacts();
     const QString previousFile = QStringLiteral("%1/gen_define.h").arg(m_outputDir);
     m_userSection = readUserSection(previousFile);
     setProperty("userSection", m_userSection);

@@ -8,6 +8,8 @@
 #include <QHash>
 #include <QList>
 #include <QMap>
+#include <QPair>
+#include <QSet>
 #include <QString>
 #include <QTextStream>
 
@@ -146,6 +148,38 @@ protected:
     // The CAN objects that the CANopen services of a line register; 255 for all lines.
     int cobCountCANopen(quint8 line) const;
 
+    // The PGNs and CAN identifiers of the lines, as the J1939 and raw CAN
+    // sections count them.
+    struct J1939LineFacts
+    {
+        int receive = 0;
+        int transmit = 0;
+        int safeReceive = 0;
+        int safeTransmit = 0;
+        // A transmit row for the address claim, which the stack sends by itself.
+        bool addressClaim = false;
+    };
+    struct RawLineFacts
+    {
+        int receive = 0;
+        int transmit = 0;
+        bool inhibit = false;
+    };
+    void readProtocolFacts();
+    int transmitPgns(quint8 line) const;
+    int receivePgns(quint8 line) const;
+    QPair<int, QString> countAndList(const QList<quint8>& lines, quint8 single,
+                                     const std::function<int(quint8)>& count) const;
+    void writeJ1939SdoCounts(SectionStream& out, const QList<quint8>& lines);
+    void writeJ1939Features(SectionStream& out);
+    void writeJ1939Cobs(SectionStream& out, const QList<quint8>& lines);
+    // The CAN objects that the J1939 services of a line register.
+    int cobCountJ1939(quint8 line) const;
+    int cobCountIsoTpUds(quint8 line) const;
+    bool udsAuthenticationRequired() const;
+    static QString timerValue(const QString& value);
+    static QString bufferTotal(QString value);
+
     bool j1939Present() const { return m_flag1; }
     bool mixedProtocols() const { return m_flag2; }
 
@@ -167,6 +201,10 @@ protected:
     // Sub-index lists of those objects, keyed by line * 65536 + index.
     QHash<quint32, QList<quint8>> m_subIndexLists;
     SubIndexFacts m_facts;
+    QMap<quint8, J1939LineFacts> m_j1939Facts;
+    QMap<quint8, RawLineFacts> m_rawFacts;
+    bool m_multiSourcePgn = false;
+    QSet<int> m_safetyTypes;
 
 private:
     void readProjectFacts();

@@ -815,15 +815,8 @@ int CoDefineGenerator::cobCountCANopen(quint8 line) const
         cobs += additional.toInt();
     if (settingInt(QStringLiteral("flyma_supported")) == 1 && has(line, 0x1F80))
         cobs += 10;
-    if (!mixedProtocols()) {
-        if (settingInt(QStringLiteral("isotp_supported")) == 1)
-            cobs += 2 * lineSetting(QStringLiteral("isotp_client_con"), line).toInt() +
-                    2 * lineSetting(QStringLiteral("isotp_server_con"), line).toInt();
-        if (settingInt(QStringLiteral("udsserver_supported")) == 1)
-            cobs += 6;
-        if (settingInt(QStringLiteral("udsclient_supported")) == 1)
-            cobs += 3 * lineSetting(QStringLiteral("uds_client_cnt"), 0).toInt();
-    }
+    if (!mixedProtocols())
+        cobs += cobCountIsoTpUds(line);
     return cobs;
 }
 

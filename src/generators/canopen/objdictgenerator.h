@@ -14,6 +14,9 @@
 #include <QStringList>
 #include <QTextStream>
 
+#include <memory>
+
+class CommonGeneratorHelper;
 
 // Writes gen_objdict.c: the object dictionary of the device as C data (value
 // tables, object descriptions, assign table, static PDO mapping tables) and
@@ -121,6 +124,7 @@ protected:
     void writeInitDeclarations(SectionStream& out, bool fileLevel);
     void writeServiceTable(SectionStream& out, const QString& indent);
     void writeCommonDeclarations(SectionStream& out);
+    std::unique_ptr<CommonGeneratorHelper> commonHelper() const;
     void writeCheck(SectionStream& out, int indent = 0);
     void writeServiceInits(SectionStream& out, quint8 line, bool perLine);
     void writeSdoServerInits(SectionStream& out, quint8 line, bool perLine);

@@ -118,14 +118,16 @@ void ObjDictGenerator::writeCheck(SectionStream& out, int indent)
     out << blanks << "    CO_HANDLE_WATCHDOG\n";
 }
 
+std::unique_ptr<CommonGeneratorHelper> ObjDictGenerator::commonHelper() const
+{
+    if (coreForm())
+        return std::make_unique<CommonGeneratorHelperV4>(m_database.data(), multiLineForm());
+    return std::make_unique<CommonGeneratorHelper>(m_database.data(), multiLineForm());
+}
+
 void ObjDictGenerator::writeCommonDeclarations(SectionStream& out)
 {
-    std::unique_ptr<CommonGeneratorHelper> helper;
-    if (coreForm())
-        helper = std::make_unique<CommonGeneratorHelperV4>(m_database.data(), multiLineForm());
-    else
-        helper = std::make_unique<CommonGeneratorHelper>(m_database.data(), multiLineForm());
-    out << helper->commonDeclarations();
+    out << commonHelper()->commonDeclarations();
 }
 
 // The classic stack keeps the common variables and the service table in the
@@ -137,6 +139,7 @@ void ObjDictGenerator::writeInitDeclarations(SectionStream& out, bool fileLevel)
     if (settingInt(QStringLiteral("new_init_structure")) == 1)
         writeCommonDeclarations(out);
     writeServiceTable(out, fileLevel ? QStringLiteral("   ") : QStringLiteral("       "));
+    out << commonHelper()->udsDefinitions();
 }
 
 void ObjDictGenerator::writeServiceTable(SectionStream& out, const QString& indent)
@@ -221,12 +224,14 @@ void ObjDictGenerator::writeStackInitSingleLine()
         out << "    retVal = commonStackInit(&commonInitVars);\n";
         writeCheck(out);
     }
+    out << commonHelper()->commonUdsCall();
     out << "    /* variable initialization */\n";
     out << "    retVal = coCanOpenStackVarInit(&serviceInitVars);\n";
     writeCheck(out);
     out << "    /* initialize object dictionary variables and pointers */\n";
     out << "    coOdInitOdPtr(&od_assign[0], CO_OD_ASSIGN_CNT, &od_description[0], CO_OBJ_DESC_CNT, NULL, "
            "&od_data_variables);\n";
+    out << commonHelper()->lineUdsCall(m_line, false);
     if (settingInt(QStringLiteral("event_led")) > 0) {
         out << "    /* initialization of LED module */\n";
         out << "    coLedInit();\n\n";
@@ -617,6 +622,12 @@ void ObjDictGenerator::writeCommonFunction(SectionStream& out)
         out << "        return (retVal);\n";
         out << "    }\n";
     }
+    // The UDS structures are declared here in the classic form, so every
+    // line's UDS start is called from here too.
+    const std::unique_ptr<CommonGeneratorHelper> helper = commonHelper();
+    out << helper->commonUdsCall();
+    for (quint8 line : std::as_const(m_usedLines))
+        out << helper->lineUdsCall(line, true);
     out << "    /* multi-line initialization */\n";
     out << "    retVal = coCanOpenStackVarInit(&serviceInitVars);\n";
     writeLoadParameter(out);

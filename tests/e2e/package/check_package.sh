@@ -18,10 +18,10 @@ prefix=$work/prefix
 cmake --install "$build" --prefix "$prefix" >/dev/null
 version_line=$("$prefix/bin/trw" --version) || fail "installed trw --version ended with $?"
 [ "$version_line" = "trw $version" ] || fail "installed trw --version: $version_line"
-manpage=$prefix/share/man/man1/trw.1
-warnings=$(groff -man -Tutf8 -ww -z "$manpage" 2>&1)
+zcat "$prefix/share/man/man1/trw.1.gz" >"$work/trw.1" || fail "no compressed man page"
+warnings=$(groff -man -Tutf8 -ww -z "$work/trw.1" 2>&1)
 [ -z "$warnings" ] || fail "man page: $warnings"
-grep -q "^\.TH TRW 1 \"\" \"trw $version\"" "$manpage" || fail "man page title"
+grep -q "^\.TH TRW 1 \"\" \"trw $version\"" "$work/trw.1" || fail "man page title"
 
 cp "$example" "$work/"
 "$prefix/bin/trw" -project "$work/$(basename "$example")" >"$work/run.txt" || fail "installed run: $(tail -3 "$work/run.txt")"
@@ -43,6 +43,6 @@ for package in libqt6core6 libqt6sql6 libqt6sql6-sqlite libstdc++6; do
 done
 
 contents=$(dpkg-deb --contents "$deb" | awk '{print $6}' | grep -v '/$')
-expected=$'./usr/bin/trw\n./usr/share/man/man1/trw.1'
+expected=$'./usr/bin/trw\n./usr/share/man/man1/trw.1.gz'
 [ "$contents" = "$expected" ] || fail "dpkg-deb --contents lists: $contents"
 echo "installed run, man page and package as expected"

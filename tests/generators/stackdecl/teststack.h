@@ -246,6 +246,10 @@ typedef struct {
     UNSIGNED16 trBuffers[TEST_LINES];
     UNSIGNED16 cobs[TEST_LINES];
     UNSIGNED8 protocols[TEST_LINES];
+#ifdef ISOTP_SUPPORTED
+    UNSIGNED8 isoTpClients[TEST_LINES];
+    UNSIGNED8 isoTpServers[TEST_LINES];
+#endif
     BOOL_T fdMode[TEST_LINES];
 } CO_COMMON_INIT_VAL_T;
 typedef CO_COMMON_INIT_VAL_T CORE_COMMON_INIT_VAL_T;

@@ -1,0 +1,511 @@
+// gen_pgn.c: the driver, the address claim PGN, the reading of the lines
+// with the numbering of the managed variables, the file head and the
+// managed variables. The tables and j1939StackInit are in
+// pgngenerator_tables.cpp.
+
+#include "generators/multiprotocol/pgngenerator.h"
+
+#include "canopenlib/cohelper.h"
+
+#include <QCoreApplication>
+#include <QDebug>
+#include <QFileInfo>
+#include <QRegularExpression>
+
+#include <algorithm>
+
+namespace {
+
+// Lines from 32 upward carry no J1939 stack configuration.
+constexpr quint8 lineLimit = 32;
+constexpr quint32 addressClaimPgn = 60928;
+constexpr quint8 transmit = ObjectDataBase::Transmit;
+constexpr quint8 receive = ObjectDataBase::Receive;
+
+// The ten fields of the J1939 NAME, in their order in the message.
+struct NameField
+{
+    const char* name;
+    quint32 spn;
+    // J1939Settings key of the default; empty for the reserved bit.
+    const char* setting;
+    int dataType;
+    quint16 bits;
+};
+
+const NameField nameFields[] = {
+    {"Identity Number", 2837, "identitynumber", 119, 21},
+    {"Manufacturer Code", 2838, "manufacturercode", 108, 11},
+    {"ECU Instance", 2840, "ecuinstance", 101, 3},
+    {"Function Instance", 2839, "functioninstance", 103, 5},
+    {"Function", 2841, "function", 5, 8},
+    {"reserved", 0, "", 1, 1},
+    {"Vehicle System", 2842, "vehiclesystem", 105, 7},
+    {"Vehicle System Instance", 2843, "vehicleinstance", 102, 4},
+    {"Industry Group", 2846, "industrygroup", 101, 3},
+    {"Addr Claiming Supported", 2844, "addresscapable", 1, 1},
+};
+
+// The array of a J1939 SPN's managed variable and its start value, the
+// "not available" pattern of J1939 of that width. Seven bits start at 63:
+// the stack's own value for them.
+struct J1939Managed
+{
+    int dataType;
+    int array;
+    const char* start;
+};
+
+enum
+{
+    U8,
+    I8,
+    U16,
+    I16,
+    U32,
+    I32,
+    U64
+};
+
+const J1939Managed j1939Managed[] = {
+    {1, U8, "1"},           {5, U8, "255"},           {100, U8, "3"},        {101, U8, "7"},
+    {102, U8, "15"},        {103, U8, "31"},          {104, U8, "63"},       {105, U8, "63"},
+    {6, U16, "65535"},      {106, U16, "511"},        {107, U16, "1023"},    {108, U16, "2047"},
+    {109, U16, "4095"},     {110, U16, "8191"},       {111, U16, "16383"},   {112, U16, "32767"},
+    {7, U32, "0xFFFFFFFF"}, {22, U32, "0xFFFFFF"},    {117, U32, "0x7FFFF"}, {118, U32, "0x3FFFF"},
+    {119, U32, "0x1FFFFF"}, {129, U32, "0x1FFFFFFF"}, {24, U64, nullptr},    {25, U64, nullptr},
+    {27, U64, nullptr},
+};
+
+// A raw CAN element's array; its start value is always its default.
+int rawCanArray(int dataType)
+{
+    switch (dataType) {
+    case 1:
+    case 5:
+    case 100:
+    case 101:
+    case 102:
+    case 103:
+    case 104:
+    case 105:
+        return U8;
+    case 2:
+        return I8;
+    case 3:
+        return I16;
+    case 6:
+    case 106:
+    case 107:
+    case 108:
+    case 109:
+    case 110:
+    case 111:
+    case 112:
+        return U16;
+    case 4:
+    case 16:
+        return I32;
+    case 7:
+    case 22:
+    case 117:
+    case 118:
+    case 119:
+    case 129:
+        return U32;
+    case 24:
+    case 25:
+    case 27:
+        return U64;
+    default:
+        return -1;
+    }
+}
+
+// Opening literal, element cast and element suffix of each managed array.
+struct ManagedArrayForm
+{
+    const char* opening;
+    const char* cast;
+    const char* suffix;
+};
+
+const ManagedArrayForm managedForms[] = {
+    {"static UNSIGNED8\tmv_u8[", "\t(UNSIGNED8)", "u"},
+    {"static INTEGER8\tmv_i8[", "\t(INTEGER8)", "u"},
+    {"static UNSIGNED16\tmv_u16[", "\t(UNSIGNED16)", "u"},
+    {"static INTEGER16\tmv_i16[", "\t(INTEGER16)", "u"},
+    {"static UNSIGNED32\tmv_u32[", "\t(UNSIGNED32)", "UL"},
+    {"static INTEGER32\tmv_i32[", "\t(INTEGER32)", "UL"},
+    {"static UNSIGNED64\tmv_u64[", "\t", ""},
+};
+
+// The widths of the types that a 64-bit managed variable holds.
+int wideBits(int dataType)
+{
+    return dataType == 24 ? 40 : dataType == 25 ? 48 : 64;
+}
+
+quint64 allOnes(int bits)
+{
+    return bits >= 64 ? ~quint64(0) : (quint64(1) << bits) - 1;
+}
+
+// Decimal, or hexadecimal behind "0x"; a minus sign for the signed types.
+// Text that is no number starts at 0.
+qint64 signedNumber(const QString& text)
+{
+    const QString value = text.trimmed();
+    bool ok = false;
+    if (value.startsWith(QLatin1Char('-'))) {
+        const quint64 magnitude = COHelper::parseUnsigned(QStringView(value).mid(1), &ok);
+        return ok ? -qint64(magnitude) : 0;
+    }
+    const quint64 number = COHelper::parseUnsigned(value, &ok);
+    return ok ? qint64(number) : 0;
+}
+
+// The classic and the V4 stack differ in these words of gen_pgn.c.
+const QHash<QString, QString>& coreWords()
+{
+    static const QHash<QString, QString> words = {
+        {QStringLiteral("CO_CONST"), QStringLiteral("CORE_CONST")},
+        {QStringLiteral("CO_HANDLE_WATCHDOG"), QStringLiteral("CORE_HANDLE_WATCHDOG")},
+        {QStringLiteral("CO_MULTI_LINE_CNT"), QStringLiteral("CAN_MULTI_LINE_CNT")},
+        {QStringLiteral("commonStackInit"), QStringLiteral("coreStackInit")},
+        {QStringLiteral("J1939_RECEIVE_PGN_CNT"), QStringLiteral("J1939_RECEIVE_PGN_CFG_CNT")},
+    };
+    return words;
+}
+
+} // namespace
+
+PGNGenerator::PGNGenerator(QObject* parent) : AbstractGenerator(parent) {}
+
+bool PGNGenerator::canWrite()
+{
+    return fileWritable(QStringLiteral("%1/gen_pgn.c").arg(m_outputDir));
+}
+
+// The address claim must be in the store before the worker starts, so that
+// the generators after this one see it as a real PGN.
+AbstractGenerator::GeneratorStatus PGNGenerator::start()
+{
+    if (m_running)
+        return Busy;
+    declareIdentify(false);
+    return startWorker(QStringLiteral("gen_pgn.c"));
+}
+
+bool PGNGenerator::declareIdentify(bool refreshCache)
+{
+    if (!m_database)
+        return false;
+    bool stored = true;
+    const QList<quint8> lines = m_database->getNodeList();
+    for (quint8 line : lines) {
+        if (line >= lineLimit)
+            continue;
+        const int type = generalInt(QStringLiteral("line%1type").arg(line));
+        if (type != 2 && type != 5 && m_database->getPGNList(line, transmit).size() < 2)
+            continue;
+        ObjectDataBase::PGN pgn;
+        pgn.number = addressClaimPgn;
+        pgn.direction = transmit;
+        pgn.priority = 6;
+        pgn.inhibittime_ms = 250;
+        pgn.name = tr("Address Claiming");
+        pgn.desc = tr("This PGN is used to send the Address Claiming.");
+        const bool pgnStored = m_database->addPGN(line, addressClaimPgn, pgn);
+        qDebug() << Q_FUNC_INFO << "add Address Claiming PGN returns: " << pgnStored;
+        bool spnStored = false;
+        quint16 bitPosition = 0;
+        quint32 pos = 0;
+        for (const NameField& field : nameFields) {
+            ObjectDataBase::SPN spn;
+            spn.pos = pos++;
+            spn.name = QString::fromLatin1(field.name);
+            spn.datatype = field.dataType;
+            spn.pgnnumber = addressClaimPgn;
+            spn.spnnumber = field.spn;
+            spn.direction = transmit;
+            spn.implementation = 0;
+            spn.bitsize = field.bits;
+            spn.bitposition = bitPosition;
+            bitPosition += field.bits;
+            const QString key = QString::fromLatin1(field.setting);
+            if (key == QLatin1String("addresscapable"))
+                spn.defaultvalue = j1939Int(key) != 0 ? QStringLiteral("1") : QStringLiteral("0");
+            else if (!key.isEmpty())
+                spn.defaultvalue = m_database->getJ1939SettingForLine(key, line);
+            spnStored = m_database->addSPN(line, addressClaimPgn, transmit, field.spn, spn);
+        }
+        qDebug() << Q_FUNC_INFO << "add Address Claiming last SPN returns: " << spnStored;
+        stored = stored && pgnStored && spnStored;
+        if (refreshCache)
+            m_database->cacheAllSPNs(line);
+    }
+    return stored;
+}
+
+void PGNGenerator::doJob()
+{
+    beginJob();
+    prepare();
+    if (openOutputFile(QStringLiteral("gen_pgn.c"))) {
+        auto section = [this](void (PGNGenerator::*writer)(SectionStream&)) {
+            SectionStream out = sectionStream(m_file);
+            (this->*writer)(out);
+        };
+        section(&PGNGenerator::writeFileHead);
+        Q_EMIT progress(25);
+        section(&PGNGenerator::writeManagedVariables);
+        section(&PGNGenerator::writeMappingDefinitions);
+        Q_EMIT progress(50);
+        section(&PGNGenerator::writeTransmitTables);
+        Q_EMIT progress(70);
+        section(&PGNGenerator::writeReceiveTables);
+        Q_EMIT progress(90);
+        section(&PGNGenerator::writeAddressClaimConfig);
+        section(&PGNGenerator::writeLineConfig);
+        section(&PGNGenerator::writeStackInit);
+    }
+    finishJob();
+}
+
+SectionStream PGNGenerator::sectionStream(QIODevice* device)
+{
+    return SectionStream(device, [this](const char* literal) {
+        return coreForm() ? renamed(literal) : QString::fromLatin1(literal);
+    });
+}
+
+// Literals have static storage, so each is renamed once per run.
+QString PGNGenerator::renamed(const char* literal)
+{
+    const auto known = m_renamed.constFind(literal);
+    if (known != m_renamed.constEnd())
+        return known.value();
+    static const QRegularExpression word(QStringLiteral("\\b[A-Za-z_][A-Za-z0-9_]*\\b"));
+    const QString text = QString::fromLatin1(literal);
+    QString result;
+    qsizetype done = 0;
+    QRegularExpressionMatchIterator it = word.globalMatch(text);
+    while (it.hasNext()) {
+        const QRegularExpressionMatch match = it.next();
+        result += QStringView(text).mid(done, match.capturedStart() - done);
+        result += coreWords().value(match.captured(), match.captured());
+        done = match.capturedEnd();
+    }
+    result += QStringView(text).mid(done);
+    result.replace(QLatin1String("<iso_tp.h>"), QLatin1String("<core_isotp.h>"));
+    m_renamed.insert(literal, result);
+    return result;
+}
+
+quint64 PGNGenerator::managedKey(quint8 line, quint32 message, quint32 signal)
+{
+    return (quint64(line) << 56) + (quint64(message) << 24) + signal;
+}
+
+void PGNGenerator::prepare()
+{
+    m_lines.clear();
+    const QList<quint8> nodes = m_database->getNodeList();
+    for (quint8 line : nodes) {
+        if (line < 254)
+            m_lines << line;
+    }
+    std::sort(m_lines.begin(), m_lines.end());
+    m_multiLine = m_lines.size() > 1;
+    m_safety = j1939Int(QStringLiteral("safetysupport")) > 0;
+    m_dynamic = j1939Int(QStringLiteral("dynsupport")) > 0;
+    m_canFd = generalInt(QStringLiteral("canfd_supported")) > 0;
+    m_staticInit = generalInt(QStringLiteral("init_static_variables")) == 1;
+    m_plans.clear();
+    for (QList<ManagedElement>& elements : m_managed)
+        elements.clear();
+    m_managedIndex.clear();
+    m_arrayWritten.fill(false);
+    for (quint8 line : std::as_const(m_lines)) {
+        if (line >= lineLimit)
+            continue;
+        m_database->cacheAllSPNs(line);
+        readLine(line, generalInt(QStringLiteral("line%1type").arg(line)));
+    }
+}
+
+// All PGNs of the line, safety ones included, give managed variables; the
+// tables of this file leave the safety PGNs to gen_sdg.c when its data
+// messages are on.
+void PGNGenerator::readLine(quint8 line, int type)
+{
+    LinePlan plan;
+    plan.line = line;
+    plan.type = type;
+    if (m_multiLine) {
+        plan.prefix = QStringLiteral("l%1_").arg(line);
+        plan.suffix = QStringLiteral("_l%1").arg(line);
+    }
+    for (quint8 direction : {receive, transmit}) {
+        const QList<quint32> numbers = m_database->getPGNList(line, direction);
+        for (quint32 number : numbers) {
+            PgnEntry entry;
+            m_database->getPGN(line, number, direction, entry.pgn);
+            const QList<quint32> spns = m_database->getSPNList(line, number, direction);
+            entry.spns.reserve(spns.size());
+            for (quint32 spnNumber : spns) {
+                ObjectDataBase::SPN spn;
+                m_database->getSPN(line, number, direction, spnNumber, spn);
+                spn.spnnumber = spnNumber;
+                entry.spns << spn;
+                if (spn.implementation != 0)
+                    continue;
+                for (const J1939Managed& managed : j1939Managed) {
+                    if (managed.dataType != spn.datatype)
+                        continue;
+                    QString value = QString::fromLatin1(managed.start ? managed.start : "");
+                    quint64 number64 = allOnes(wideBits(spn.datatype));
+                    if (number == addressClaimPgn) {
+                        number64 = quint64(signedNumber(spn.defaultvalue));
+                        value = QString::number(number64);
+                    }
+                    if (managed.array == U64)
+                        value = formatWideInteger(27, number64, qint64(number64));
+                    addManaged(ManagedArray(managed.array), value, line, number, spnNumber);
+                    break;
+                }
+            }
+            if (!(m_safety && entry.pgn.issafe))
+                (direction == transmit ? plan.transmitPgns : plan.receivePgns) << entry;
+        }
+        const QList<quint32> ids = m_database->getCANIDList(line, direction);
+        for (quint32 id : ids) {
+            CanIdEntry entry;
+            m_database->getCANID(line, id, direction, entry.canId);
+            entry.canId.id = id;
+            const QList<quint32> elements = m_database->getDataElementList(line, id, direction);
+            for (quint32 number : elements) {
+                ObjectDataBase::DataElement element;
+                m_database->getDataElement(line, id, direction, number, element);
+                element.number = number;
+                entry.elements << element;
+                const int array = element.implementation == 0 ? rawCanArray(element.datatype) : -1;
+                if (array < 0)
+                    continue;
+                const qint64 start = signedNumber(element.defaultvalue);
+                const QString value =
+                    array == U64 ? formatWideInteger(27, quint64(start), start) : QString::number(start);
+                addManaged(ManagedArray(array), value, line, id, number);
+            }
+            (direction == transmit ? plan.transmitIds : plan.receiveIds) << entry;
+        }
+    }
+    m_plans << plan;
+}
+
+void PGNGenerator::addManaged(ManagedArray array, const QString& value, quint8 line, quint32 message,
+                              quint32 signal)
+{
+    const quint64 key = managedKey(line, message, signal);
+    m_managedIndex.insert(key, int(m_managed[array].size()));
+    m_managed[array] << ManagedElement{value, key, line, message, signal};
+}
+
+void PGNGenerator::writeFileHead(SectionStream& out)
+{
+    out << banner(QStringLiteral("J1939 PGN definitions for"), QStringLiteral("\n */\n\n"),
+                  coreForm() ? QStringLiteral(" (V4)") : QString());
+    if (!QFileInfo::exists(QStringLiteral("%1/no_stdlib_include.txt").arg(m_outputDir)))
+        out << "#include <stdlib.h>\n\n";
+    out << "#include <gen_define.h>\n";
+    out << "#include <j1939_j1939.h>\n";
+    if (udsInUse()) {
+        out << "#include <iso_tp.h>\n";
+        out << "#include <uds_uds.h>\n";
+    }
+    out << "#include <gen_extern_decl.h>\n";
+    const QString applicationHeader = generalSetting(QStringLiteral("applicationheader")).trimmed();
+    if (coreForm() && !applicationHeader.isEmpty()) {
+        out << "/* application header file(s) */\n";
+        const QStringList headers = applicationHeader.split(QLatin1Char(' '), Qt::SkipEmptyParts);
+        for (const QString& header : headers)
+            out << "#include \"" << header << "\"\n";
+    }
+    out << "\n";
+    out << R"(/* definition of memory specifier */
+#ifndef CO_CONST
+#define CO_CONST const
+#endif
+
+/* definition of watchdog handle during initialization */
+#ifndef CO_HANDLE_WATCHDOG
+#define CO_HANDLE_WATCHDOG
+#endif /* CO_HANDLE_WATCHDOG */
+
+
+)";
+}
+
+void PGNGenerator::writeManagedVariables(SectionStream& out)
+{
+    out << "\n/* definition of managed variables */\n";
+    for (int array = 0; array < ManagedArrayCount; ++array)
+        writeManagedArray(out, ManagedArray(array));
+}
+
+void PGNGenerator::writeManagedArray(SectionStream& out, ManagedArray array)
+{
+    const QList<ManagedElement>& elements = m_managed[array];
+    if (elements.isEmpty())
+        return;
+    m_arrayWritten[array] = true;
+    const ManagedArrayForm& form = managedForms[array];
+    out << form.opening << elements.size() << "]";
+    if (!m_staticInit) {
+        out << ";\n";
+        return;
+    }
+    out << "= {\n";
+    bool first = true;
+    for (const ManagedElement& element : elements) {
+        if (!first)
+            out << ",\n";
+        first = false;
+        out << form.cast << element.value << form.suffix;
+        if (m_multiLine)
+            out << QStringLiteral(" /* %1-%2:%3 */")
+                       .arg(element.line)
+                       .arg(element.message)
+                       .arg(element.signal);
+        else
+            out << QStringLiteral(" /* %1:%2 */").arg(element.message).arg(element.signal);
+    }
+    out << "};\n";
+}
+
+QString PGNGenerator::generalSetting(const QString& key) const
+{
+    return m_database->getGeneralSetting(key);
+}
+
+int PGNGenerator::generalInt(const QString& key) const
+{
+    return m_database->getGeneralSetting(key).trimmed().toInt();
+}
+
+QString PGNGenerator::j1939Setting(const QString& key) const
+{
+    return m_database->getJ1939Setting(key);
+}
+
+int PGNGenerator::j1939Int(const QString& key) const
+{
+    return m_database->getJ1939Setting(key).trimmed().toInt();
+}
+
+bool PGNGenerator::udsInUse() const
+{
+    return generalInt(QStringLiteral("udsserver_supported")) == 1 ||
+           generalInt(QStringLiteral("udsclient_supported")) == 1;
+}
