@@ -75,16 +75,6 @@ void fillProject(ObjectDataBase& db)
     db.setGeneralSetting(QStringLiteral("co_timer_interval"), QStringLiteral("1000"));
 }
 
-void cacheAsThePipelineDoes(ObjectDataBase& db)
-{
-    for (quint8 line = 0; line < lineCount; ++line) {
-        db.cacheAllSubs(line, 0);
-        db.cacheSubNames(line, 0);
-        db.cacheAllSPNs(line);
-    }
-    db.loadStringPool();
-}
-
 void run(AbstractGenerator& generator, ObjectDataBase& db, const QString& dir)
 {
     generator.setOutputDir(dir);
@@ -114,7 +104,7 @@ int main(int argc, char** argv)
         return 1;
     }
     fillProject(db);
-    cacheAsThePipelineDoes(db);
+    benchsupport::cacheAsThePipelineDoes(db);
 
     QList<qint64> indicesTimes;
     QList<qint64> defineTimes;

@@ -55,13 +55,6 @@ void generateFrom(ObjectDataBase& db, const QString& dir)
 }
 
 // The caches the pipeline fills before any generator runs.
-void cacheAsThePipelineDoes(ObjectDataBase& db)
-{
-    db.cacheAllSubs(0, 0);
-    db.cacheSubNames(0, 0);
-    db.loadStringPool();
-}
-
 // The device of the corpus to measure: demoDevice.eds, else the largest file.
 QString deviceFile()
 {
@@ -122,7 +115,7 @@ int main(int argc, char** argv)
         importInto(db, device);
         importTimes << timer.elapsed();
         importCpu << processorMs() - cpu;
-        cacheAsThePipelineDoes(*db);
+        benchsupport::cacheAsThePipelineDoes(*db);
         timer.restart();
         cpu = processorMs();
         generateFrom(*db, dir.path());

@@ -71,15 +71,6 @@ void fillProject(ObjectDataBase& db)
     db.setGeneralSetting(QStringLiteral("compact_array_description"), QStringLiteral("1"));
 }
 
-void cacheAsThePipelineDoes(ObjectDataBase& db)
-{
-    for (quint8 line = 0; line < lines; ++line) {
-        db.cacheAllSubs(line, 0);
-        db.cacheSubNames(line, 0);
-    }
-    db.loadStringPool();
-}
-
 struct Timing
 {
     qint64 wallMs;
@@ -117,7 +108,7 @@ int main(int argc, char** argv)
     QTemporaryDir dir;
     ObjectDataBase db;
     fillProject(db);
-    cacheAsThePipelineDoes(db);
+    benchsupport::cacheAsThePipelineDoes(db);
     bool withinLimits = true;
     for (bool core : {false, true}) {
         QList<qint64> times;

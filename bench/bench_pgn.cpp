@@ -64,16 +64,6 @@ void fillProject(ObjectDataBase& db)
     db.database().commit();
 }
 
-void cacheAsThePipelineDoes(ObjectDataBase& db)
-{
-    for (quint8 line = 0; line < lineCount; ++line) {
-        db.cacheAllSubs(line, 0);
-        db.cacheSubNames(line, 0);
-        db.cacheAllSPNs(line);
-    }
-    db.loadStringPool();
-}
-
 } // namespace
 
 using benchsupport::median;
@@ -92,7 +82,7 @@ int main(int argc, char** argv)
         return 1;
     }
     fillProject(db);
-    cacheAsThePipelineDoes(db);
+    benchsupport::cacheAsThePipelineDoes(db);
 
     QList<qint64> wallTimes;
     QList<qint64> cpuTimes;

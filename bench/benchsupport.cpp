@@ -1,5 +1,7 @@
 #include "benchsupport.h"
 
+#include "database/objectdatabase.h"
+
 #include <QCoreApplication>
 #include <QFile>
 
@@ -8,6 +10,16 @@
 #include <sys/resource.h>
 
 namespace benchsupport {
+
+void cacheAsThePipelineDoes(ObjectDataBase& db)
+{
+    const QList<quint8> lines = db.getNodeList();
+    for (quint8 line : lines) {
+        db.cacheAllSubs(line, 0);
+        db.cacheSubNames(line, 0);
+    }
+    db.loadStringPool();
+}
 
 namespace {
 

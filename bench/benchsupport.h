@@ -3,7 +3,13 @@
 #include <QList>
 #include <QString>
 
+class ObjectDataBase;
+
 namespace benchsupport {
+
+// Fills the caches of every line as the pipeline does before its first
+// generator: sub-indices, their names and the string pool.
+void cacheAsThePipelineDoes(ObjectDataBase& db);
 
 // Gives the running program the tool's identity, so that settings and
 // folders resolve as they do for trw itself.

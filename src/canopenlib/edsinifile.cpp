@@ -1,9 +1,10 @@
 #include "canopenlib/edsinifile.h"
 
+#include "canopenlib/helper.h"
+
 #include <QDebug>
 #include <QFile>
 #include <QFileInfo>
-#include <QStringDecoder>
 
 namespace {
 
@@ -66,7 +67,7 @@ void EdsIniFile::parse(const QByteArray& data)
     m_sections.clear();
     m_sectionByName.clear();
     m_current = -1;
-    m_text = decode(data);
+    m_text = Helper::decodeText(data);
 
     const QStringView text(m_text);
     qsizetype pos = 0;
@@ -77,17 +78,6 @@ void EdsIniFile::parse(const QByteArray& data)
         handleLine(text.mid(pos, end - pos).trimmed());
         pos = end + 1;
     }
-}
-
-// Device descriptions are meant to be ASCII, but editors save them in UTF-8
-// as well as in Latin-1; a text that isn't valid UTF-8 is taken as Latin-1.
-QString EdsIniFile::decode(const QByteArray& data)
-{
-    QStringDecoder utf8(QStringDecoder::Utf8);
-    QString text = utf8.decode(data);
-    if (utf8.hasError())
-        text = QString::fromLatin1(data);
-    return text;
 }
 
 void EdsIniFile::handleLine(QStringView line)

@@ -46,7 +46,6 @@ public:
     QStringView text() const { return m_text; }
 
 private:
-    static QString decode(const QByteArray& data);
     void handleLine(QStringView line);
     void openSection(QStringView header);
 

@@ -2,6 +2,7 @@
 
 #include <QDebug>
 #include <QFile>
+#include <QStringDecoder>
 
 #include <cctype>
 
@@ -125,4 +126,13 @@ QString Helper::addLowerCaseUtoNumberLists(const QString& list)
             result.append(QLatin1Char('u'));
     }
     return result;
+}
+
+QString Helper::decodeText(const QByteArray& data)
+{
+    QStringDecoder utf8(QStringDecoder::Utf8);
+    QString text = utf8.decode(data);
+    if (utf8.hasError())
+        text = QString::fromLatin1(data);
+    return text;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <QString>
 
 // Text utilities shared by generators and importers.
@@ -21,6 +22,10 @@ public:
     static QString UTF8String2ArrayString(const QString& text);
     // "1, 0x20" becomes "1u, 0x20u"; words and suffixed numbers stay as they are.
     static QString addLowerCaseUtoNumberLists(const QString& list);
+
+    // Files that people edit come in UTF-8 as well as in Latin-1: a text
+    // that isn't valid UTF-8 is taken as Latin-1. A leading byte order mark is dropped.
+    static QString decodeText(const QByteArray& data);
 
     // Stands for a line break inside a description cell of a CSV table.
     static inline const QString csvDescLinebreak = QStringLiteral("<br>");

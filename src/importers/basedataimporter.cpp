@@ -1,10 +1,19 @@
 #include "importers/basedataimporter.h"
 
+#include "canopenlib/helper.h"
 #include "database/objectdatabase.h"
 
 #include <QDebug>
+#include <QFile>
 #include <QFileInfo>
 #include <QMetaObject>
+
+namespace {
+
+// Far above any object dictionary or documentation this tool reads.
+constexpr qint64 maximumSourceSize = 64 * 1024 * 1024;
+
+} // namespace
 
 BaseDataImporter::BaseDataImporter(QObject* parent) : QObject(parent) {}
 
@@ -85,4 +94,29 @@ void BaseDataImporter::finishImport()
     if (workerThread)
         workerThread->quit();
     Q_EMIT progress(100);
+}
+
+bool BaseDataImporter::readSourceLines(QStringList& lines) const
+{
+    const QFileInfo info(filePath);
+    if (filePath.isEmpty() || !info.isFile() || info.size() > maximumSourceSize) {
+        qDebug() << Q_FUNC_INFO << "not a readable source file:" << filePath;
+        return false;
+    }
+    QFile file(filePath);
+    if (!file.open(QIODevice::ReadOnly)) {
+        qDebug() << Q_FUNC_INFO << "cannot open" << filePath << file.errorString();
+        return false;
+    }
+    lines = Helper::decodeText(file.readAll()).split(QLatin1Char('\n'));
+    for (QString& line : lines) {
+        if (line.endsWith(QLatin1Char('\r')))
+            line.chop(1);
+    }
+    return true;
+}
+
+void BaseDataImporter::reportNothingImported()
+{
+    Q_EMIT importError(line, 0, 0, tr("No entry could be imported."));
 }

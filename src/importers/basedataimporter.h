@@ -3,6 +3,7 @@
 #include <QObject>
 #include <QSharedPointer>
 #include <QString>
+#include <QStringList>
 #include <QThread>
 
 class ObjectDataBase;
@@ -44,6 +45,13 @@ public Q_SLOTS:
 protected:
     // The common end of doImport: not running, worker told to quit, progress(100).
     void finishImport();
+    // The lines of the source file, without their ends. False for anything
+    // but a regular file of a sane size, so that a pipe can't block the
+    // worker or a huge file fill memory.
+    bool readSourceLines(QStringList& lines) const;
+    // A file of which nothing could be used is worth a word to the user,
+    // who would otherwise see a successful import of nothing.
+    void reportNothingImported();
 
     QSharedPointer<ObjectDataBase> database;
     QSharedPointer<QThread> workerThread;

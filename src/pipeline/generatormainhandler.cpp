@@ -6,6 +6,8 @@
 #include "database/projectconverter.h"
 #include "generators/abstractgenerator.h"
 #include "generators/canopen/propsfilewriter.h"
+#include "importers/csvimporter.h"
+#include "importers/doctxtimporter.h"
 #include "importers/edsimporter.h"
 #include "pipeline/generatorregistry.h"
 #include "pipeline/postgenprocessor.h"
@@ -17,6 +19,8 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+
+#include <memory>
 
 namespace {
 
@@ -99,7 +103,7 @@ bool GeneratorMainHandler::importFile(const QString& path)
     const QString suffix = info.suffix().toLower();
     if (suffix == QLatin1String("trwp"))
         return importProject(info.absoluteFilePath());
-    return importWithImporter(info.absoluteFilePath(), suffix);
+    return importWithImporter(info);
 }
 
 // Objects, PGNs and CAN identifiers of another project replace those of the
@@ -124,17 +128,39 @@ bool GeneratorMainHandler::importProject(const QString& path)
 
 // The importer runs on its own thread while this one waits; what it could
 // not read shows in the project, not in the result.
-bool GeneratorMainHandler::importWithImporter(const QString& path, const QString& suffix)
+bool GeneratorMainHandler::importWithImporter(const QFileInfo& info)
 {
-    if (suffix != QLatin1String("eds") && suffix != QLatin1String("dcf"))
+    const QString suffix = info.suffix().toLower();
+    std::unique_ptr<BaseDataImporter> importer;
+    if (suffix == QLatin1String("csv")) {
+        importer = std::make_unique<CsvImporter>();
+        importer->setIndexRange(4096, 49151);
+    } else if (suffix == QLatin1String("eds") || suffix == QLatin1String("dcf")) {
+        importer = std::make_unique<EDSImporter>();
+        importer->setIndexRange(4096, 49151);
+    } else if (suffix == QLatin1String("txt") && info.completeBaseName().contains(QLatin1String("doc"))) {
+        // The index range of the text documentation holds PGN numbers.
+        importer = std::make_unique<DOCTXTImporter>();
+        importer->setIndexRange(0, 262143);
+    } else {
         return false;
-    EDSImporter importer;
-    importer.setIndexRange(4096, 49151);
-    importer.setLine(0);
-    importer.setDatabase(m_database);
-    importer.setFile(path);
-    importer.startImport();
-    importer.waitFinished();
+    }
+    // The importer's reports arrive on its own thread while this one waits;
+    // they are passed on once it has ended.
+    QStringList problems;
+    connect(
+        importer.get(), &BaseDataImporter::importError, importer.get(),
+        [&problems](quint8, quint16, quint8, const QString& text) { problems.append(text); },
+        Qt::DirectConnection);
+    importer->setLine(0);
+    importer->setDatabase(m_database);
+    importer->setFile(info.absoluteFilePath());
+    importer->startImport();
+    importer->waitFinished();
+    for (const QString& problem : std::as_const(problems)) {
+        if (m_output)
+            m_output->writeLine(tr("Import of %1: %2").arg(info.absoluteFilePath(), problem));
+    }
     return true;
 }
 

@@ -11,6 +11,7 @@
 #include <functional>
 
 class AbstractGenerator;
+class QFileInfo;
 class ObjectDataBase;
 class OutputHandlerBase;
 class PostGenProcessor;
@@ -102,7 +103,7 @@ private:
     };
 
     bool importProject(const QString& path);
-    bool importWithImporter(const QString& path, const QString& suffix);
+    bool importWithImporter(const QFileInfo& info);
     int lineType(quint8 line) const;
     bool usesV4() const;
     RunFacts prepareRun();

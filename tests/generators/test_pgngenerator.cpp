@@ -400,6 +400,51 @@ INSTANTIATE_TEST_SUITE_P(
                    "\t\tsessionTbl_0,\n\t\t11,\n\t\tsecurityLvlTbl_0,\n\t\t4,\n\t\tCO_TRUE\n\t};\n",
                    "\t\t2016u,\n\t\t2024u,\n\t\t2024u,\n\t\t2016u,\n\t\t2015u,\n\t\t2024u,\n",
                    "\tretVal = udsStackInit_line(&udsLine0);\n", "#define CO_COB_COUNTS\tCO_COB_CNT\n"}},
+        PieceCase{"CanFdBuffersAndAReceiveOnlyLine",
+                  false,
+                  [](ObjectDataBase& db) {
+                      db.createNewDataBase();
+                      addLine(db, 0, 2);
+                      setNameFields(db, "4711", "0");
+                      db.setGeneralSetting("canfd_supported", "1");
+                      db.setJ1939Setting("j1939fd_multipgbuffer", "2,3");
+                      addPgn(db, 0, 65265, ObjectDataBase::Receive, 6, {spn(84, 6, 16)});
+                  },
+                  {"#define J1939_DEST_BUFFER_CNT\t5u\n#define J1939_DEST_BUFFER_COUNTS\t2u,3u\n",
+                   "#define CO_COB_CNT \t6u\n#define CO_COB_COUNTS\tCO_COB_CNT\n"}},
+        PieceCase{
+            "RawCanBesideJ1939",
+            true,
+            [](ObjectDataBase& db) {
+                db.createNewDataBase();
+                addLine(db, 0, 7);
+                setNameFields(db, "4711", "0");
+                db.setGeneralSetting("rxindication_cnt", "2");
+                db.setGeneralSetting("changedindication_cnt", "1");
+                db.setJ1939Setting("rxindication_cnt", "5");
+                ObjectDataBase::CANID id;
+                id.id = 0x123;
+                id.direction = ObjectDataBase::Transmit;
+                id.inhibittime_ms = 10;
+                db.addCANID(0, id.id, id);
+                addPgn(db, 0, 65265, ObjectDataBase::Receive, 6, {spn(84, 6, 16)});
+            },
+            {"#define J1939_REC_PGN_INDICATION_CNT\t5u\n", "#define CORE_INHIBIT_SUPPORTED\t1u\n",
+             "\n/* CAN RAW Defines */\n#define RAWCAN_SUPPORTED\t1u\n#define RAWCAN_RECEIVE_COUNTS\t0u\n"
+             "#define RAWCAN_TRANSMIT_CNT\t1u\n#define RAWCAN_TRANSMIT_COUNTS\t1u\n",
+             "#define RAWCAN_REC_INDICATION_CNT\t2u\n",
+             "#define RAWCAN_CHANGED_INDICATION_CNT\t1u\n#define CORE_OBJECT_CHANGED\t1u\n",
+             "/* COB Definitions */\n#define CORE_COB_COUNTS 6u\n#define CORE_COB_CNT \t6\n"}},
+        PieceCase{"UdsClientsOnTwoLines",
+                  false,
+                  [](ObjectDataBase& db) {
+                      makeTwoLineProject(db);
+                      db.setGeneralSetting("udsclient_supported", "1");
+                      db.setGeneralSetting("uds_client_cnt", "1,2");
+                  },
+                  {"#define ISOTP_CLIENT_CONNECTION_CNT\t3u\n#define ISOTP_CLIENT_COUNTS\t1u,2u\n"
+                   "#define ISOTP_SERVER_CONNECTION_CNT\t6u\n#define ISOTP_SERVER_COUNTS\t2u,4u\n",
+                   "#define UDS_CLIENT_SUPPORTED\t1u\n#define UDS_CLIENT_CNT\t3\n", "\t\t{1,2,}\n"}},
         PieceCase{"UdsV4",
                   true,
                   makeUdsProject,

@@ -1,6 +1,7 @@
 #include "generators/canopen/codefinegenerator.h"
 
 #include "database/objectdatabase.h"
+#include "generators/multiprotocol/commongeneratorhelper.h"
 
 #include <QCoreApplication>
 #include <QFile>
@@ -186,18 +187,24 @@ void CoDefineGenerator::writeBannerAndToolBlock()
     out << "#define GEN_TOOL_NAME\t"
         << QCoreApplication::applicationName().toUpper().replace(QLatin1Char(' '), QLatin1Char('_')) << "\n";
     out << "#define GEN_TOOL_VERSION\t" << toolVersionNumber(m_version) << "\n";
+    // The init code that other generators write fills structures of these versions.
+    const CommonGeneratorHelper helper(m_database.data(), false);
     out << "/* init struct versions */\n";
-    out << "#define GEN_COMMON_INIT_STRUCT_VERSION \t1u\n";
+    out << "#define GEN_COMMON_INIT_STRUCT_VERSION \t"
+        << helper.serviceVersion(CommonGeneratorHelper::CommonService) << "u\n";
     if (settingInt(QStringLiteral("udsserver_supported")) > 0 ||
         settingInt(QStringLiteral("udsclient_supported")) > 0)
         out << "#define GEN_UDS_INIT_STRUCT_VERSION \t" << setting(QStringLiteral("udsserver_version"))
             << "u\n";
     if (anyLineOfType({1, 5, 6}))
-        out << "#define GEN_CANOPEN_INIT_STRUCT_VERSION \t5u\n";
+        out << "#define GEN_CANOPEN_INIT_STRUCT_VERSION \t"
+            << helper.serviceVersion(CommonGeneratorHelper::CanopenService) << "u\n";
     if (anyLineOfType({2, 5, 7}))
-        out << "#define GEN_J1939_INIT_STRUCT_VERSION \t5u\n";
+        out << "#define GEN_J1939_INIT_STRUCT_VERSION \t"
+            << helper.serviceVersion(CommonGeneratorHelper::J1939Service) << "u\n";
     if (anyLineOfType({4, 6, 7}))
-        out << "#define GEN_RAWCAN_INIT_STRUCT_VERSION \t4u\n";
+        out << "#define GEN_RAWCAN_INIT_STRUCT_VERSION \t"
+            << helper.serviceVersion(CommonGeneratorHelper::RawCanService) << "u\n";
     out << "\n";
 }
 

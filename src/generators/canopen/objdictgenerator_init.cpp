@@ -8,9 +8,6 @@
 
 namespace {
 
-// The version of the CANopen service structure that the stack expects.
-constexpr int canopenServiceVersion = 5;
-
 // The arguments of a service call: per-line calls name the line first.
 QString args(bool perLine, const QString& rest = QString())
 {
@@ -152,7 +149,8 @@ void ObjDictGenerator::writeServiceTable(SectionStream& out, const QString& inde
         out << "    CO_SERVICE_INIT_VAL_T\tserviceInitVars = {\n";
     }
     if (newInit)
-        out << indent << canopenServiceVersion << (multiLineForm() ? ",\n" : "u,\n");
+        out << indent << commonHelper()->serviceVersion(CommonGeneratorHelper::CanopenService)
+            << (multiLineForm() ? ",\n" : "u,\n");
     out << indent << "{ CO_OBJECT_COUNTS },\n";
     out << indent << "{ CO_TXPDO_COUNTS },\n";
     out << indent << "{ CO_RXPDO_COUNTS },\n";
