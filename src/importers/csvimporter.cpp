@@ -216,10 +216,17 @@ void CsvImporter::handleDataLine(const QString& text)
     }
 
     int dataType = COHelper::mapDataTypeString(row.word("datatype"));
-    QString codeWord = row.text("objectcode").trimmed();
-    if (codeWord.isEmpty())
-        codeWord = QStringLiteral("VARIABLE");
-    const int lineCode = COHelper::string2objectCode(codeWord);
+    // The ICSV file heads every object but a VAR with a line of an empty
+    // subindex, and writes a code word only for ARRAY and RECORD: a head line
+    // without one stands for the remaining kind of object with a subindex 0 of
+    // its own, a DOMAIN.
+    const QString codeWord = row.text("objectcode").trimmed();
+    const bool headLine = columns.contains(QLatin1String("sub")) && row.text("sub").trimmed().isEmpty();
+    int lineCode = CANopen::Var;
+    if (!codeWord.isEmpty())
+        lineCode = COHelper::string2objectCode(codeWord);
+    else if (headLine)
+        lineCode = CANopen::Domain;
     const quint32 key = objectKey(quint8(targetLine), quint16(index));
     ObjectState& object = objectState(quint8(targetLine), quint16(index));
 

@@ -79,11 +79,15 @@ TEST(CsvImport, ColumnsAreFoundByTheirNames)
          "0x2000,0x00,VARIABLE,UNSIGNED16,Speed,speed,rw,tpdo,1,2,100,Motor speed<br>in "
          "rpm,0,Variable,yes,10,"
          "2000,yes\n \n"
+         "0x2002,,,DOMAIN,Firmware,,,,,,,,,,,,,,\n"
+         "0x2002,0x00,,DOMAIN,Firmware,firmware,wo,no,0,1,,,0,Variable,no,0,0,no\n"
          "0x2100,,ARRAY,UNSIGNED32,Table,,,,,,,A table,,,,,,\n"
          "0x2100,0x00,,UNSIGNED32,Count,,const,no,1,1,2,,0,ManagedConst,no,0,255,no\n"
          "0x2100,0x01,,,First,,ro,no,0,0,7,,4,ManagedVariable,no,0,4294967295,no\n",
-         {0x2000, 0x2100},
+         {0x2000, 0x2002, 0x2100},
          {{"0x2000", "Speed|VAR|UNSIGNED16|Motor speed\nin rpm"},
+          {"0x2002", "Firmware|DOMAIN|DOMAIN|"},
+          {"0x2002:0", "Firmware|DOMAIN|wo||Variable|firmware|no|01|-|||0"},
           {"0x2000:0", "Speed|UNSIGNED16|rw|100|Variable|speed|tpdo|12|10..2000|nv|Motor speed\nin rpm|0"},
           {"0x2100", "Table|ARRAY|UNSIGNED32|A table"},
           {"0x2100:0", "Count|UNSIGNED8|const|2|ManagedConst||no|11|-|||0"},
