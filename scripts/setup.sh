@@ -17,6 +17,7 @@ packages=(
     libqt6sql6-sqlite
     libgtest-dev
     libgmock-dev
+    python3-canmatrix
     python3-jsonschema
     dpkg-dev
     file

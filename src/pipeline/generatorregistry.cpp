@@ -6,7 +6,9 @@
 #include "generators/canopen/indicesgenerator.h"
 #include "generators/canopen/objdictgenerator.h"
 #include "generators/canopen/objdictgeneratorv4.h"
+#include "generators/documents/dbcgenerator.h"
 #include "generators/documents/edsgenerator.h"
+#include "generators/documents/rawcandbcgenerator.h"
 #include "generators/multiprotocol/pgngenerator.h"
 #include "generators/multiprotocol/pgngeneratorv4.h"
 
@@ -48,6 +50,10 @@ QHash<QString, GeneratorRegistry::Entry> builtInGenerators()
                       return new EDSGenerator(options.edsDefine, options.canFd, options.classical);
                   },
                   {}});
+    known.insert(QStringLiteral("RawCANDBCGenerator"),
+                 {[](const GeneratorOptions&) -> AbstractGenerator* { return new RawCANDBCGenerator; }, {}});
+    known.insert(QStringLiteral("DBCGenerator"),
+                 {[](const GeneratorOptions&) -> AbstractGenerator* { return new DBCGenerator; }, {}});
     return known;
 }
 

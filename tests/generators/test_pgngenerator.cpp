@@ -500,7 +500,7 @@ TEST(PGNGenerator, J1939OnlyRunWritesItsFilesInOrderAndRenewsTheAddressClaim)
     QRegularExpressionMatchIterator it = startedLine.globalMatch(result.out);
     while (it.hasNext())
         started << it.next().captured(1);
-    EXPECT_EQ(started, (QStringList{"gen_indices.h", "gen_define.h", "gen_pgn.c"}))
+    EXPECT_EQ(started, (QStringList{"gen_indices.h", "gen_define.h", "gen_pgn.c", "DBC_file"}))
         << result.out.toStdString();
     EXPECT_FALSE(QFileInfo::exists(dir.filePath(QStringLiteral("gen_indication.h"))));
     const QString pgn = QString::fromUtf8(testhelpers::readFile(dir.filePath(QStringLiteral("gen_pgn.c"))));

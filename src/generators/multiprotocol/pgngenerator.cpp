@@ -6,6 +6,7 @@
 #include "generators/multiprotocol/pgngenerator.h"
 
 #include "canopenlib/cohelper.h"
+#include "generators/j1939addressclaim.h"
 
 #include <QCoreApplication>
 #include <QDebug>
@@ -21,30 +22,6 @@ constexpr quint8 lineLimit = 32;
 constexpr quint32 addressClaimPgn = 60928;
 constexpr quint8 transmit = ObjectDataBase::Transmit;
 constexpr quint8 receive = ObjectDataBase::Receive;
-
-// The ten fields of the J1939 NAME, in their order in the message.
-struct NameField
-{
-    const char* name;
-    quint32 spn;
-    // J1939Settings key of the default; empty for the reserved bit.
-    const char* setting;
-    int dataType;
-    quint16 bits;
-};
-
-const NameField nameFields[] = {
-    {"Identity Number", 2837, "identitynumber", 119, 21},
-    {"Manufacturer Code", 2838, "manufacturercode", 108, 11},
-    {"ECU Instance", 2840, "ecuinstance", 101, 3},
-    {"Function Instance", 2839, "functioninstance", 103, 5},
-    {"Function", 2841, "function", 5, 8},
-    {"reserved", 0, "", 1, 1},
-    {"Vehicle System", 2842, "vehiclesystem", 105, 7},
-    {"Vehicle System Instance", 2843, "vehicleinstance", 102, 4},
-    {"Industry Group", 2846, "industrygroup", 101, 3},
-    {"Addr Claiming Supported", 2844, "addresscapable", 1, 1},
-};
 
 // The array of a J1939 SPN's managed variable and its start value, the
 // "not available" pattern of J1939 of that width. Seven bits start at 63:
@@ -204,44 +181,9 @@ bool PGNGenerator::declareIdentify(bool refreshCache)
     bool stored = true;
     const QList<quint8> lines = m_database->getNodeList();
     for (quint8 line : lines) {
-        if (line >= lineLimit)
+        if (line >= lineLimit || !J1939AddressClaim::applies(*m_database, line))
             continue;
-        const int type = generalInt(QStringLiteral("line%1type").arg(line));
-        if (type != 2 && type != 5 && m_database->getPGNList(line, transmit).size() < 2)
-            continue;
-        ObjectDataBase::PGN pgn;
-        pgn.number = addressClaimPgn;
-        pgn.direction = transmit;
-        pgn.priority = 6;
-        pgn.inhibittime_ms = 250;
-        pgn.name = tr("Address Claiming");
-        pgn.desc = tr("This PGN is used to send the Address Claiming.");
-        const bool pgnStored = m_database->addPGN(line, addressClaimPgn, pgn);
-        qDebug() << Q_FUNC_INFO << "add Address Claiming PGN returns: " << pgnStored;
-        bool spnStored = false;
-        quint16 bitPosition = 0;
-        quint32 pos = 0;
-        for (const NameField& field : nameFields) {
-            ObjectDataBase::SPN spn;
-            spn.pos = pos++;
-            spn.name = QString::fromLatin1(field.name);
-            spn.datatype = field.dataType;
-            spn.pgnnumber = addressClaimPgn;
-            spn.spnnumber = field.spn;
-            spn.direction = transmit;
-            spn.implementation = 0;
-            spn.bitsize = field.bits;
-            spn.bitposition = bitPosition;
-            bitPosition += field.bits;
-            const QString key = QString::fromLatin1(field.setting);
-            if (key == QLatin1String("addresscapable"))
-                spn.defaultvalue = j1939Int(key) != 0 ? QStringLiteral("1") : QStringLiteral("0");
-            else if (!key.isEmpty())
-                spn.defaultvalue = m_database->getJ1939SettingForLine(key, line);
-            spnStored = m_database->addSPN(line, addressClaimPgn, transmit, field.spn, spn);
-        }
-        qDebug() << Q_FUNC_INFO << "add Address Claiming last SPN returns: " << spnStored;
-        stored = stored && pgnStored && spnStored;
+        stored = J1939AddressClaim::store(*m_database, line) && stored;
         if (refreshCache)
             m_database->cacheAllSPNs(line);
     }
