@@ -17,12 +17,18 @@ packages=(
     libqt6sql6-sqlite
     libgtest-dev
     libgmock-dev
+    libxml2-utils
     python3-canmatrix
     python3-jsonschema
     dpkg-dev
     file
     groff-base
 )
+
+# The test run judges the HTML pages in a real browser; the main job needs none.
+if [ "${TRW_WITH_TEST_TOOLS:-0}" = 1 ]; then
+    packages+=(chromium python3)
+fi
 
 missing=()
 for package in "${packages[@]}"; do

@@ -7,7 +7,7 @@ set -euo pipefail
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 build="${TRW_BUILD_DIR:-$root/build}"
 
-bash "$root/scripts/setup.sh"
+TRW_WITH_TEST_TOOLS=1 bash "$root/scripts/setup.sh"
 
 home=$(mktemp -d)
 trap 'rm -rf "$home"' EXIT

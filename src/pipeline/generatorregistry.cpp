@@ -6,9 +6,17 @@
 #include "generators/canopen/indicesgenerator.h"
 #include "generators/canopen/objdictgenerator.h"
 #include "generators/canopen/objdictgeneratorv4.h"
+#include "generators/documents/csvgenerator.h"
 #include "generators/documents/dbcgenerator.h"
 #include "generators/documents/edsgenerator.h"
+#include "generators/documents/htmlgenerator.h"
+#include "generators/documents/icsvgenerator.h"
+#include "generators/documents/j1939htmlgenerator.h"
+#include "generators/documents/j1939textdocgenerator.h"
 #include "generators/documents/rawcandbcgenerator.h"
+#include "generators/documents/rawcantextdocgenerator.h"
+#include "generators/documents/textdocgenerator.h"
+#include "generators/documents/xddgenerator.h"
 #include "generators/multiprotocol/pgngenerator.h"
 #include "generators/multiprotocol/pgngeneratorv4.h"
 
@@ -20,6 +28,18 @@ template <typename DefineGenerator> AbstractGenerator* createDefineGenerator(con
     generator->setJ1939Present(options.j1939Present);
     generator->setMixedProtocols(options.moreThanJ1939);
     return generator;
+}
+
+template <typename Document> AbstractGenerator* createDocument(const GeneratorOptions&)
+{
+    return new Document;
+}
+
+template <typename Page> AbstractGenerator* createPage(const GeneratorOptions& options)
+{
+    auto* page = new Page;
+    page->setNameSuffix(options.fileSuffix);
+    return page;
 }
 
 template <typename ObjDict> AbstractGenerator* createObjDictGenerator(const GeneratorOptions& options)
@@ -50,6 +70,18 @@ QHash<QString, GeneratorRegistry::Entry> builtInGenerators()
                       return new EDSGenerator(options.edsDefine, options.canFd, options.classical);
                   },
                   {}});
+    known.insert(QStringLiteral("TextDocGenerator"), {createDocument<TextDocGenerator>, {}});
+    known.insert(QStringLiteral("J1939TextDocGenerator"), {createDocument<J1939TextDocGenerator>, {}});
+    known.insert(QStringLiteral("RawCANTextDocGenerator"), {createDocument<RawCANTextDocGenerator>, {}});
+    known.insert(QStringLiteral("HTMLGenerator"), {createPage<HTMLGenerator>, {}});
+    known.insert(QStringLiteral("J1939HTMLGenerator"), {createPage<J1939HTMLGenerator>, {}});
+    known.insert(QStringLiteral("CSVGenerator"), {createDocument<CSVGenerator>, {}});
+    known.insert(QStringLiteral("ICSVGenerator"),
+                 {[](const GeneratorOptions& options) -> AbstractGenerator* {
+                      return new ICSVGenerator(!options.leaveOutDocumentation);
+                  },
+                  {}});
+    known.insert(QStringLiteral("XDDGenerator"), {createDocument<XDDGenerator>, {}});
     known.insert(QStringLiteral("RawCANDBCGenerator"),
                  {[](const GeneratorOptions&) -> AbstractGenerator* { return new RawCANDBCGenerator; }, {}});
     known.insert(QStringLiteral("DBCGenerator"),

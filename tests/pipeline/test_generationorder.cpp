@@ -71,6 +71,8 @@ protected:
     void SetUp() override
     {
         for (const QString& name : allClasses) {
+            if (GeneratorRegistry::contains(name))
+                realGenerators.insert(name, GeneratorRegistry::entry(name));
             GeneratorRegistry::registerGenerator(
                 name, {[this, name](const GeneratorOptions& options) {
                            QString record = name;
@@ -92,6 +94,8 @@ protected:
     {
         for (const QString& name : allClasses)
             GeneratorRegistry::unregisterGenerator(name);
+        for (auto it = realGenerators.cbegin(); it != realGenerators.cend(); ++it)
+            GeneratorRegistry::registerGenerator(it.key(), it.value());
     }
 
     // Builds and saves a project whose lines have the given types, then runs
@@ -136,6 +140,7 @@ protected:
     QTemporaryDir dir;
     CapturingOutput output;
     QStringList failing;
+    QHash<QString, GeneratorRegistry::Entry> realGenerators;
     GeneratorMainHandler::GeneratorResult result = GeneratorMainHandler::CheckFailed;
 };
 
@@ -315,3 +320,44 @@ TEST_F(GenerationOrder, MultiLineRunsHeadTheCheckOfEachLine)
 }
 
 } // namespace
+
+// With the real generators a CAN FD device on one CANopen line gets its
+// documents and descriptions in the order of the steps.
+TEST(GenerationOrderOfRealGenerators, SingleCanFdLineWritesTheDocumentsInStepOrder)
+{
+    QTemporaryDir dir;
+    const QString path = dir.path() + QStringLiteral("/device.trwp");
+    ASSERT_TRUE(cleanproject::saveCanopenProject(path));
+    writeFile(dir.path() + QStringLiteral("/fd.txt"), "GeneralSettings:canfd_supported:1\n");
+    CapturingOutput output;
+    GeneratorMainHandler handler(&output);
+    ASSERT_TRUE(handler.openProject(path));
+    handler.applyDbModifier(dir.path() + QStringLiteral("/fd.txt"));
+    // A CAN FD device type wants an ARRAY; the order is the subject here.
+    handler.generate(true);
+
+    const QStringList watched = {"gen_indices.h generator",
+                                 "textual documentation",
+                                 "HTML documentation",
+                                 "gen_objdict.c",
+                                 "gen_define.h",
+                                 "CSV documentation",
+                                 "ICSV documentation",
+                                 "EDS file",
+                                 "XDD file"};
+    QStringList completed;
+    for (const QString& line : output.text.split(QLatin1Char('\n'))) {
+        for (const QString& name : watched) {
+            if (line == QStringLiteral("Generation of %1 completed. ").arg(name))
+                completed << name;
+        }
+    }
+    EXPECT_EQ(completed,
+              QStringList({"gen_indices.h generator", "textual documentation", "HTML documentation",
+                           "gen_objdict.c", "gen_define.h", "CSV documentation", "ICSV documentation",
+                           "EDS file", "EDS file", "XDD file"}))
+        << qPrintable(output.text);
+    for (const char* file : {"device_doc.txt", "device.html", "device.csv", "device.icsv", "device.eds",
+                             "device_classical.eds", "00001234_device.xdd"})
+        EXPECT_TRUE(QFile::exists(dir.filePath(QLatin1String(file)))) << file;
+}
