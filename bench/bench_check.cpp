@@ -4,6 +4,7 @@
 #include "benchsupport.h"
 #include "check/modelchecker.h"
 #include "common/cleanproject.h"
+#include "database/linetypes.h"
 #include "database/objectdatabase.h"
 
 #include <QCoreApplication>
@@ -43,7 +44,7 @@ void fillLine(ObjectDataBase& db, quint8 line)
 {
     if (line != 0)
         db.addNode(line, NODE_DATA_T());
-    db.setGeneralSetting(QStringLiteral("line%1type").arg(line), QStringLiteral("1"));
+    db.setLineType(line, Line::CANopen);
     addVariable(db, line, 0x1000, 7, QStringLiteral("0"));
     addVariable(db, line, 0x1001, 5, QStringLiteral("0"));
     addVariable(db, line, 0x1017, 6, QStringLiteral("1000"));
@@ -88,6 +89,8 @@ int main(int argc, char** argv)
     db->setGeneralSetting(QStringLiteral("co_timer_interval"), QStringLiteral("1000"));
     for (quint8 line = 0; line < lineCount; ++line)
         fillLine(*db, line);
+    if (const int saved = benchsupport::saveProjectWhenAsked(app.arguments(), *db); saved >= 0)
+        return saved;
     // The caches the pipeline fills before its check.
     for (quint8 line = 0; line < lineCount; ++line) {
         db->cacheAllSubs(line, 0);

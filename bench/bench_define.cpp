@@ -4,6 +4,7 @@
 // pipeline runs them, on the caches it fills beforehand.
 
 #include "benchsupport.h"
+#include "database/linetypes.h"
 #include "database/objectdatabase.h"
 #include "generators/canopen/gendefinegenerator.h"
 #include "generators/canopen/indicesgenerator.h"
@@ -51,7 +52,7 @@ void fillProject(ObjectDataBase& db)
     for (quint8 line = 0; line < lineCount; ++line) {
         if (line != 0)
             db.addNode(line, NODE_DATA_T());
-        db.setGeneralSetting(QStringLiteral("line%1type").arg(line), QStringLiteral("1"));
+        db.setLineType(line, Line::CANopen);
         for (const ObjectShape& shape : shapes) {
             INDEX_DATA_T object;
             object.name = QStringLiteral("Object %1 of line %2").arg(shape.index, 4, 16).arg(line);
@@ -104,6 +105,8 @@ int main(int argc, char** argv)
         return 1;
     }
     fillProject(db);
+    if (const int saved = benchsupport::saveProjectWhenAsked(app.arguments(), db); saved >= 0)
+        return saved;
     benchsupport::cacheAsThePipelineDoes(db);
 
     QList<qint64> indicesTimes;

@@ -3,6 +3,7 @@
 // 20,000 subindices imported, with the peak memory of the process.
 
 #include "benchsupport.h"
+#include "database/linetypes.h"
 #include "database/objectdatabase.h"
 #include "generators/documents/edsgenerator.h"
 #include "importers/edsimporter.h"
@@ -28,7 +29,7 @@ QSharedPointer<ObjectDataBase> newProject()
 {
     QSharedPointer<ObjectDataBase> db(new ObjectDataBase);
     db->createNewDataBase();
-    db->setGeneralSetting(QStringLiteral("line0type"), QStringLiteral("1"));
+    db->setLineType(0, Line::CANopen);
     return db;
 }
 

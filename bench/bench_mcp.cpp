@@ -3,6 +3,7 @@
 // and check_model on 4 lines of 1,000 objects each.
 
 #include "benchsupport.h"
+#include "database/linetypes.h"
 #include "database/objectdatabase.h"
 
 #include <QCoreApplication>
@@ -30,7 +31,7 @@ void addParameterBlocks(ObjectDataBase& db, quint8 line)
 {
     if (line != 0)
         db.addNode(line, NODE_DATA_T());
-    db.setGeneralSetting(QStringLiteral("line%1type").arg(line), QStringLiteral("1"));
+    db.setLineType(line, Line::CANopen);
     const int dataTypes[] = {5, 6, 7, 2, 3, 4, 8, 1};
     QList<ObjectDataBase::SubEntry> entries;
     for (int i = 0; i < objectsPerLine; ++i) {
@@ -58,14 +59,13 @@ void addParameterBlocks(ObjectDataBase& db, quint8 line)
     db.addSubIndices(entries);
 }
 
-bool saveProject(const QString& path)
+bool fillProject(ObjectDataBase& db)
 {
-    ObjectDataBase db;
     if (!db.createNewDataBase())
         return false;
     for (quint8 line = 0; line < lineCount; ++line)
         addParameterBlocks(db, line);
-    return db.saveDatabase(path);
+    return true;
 }
 
 class Server
@@ -121,9 +121,16 @@ int main(int argc, char** argv)
     benchsupport::setToolIdentity();
     QTextStream out(stdout);
 
+    ObjectDataBase db;
+    if (!fillProject(db)) {
+        out << "could not create the project\n";
+        return 2;
+    }
+    if (const int saved = benchsupport::saveProjectWhenAsked(app.arguments(), db); saved >= 0)
+        return saved;
     QTemporaryDir folder;
     const QString project = folder.filePath(QStringLiteral("bench.trwp"));
-    if (!folder.isValid() || !saveProject(project)) {
+    if (!folder.isValid() || !db.saveDatabase(project)) {
         out << "could not create the project\n";
         return 2;
     }

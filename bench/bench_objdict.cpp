@@ -2,6 +2,7 @@
 // in the classic and the V4 form, with the peak memory of the process.
 
 #include "benchsupport.h"
+#include "database/linetypes.h"
 #include "database/objectdatabase.h"
 #include "generators/canopen/objdictgenerator.h"
 #include "generators/canopen/objdictgeneratorv4.h"
@@ -54,7 +55,7 @@ void fillProject(ObjectDataBase& db)
     for (quint8 line = 0; line < lines; ++line) {
         if (line != 0)
             db.addNode(line, NODE_DATA_T());
-        db.setGeneralSetting(QStringLiteral("line%1type").arg(line), QStringLiteral("1"));
+        db.setLineType(line, Line::CANopen);
         for (int object = 0; object < objectsPerLine; ++object) {
             const quint16 index = quint16(0x2000 + object);
             INDEX_DATA_T data;
@@ -108,6 +109,8 @@ int main(int argc, char** argv)
     QTemporaryDir dir;
     ObjectDataBase db;
     fillProject(db);
+    if (const int saved = benchsupport::saveProjectWhenAsked(app.arguments(), db); saved >= 0)
+        return saved;
     benchsupport::cacheAsThePipelineDoes(db);
     bool withinLimits = true;
     for (bool core : {false, true}) {

@@ -4,6 +4,7 @@
 // the pipeline runs it, on the caches it fills beforehand.
 
 #include "benchsupport.h"
+#include "database/linetypes.h"
 #include "database/objectdatabase.h"
 #include "generators/multiprotocol/pgngeneratorv4.h"
 
@@ -35,7 +36,7 @@ void fillProject(ObjectDataBase& db)
     for (quint8 line = 0; line < lineCount; ++line) {
         if (line != 0)
             db.addNode(line, NODE_DATA_T());
-        db.setGeneralSetting(QStringLiteral("line%1type").arg(line), QStringLiteral("2"));
+        db.setLineType(line, Line::J1939);
         for (int index = 0; index < pgnsPerLine; ++index) {
             ObjectDataBase::PGN pgn;
             pgn.number = quint32(0xF000 + index);

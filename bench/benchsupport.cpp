@@ -73,4 +73,12 @@ QString verdict(bool withinLimit)
     return withinLimit ? QStringLiteral("ok") : QStringLiteral("TOO SLOW");
 }
 
+int saveProjectWhenAsked(const QStringList& arguments, ObjectDataBase& db)
+{
+    const int at = arguments.indexOf(QStringLiteral("-save-project"));
+    if (at < 0 || at + 1 >= arguments.size())
+        return -1;
+    return db.saveDatabase(arguments.at(at + 1)) ? 0 : 2;
+}
+
 } // namespace benchsupport

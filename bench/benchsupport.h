@@ -2,6 +2,9 @@
 
 #include <QList>
 #include <QString>
+#include <QStringList>
+
+class ObjectDataBase;
 
 class ObjectDataBase;
 
@@ -37,5 +40,11 @@ qint64 median(QList<qint64> values);
 qint64 peakMemoryKb();
 
 QString verdict(bool withinLimit);
+
+// With "-save-project <path>" a benchmark writes the project it measures to
+// that file instead of timing it, so that the whole tool can be run on the
+// same project (scripts/golden.sh compares two builds on it). Gives the
+// program's exit code when the argument was given, -1 otherwise.
+int saveProjectWhenAsked(const QStringList& arguments, ObjectDataBase& db);
 
 } // namespace benchsupport

@@ -9,15 +9,7 @@ build="${TRW_BUILD_DIR:-$root/build}"
 
 TRW_WITH_TEST_TOOLS=1 bash "$root/scripts/setup.sh"
 
-home=$(mktemp -d)
-trap 'rm -rf "$home"' EXIT
-export HOME="$home"
-export XDG_DATA_HOME="$home/.local/share"
-export XDG_CONFIG_HOME="$home/.config"
-export XDG_CACHE_HOME="$home/.cache"
-export XDG_RUNTIME_DIR="$home/.runtime"
-mkdir -p "$XDG_DATA_HOME" "$XDG_CONFIG_HOME" "$XDG_CACHE_HOME" "$XDG_RUNTIME_DIR"
-chmod 700 "$XDG_RUNTIME_DIR"
+source "$root/scripts/isolatedhome.sh"
 
 ctest --test-dir "$build" --output-on-failure -j 2 --timeout 600 "$@"
 

@@ -61,6 +61,35 @@ enum CANopenDataType : quint16
     Unsigned29 = 129,
 };
 
+// The value tables of a generated object dictionary: each numeric type lives
+// in one of them, the narrow unsigned types and BOOLEAN in that of UNSIGNED8.
+enum ValueGroup : quint8
+{
+    GroupU8,
+    GroupU16,
+    GroupU24,
+    GroupU32,
+    GroupU40,
+    GroupU48,
+    GroupU64,
+    GroupI8,
+    GroupI16,
+    GroupI24,
+    GroupI32,
+    GroupR32,
+    GroupCount,
+    NoGroup = GroupCount
+};
+
+// Whether the values of a type are plain signed or unsigned numbers; the
+// time types, reals, strings and structures are neither.
+enum Signedness : quint8
+{
+    NotInteger,
+    UnsignedInteger,
+    SignedInteger,
+};
+
 } // namespace CAN
 
 namespace CANopen {
@@ -74,6 +103,17 @@ enum ObjectCode : quint8
     Var = 7,
     Array = 8,
     Record = 9,
+};
+
+// Where the value of a sub-index lives: in the tables the stack manages, as a
+// constant there, in a variable of the application, or nowhere (the
+// application answers every access). The numbers are stored in project files.
+enum Implementation : quint8
+{
+    ManagedVariable = 0,
+    ManagedConst = 1,
+    ApplicationVariable = 2,
+    VirtualObject = 3,
 };
 
 enum ObjectCategory : quint8

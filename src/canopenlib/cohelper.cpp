@@ -9,66 +9,77 @@ struct DataTypeInfo
 {
     quint16 number;
     const char* name;
+    // The spelling in generated C: the word of stack type and table names.
     const char* shortName;
     quint8 bits;
+    CAN::ValueGroup group;
+    CAN::Signedness signedness;
+    // The initialiser macro of an integer width C has no type for, else null.
+    const char* wideMacro;
     // Null for types without a numeric range.
     const char* low;
     const char* up;
 };
 
-// Signed and unsigned ranges are spelt out rather than computed, so that the
-// 64-bit ends read exactly as a C compiler or a device description expects them.
-const DataTypeInfo dataTypes[] = {
-    {CAN::Boolean, "BOOLEAN", "b", 1, "0", "1"},
-    {CAN::Integer8, "INTEGER8", "i8", 8, "-128", "127"},
-    {CAN::Integer16, "INTEGER16", "i16", 16, "-32768", "32767"},
-    {CAN::Integer32, "INTEGER32", "i32", 32, "-2147483648", "2147483647"},
-    {CAN::Unsigned8, "UNSIGNED8", "u8", 8, "0", "255"},
-    {CAN::Unsigned16, "UNSIGNED16", "u16", 16, "0", "65535"},
-    {CAN::Unsigned32, "UNSIGNED32", "u32", 32, "0", "4294967295"},
-    {CAN::Real32, "REAL32", "r32", 32, "-3.4028235e+38", "3.4028235e+38"},
-    {CAN::VisibleString, "VISIBLE_STRING", "vs", 0, nullptr, nullptr},
-    {CAN::OctetString, "OCTET_STRING", "os", 0, nullptr, nullptr},
-    {CAN::UnicodeString, "UNICODE_STRING", "us", 0, nullptr, nullptr},
-    {CAN::TimeOfDay, "TIME_OF_DAY", "u48", 48, nullptr, nullptr},
-    {CAN::TimeDifference, "TIME_DIFFERENCE", "u48", 48, nullptr, nullptr},
-    {CAN::Domain, "DOMAIN", "d", 0, nullptr, nullptr},
-    {CAN::Integer24, "INTEGER24", "i24", 24, "-8388608", "8388607"},
-    {CAN::Real64, "REAL64", "r64", 64, "-1.7976931348623157e+308", "1.7976931348623157e+308"},
-    {CAN::Integer40, "INTEGER40", "i40", 40, "-549755813888", "549755813887"},
-    {CAN::Integer48, "INTEGER48", "i48", 48, "-140737488355328", "140737488355327"},
-    {CAN::Integer56, "INTEGER56", "i56", 56, "-36028797018963968", "36028797018963967"},
-    {CAN::Integer64, "INTEGER64", "i64", 64, "-9223372036854775808", "9223372036854775807"},
-    {CAN::Unsigned24, "UNSIGNED24", "u24", 24, "0", "16777215"},
-    {CAN::Unsigned40, "UNSIGNED40", "u40", 40, "0", "1099511627775"},
-    {CAN::Unsigned48, "UNSIGNED48", "u48", 48, "0", "281474976710655"},
-    {CAN::Unsigned56, "UNSIGNED56", "u56", 56, "0", "72057594037927935"},
-    {CAN::Unsigned64, "UNSIGNED64", "u64", 64, "0", "18446744073709551615"},
-    {CAN::PdoCommunicationParameter, "PDO_COMMUNICATION_PARAMETER", "", 0, nullptr, nullptr},
-    {CAN::PdoMappingParameter, "PDO_MAPPING", "", 0, nullptr, nullptr},
-    {CAN::SdoParameter, "SDO_PARAMETER", "", 0, nullptr, nullptr},
-    {CAN::Identity, "IDENTITY", "", 0, nullptr, nullptr},
+using namespace CAN;
 
-    {CAN::Unsigned2, "UNSIGNED2", "u2", 2, "0", "3"},
-    {CAN::Unsigned3, "UNSIGNED3", "u3", 3, "0", "7"},
-    {CAN::Unsigned4, "UNSIGNED4", "u4", 4, "0", "15"},
-    {CAN::Unsigned5, "UNSIGNED5", "u5", 5, "0", "31"},
-    {CAN::Unsigned6, "UNSIGNED6", "u6", 6, "0", "63"},
-    {CAN::Unsigned7, "UNSIGNED7", "u7", 7, "0", "127"},
-    {CAN::Unsigned9, "UNSIGNED9", "u9", 9, "0", "511"},
-    {CAN::Unsigned10, "UNSIGNED10", "u10", 10, "0", "1023"},
-    {CAN::Unsigned11, "UNSIGNED11", "u11", 11, "0", "2047"},
-    {CAN::Unsigned12, "UNSIGNED12", "u12", 12, "0", "4095"},
-    {CAN::Unsigned13, "UNSIGNED13", "u13", 13, "0", "8191"},
-    {CAN::Unsigned14, "UNSIGNED14", "u14", 14, "0", "16383"},
-    {CAN::Unsigned15, "UNSIGNED15", "u15", 15, "0", "32767"},
-    {CAN::Unsigned19, "UNSIGNED19", "u19", 19, "0", "524287"},
-    {CAN::Unsigned18, "UNSIGNED18", "u18", 18, "0", "262143"},
-    {CAN::Unsigned21, "UNSIGNED21", "u21", 21, "0", "2097151"},
-    {CAN::VisStringNull, "VIS_STRING_NULL", "vs", 0, nullptr, nullptr},
-    {CAN::VisStringAsterisk, "VIS_STRING_ASTERIKS", "vs", 0, nullptr, nullptr},
-    {CAN::Utf8String, "UTF8_STRING", "utf8", 0, nullptr, nullptr},
-    {CAN::Unsigned29, "UNSIGNED29", "u29", 29, "0", "536870911"},
+// Every fact about a data type is a column here. Signed and unsigned ranges
+// are spelt out rather than computed, so that the 64-bit ends read exactly as
+// a C compiler or a device description expects them. The time types sit in
+// the 48-bit table but are no plain numbers.
+const DataTypeInfo dataTypes[] = {
+    // clang-format off
+    {Boolean,        "BOOLEAN",         "b",   1,  GroupU8,  UnsignedInteger, nullptr,   "0", "1"},
+    {Integer8,       "INTEGER8",        "i8",  8,  GroupI8,  SignedInteger,   nullptr,   "-128", "127"},
+    {Integer16,      "INTEGER16",       "i16", 16, GroupI16, SignedInteger,   nullptr,   "-32768", "32767"},
+    {Integer32,      "INTEGER32",       "i32", 32, GroupI32, SignedInteger,   nullptr,   "-2147483648", "2147483647"},
+    {Unsigned8,      "UNSIGNED8",       "u8",  8,  GroupU8,  UnsignedInteger, nullptr,   "0", "255"},
+    {Unsigned16,     "UNSIGNED16",      "u16", 16, GroupU16, UnsignedInteger, nullptr,   "0", "65535"},
+    {Unsigned32,     "UNSIGNED32",      "u32", 32, GroupU32, UnsignedInteger, nullptr,   "0", "4294967295"},
+    {Real32,         "REAL32",          "r32", 32, GroupR32, NotInteger,      nullptr,   "-3.4028235e+38", "3.4028235e+38"},
+    {VisibleString,  "VISIBLE_STRING",  "vs",  0,  NoGroup,  NotInteger,      nullptr,   nullptr, nullptr},
+    {OctetString,    "OCTET_STRING",    "os",  0,  NoGroup,  NotInteger,      nullptr,   nullptr, nullptr},
+    {UnicodeString,  "UNICODE_STRING",  "us",  0,  NoGroup,  NotInteger,      nullptr,   nullptr, nullptr},
+    {TimeOfDay,      "TIME_OF_DAY",     "u48", 48, GroupU48, NotInteger,      "U48_SET", nullptr, nullptr},
+    {TimeDifference, "TIME_DIFFERENCE", "u48", 48, NoGroup,  NotInteger,      nullptr,   nullptr, nullptr},
+    {Domain,         "DOMAIN",          "d",   0,  NoGroup,  NotInteger,      nullptr,   nullptr, nullptr},
+    {Integer24,      "INTEGER24",       "i24", 24, GroupI24, SignedInteger,   "I24_SET", "-8388608", "8388607"},
+    {Real64,         "REAL64",          "r64", 64, NoGroup,  NotInteger,      nullptr,   "-1.7976931348623157e+308", "1.7976931348623157e+308"},
+    {Integer40,      "INTEGER40",       "i40", 40, NoGroup,  SignedInteger,   nullptr,   "-549755813888", "549755813887"},
+    {Integer48,      "INTEGER48",       "i48", 48, NoGroup,  SignedInteger,   nullptr,   "-140737488355328", "140737488355327"},
+    {Integer56,      "INTEGER56",       "i56", 56, NoGroup,  SignedInteger,   nullptr,   "-36028797018963968", "36028797018963967"},
+    {Integer64,      "INTEGER64",       "i64", 64, NoGroup,  SignedInteger,   nullptr,   "-9223372036854775808", "9223372036854775807"},
+    {Unsigned24,     "UNSIGNED24",      "u24", 24, GroupU24, UnsignedInteger, "U24_SET", "0", "16777215"},
+    {Unsigned40,     "UNSIGNED40",      "u40", 40, GroupU40, UnsignedInteger, "U40_SET", "0", "1099511627775"},
+    {Unsigned48,     "UNSIGNED48",      "u48", 48, GroupU48, UnsignedInteger, "U48_SET", "0", "281474976710655"},
+    {Unsigned56,     "UNSIGNED56",      "u56", 56, NoGroup,  UnsignedInteger, nullptr,   "0", "72057594037927935"},
+    {Unsigned64,     "UNSIGNED64",      "u64", 64, GroupU64, UnsignedInteger, "U64_SET", "0", "18446744073709551615"},
+    {PdoCommunicationParameter, "PDO_COMMUNICATION_PARAMETER", "", 0, NoGroup, NotInteger, nullptr, nullptr, nullptr},
+    {PdoMappingParameter, "PDO_MAPPING", "", 0, NoGroup, NotInteger,  nullptr,   nullptr, nullptr},
+    {SdoParameter,   "SDO_PARAMETER",   "",    0,  NoGroup,  NotInteger,      nullptr,   nullptr, nullptr},
+    {Identity,       "IDENTITY",        "",    0,  NoGroup,  NotInteger,      nullptr,   nullptr, nullptr},
+
+    {Unsigned2,      "UNSIGNED2",       "u2",  2,  GroupU8,  UnsignedInteger, nullptr,   "0", "3"},
+    {Unsigned3,      "UNSIGNED3",       "u3",  3,  GroupU8,  UnsignedInteger, nullptr,   "0", "7"},
+    {Unsigned4,      "UNSIGNED4",       "u4",  4,  GroupU8,  UnsignedInteger, nullptr,   "0", "15"},
+    {Unsigned5,      "UNSIGNED5",       "u5",  5,  GroupU8,  UnsignedInteger, nullptr,   "0", "31"},
+    {Unsigned6,      "UNSIGNED6",       "u6",  6,  GroupU8,  UnsignedInteger, nullptr,   "0", "63"},
+    {Unsigned7,      "UNSIGNED7",       "u7",  7,  GroupU8,  UnsignedInteger, nullptr,   "0", "127"},
+    {Unsigned9,      "UNSIGNED9",       "u9",  9,  NoGroup,  UnsignedInteger, nullptr,   "0", "511"},
+    {Unsigned10,     "UNSIGNED10",      "u10", 10, NoGroup,  UnsignedInteger, nullptr,   "0", "1023"},
+    {Unsigned11,     "UNSIGNED11",      "u11", 11, NoGroup,  UnsignedInteger, nullptr,   "0", "2047"},
+    {Unsigned12,     "UNSIGNED12",      "u12", 12, NoGroup,  UnsignedInteger, nullptr,   "0", "4095"},
+    {Unsigned13,     "UNSIGNED13",      "u13", 13, NoGroup,  UnsignedInteger, nullptr,   "0", "8191"},
+    {Unsigned14,     "UNSIGNED14",      "u14", 14, NoGroup,  UnsignedInteger, nullptr,   "0", "16383"},
+    {Unsigned15,     "UNSIGNED15",      "u15", 15, NoGroup,  UnsignedInteger, nullptr,   "0", "32767"},
+    {Unsigned19,     "UNSIGNED19",      "u19", 19, NoGroup,  UnsignedInteger, nullptr,   "0", "524287"},
+    {Unsigned18,     "UNSIGNED18",      "u18", 18, NoGroup,  UnsignedInteger, nullptr,   "0", "262143"},
+    {Unsigned21,     "UNSIGNED21",      "u21", 21, NoGroup,  UnsignedInteger, nullptr,   "0", "2097151"},
+    {VisStringNull,  "VIS_STRING_NULL", "vs",  0,  NoGroup,  NotInteger,      nullptr,   nullptr, nullptr},
+    {VisStringAsterisk, "VIS_STRING_ASTERIKS", "vs", 0, NoGroup, NotInteger,  nullptr,   nullptr, nullptr},
+    {Utf8String,     "UTF8_STRING",     "utf8", 0, NoGroup,  NotInteger,      nullptr,   nullptr, nullptr},
+    {Unsigned29,     "UNSIGNED29",      "u29", 29, NoGroup,  UnsignedInteger, nullptr,   "0", "536870911"},
+    // clang-format on
 };
 
 const QHash<quint16, const DataTypeInfo*>& dataTypesByNumber()
@@ -143,6 +154,24 @@ bool COHelper::getDefaultLimits(CAN::CANopenDataType type, QString& low, QString
     low = QLatin1String(info->low);
     up = QLatin1String(info->up);
     return true;
+}
+
+CAN::ValueGroup COHelper::valueGroup(quint16 type)
+{
+    const DataTypeInfo* info = findDataType(type);
+    return info ? info->group : CAN::NoGroup;
+}
+
+CAN::Signedness COHelper::signedness(quint16 type)
+{
+    const DataTypeInfo* info = findDataType(type);
+    return info ? info->signedness : CAN::NotInteger;
+}
+
+QString COHelper::wideIntegerMacro(quint16 type)
+{
+    const DataTypeInfo* info = findDataType(type);
+    return info && info->wideMacro ? QLatin1String(info->wideMacro) : QString();
 }
 
 CAN::CANopenDataType COHelper::mapDataTypeString(const QString& name)
@@ -269,13 +298,13 @@ QString COHelper::pdoMapping2String(PDOMapping mapping)
 QString COHelper::implementation2String(quint8 implementation)
 {
     switch (implementation) {
-    case 0:
+    case CANopen::ManagedVariable:
         return QStringLiteral("ManagedVariable");
-    case 1:
+    case CANopen::ManagedConst:
         return QStringLiteral("ManagedConst");
-    case 2:
+    case CANopen::ApplicationVariable:
         return QStringLiteral("Variable");
-    case 3:
+    case CANopen::VirtualObject:
         return QStringLiteral("VirtualObject");
     }
     return QStringLiteral("Unknown");

@@ -17,6 +17,11 @@ public:
 
     // 0 for strings, DOMAIN and the structured types: their size is not fixed.
     static quint8 getDataLengthBits(CAN::CANopenDataType type);
+    // The value table of a generated dictionary the type's values live in.
+    static CAN::ValueGroup valueGroup(quint16 type);
+    static CAN::Signedness signedness(quint16 type);
+    // "U48_SET" and the like for integer widths that C has no type for; empty for the others.
+    static QString wideIntegerMacro(quint16 type);
     // False, and low and up untouched, for types without a numeric range.
     static bool getDefaultLimits(CAN::CANopenDataType type, QString& low, QString& up);
     // Accepts the names in any case and the number itself ("0x0007", "7"); 0 when unknown.

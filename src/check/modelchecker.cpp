@@ -11,31 +11,19 @@
 
 namespace {
 
-// Data types whose values are unsigned numbers or may be node-ID relative.
+// Data types whose values the check reads as numbers: those of the value
+// tables of the dictionary, unsigned ones possibly node-ID relative.
 bool isUnsignedType(int dataType)
 {
-    switch (dataType) {
-    case 1:
-    case 5:
-    case 6:
-    case 7:
-    case 22:
-    case 24:
-    case 25:
-    case 27:
-        return true;
-    default:
-        return dataType >= 100 && dataType <= 105;
-    }
+    return COHelper::valueGroup(quint16(dataType)) != CAN::NoGroup &&
+           COHelper::signedness(quint16(dataType)) == CAN::UnsignedInteger;
 }
 
 bool isSignedType(int dataType)
 {
-    return dataType == 2 || dataType == 3 || dataType == 4 || dataType == 16;
+    return COHelper::valueGroup(quint16(dataType)) != CAN::NoGroup &&
+           COHelper::signedness(quint16(dataType)) == CAN::SignedInteger;
 }
-
-constexpr int real32Type = 8;
-constexpr int highestCheckedType = 105;
 
 } // namespace
 
@@ -91,7 +79,7 @@ int ModelChecker::checkCANopenLine(quint8 line, QSharedPointer<ObjectDataBase> d
 
 bool ModelChecker::valueConvertible(int dataType, const QString& text)
 {
-    if (text.isEmpty() || dataType == 0 || dataType > highestCheckedType)
+    if (text.isEmpty() || dataType == 0 || dataType > CAN::Unsigned7)
         return true;
     bool ok = true;
     if (isUnsignedType(dataType)) {
@@ -101,7 +89,7 @@ bool ModelChecker::valueConvertible(int dataType, const QString& text)
         text.toULongLong(&ok, 0);
     } else if (isSignedType(dataType)) {
         text.toInt(&ok, 0);
-    } else if (dataType == real32Type) {
+    } else if (dataType == CAN::Real32) {
         text.toFloat(&ok);
     }
     return ok;

@@ -1,23 +1,11 @@
 #include "check/modelchecker.h"
 
+#include "canopenlib/canopentypes.h"
+
 #include <QCoreApplication>
 #include <QMap>
 
 namespace {
-
-constexpr int managedVariable = 0;
-constexpr int managedConst = 1;
-constexpr int applicationVariable = 2;
-constexpr int virtualObject = 3;
-
-constexpr int objectCodeVariable = 7;
-constexpr int objectCodeArray = 8;
-constexpr int objectCodeRecord = 9;
-
-constexpr int visibleStringType = 9;
-constexpr int octetStringType = 10;
-constexpr int domainType = 15;
-constexpr int utf8StringType = 124;
 
 // An upper limit of this value stands for "no upper limit" in older projects.
 constexpr qint64 unlimitedUpperLimit = 0x7FFFFF;
@@ -75,11 +63,11 @@ void ModelChecker::checkLineSettings()
 void ModelChecker::checkMandatoryObjects()
 {
     const int deviceTypeCode = object(0x1000).data.objecttype;
-    if (m_canFd && deviceTypeCode != objectCodeArray)
+    if (m_canFd && deviceTypeCode != CANopen::Array)
         reportError(tr("<strong>Error: </strong>Object 0x%1 (Device Type) must be an ARRAY according to the "
                        "CANopen FD specification.")
                         .arg(hex4(0x1000)));
-    if (!m_canFd && deviceTypeCode != objectCodeVariable)
+    if (!m_canFd && deviceTypeCode != CANopen::Var)
         reportError(
             tr("<strong>Error: </strong>Object 0x%1 (Device Type) must be a VARIABLE according to the "
                "CANopen specification.")
@@ -206,7 +194,7 @@ void ModelChecker::checkIdentity()
         reportError(tr("<strong>Error: </strong>Object 0x%1-0x03: The value of subindex 3 (revision number) "
                        "is empty.")
                         .arg(hex4(identity)));
-    if (subExists(identity, 4) && sub(identity, 4).implementation == managedConst)
+    if (subExists(identity, 4) && sub(identity, 4).implementation == CANopen::ManagedConst)
         report(tr("<strong>Warning</strong>: Object 0x%1: The implementation type of subindex 4 (serial "
                   "number) is "
                   "'Managed Const'. This is not useful in most cases.")
@@ -239,7 +227,7 @@ void ModelChecker::checkObject(quint16 index)
 {
     const LineObject& current = object(index);
     const int objectCode = current.data.objecttype;
-    if (objectCode != objectCodeVariable) {
+    if (objectCode != CANopen::Var) {
         if (current.subs.isEmpty())
             reportError(tr("<strong>Error: </strong>Object 0x%1: This array does not contain any sub-indices")
                             .arg(hex4(index)));
@@ -250,7 +238,7 @@ void ModelChecker::checkObject(quint16 index)
         reportError(
             tr("<strong>Error: </strong>Object 0x%1: The object does not have a name. (Required for EDS)")
                 .arg(hex4(index)));
-    if (objectCode == objectCodeVariable && current.subs.size() >= 2)
+    if (objectCode == CANopen::Var && current.subs.size() >= 2)
         reportError(
             tr("<strong>Error: </strong>Object 0x%1: The object is a VARIABLE but has multiple subindices.")
                 .arg(hex4(index)));
@@ -281,12 +269,12 @@ void ModelChecker::checkSubIndexZero(quint16 index, const LineObject& current)
         reportError(tr("<strong>Error: </strong>Object 0x%1-0:The 'default value' flag must be set for this "
                        "subindex.")
                         .arg(hex4(index)));
-    if (sub0.implementation != managedConst && sub0.implementation != virtualObject && adjustable &&
-        !m_autoCorrectionDisabled && sub0.accesstype == QLatin1String("const")) {
+    if (sub0.implementation != CANopen::ManagedConst && sub0.implementation != CANopen::VirtualObject &&
+        adjustable && !m_autoCorrectionDisabled && sub0.accesstype == QLatin1String("const")) {
         report(tr("<i>Corrected: Object 0x%1-0</i>:'Managed Const' is used as implementation type for this "
                   "subindex.")
                    .arg(hex4(index)));
-        sub0.implementation = managedConst;
+        sub0.implementation = CANopen::ManagedConst;
         writeSub(index, 0, sub0);
     }
     if (!defaultWrittenToEds(sub0))
@@ -325,11 +313,11 @@ void ModelChecker::checkSubIndex(quint16 index, quint8 subindex, int ownerCode)
         report(
             tr("Warning: Object %1: Limit Check is activated, but it is deactivated in the global settings.")
                 .arg(at));
-    if ((ownerCode == objectCodeArray || ownerCode == objectCodeRecord) && record.name.isEmpty())
+    if ((ownerCode == CANopen::Array || ownerCode == CANopen::Record) && record.name.isEmpty())
         reportError(
             tr("<strong>Error: </strong>Object %1: The object does not have a name. (Required for EDS)")
                 .arg(at));
-    if (record.implementation == applicationVariable) {
+    if (record.implementation == CANopen::ApplicationVariable) {
         if (record.varname.isEmpty())
             reportError(tr("<strong>Error: </strong>Object %1: The variable name is missing.").arg(at));
         else if (record.varname.contains(QLatin1Char(' ')) || record.varname.contains(QLatin1Char(',')) ||
@@ -347,37 +335,37 @@ void ModelChecker::checkSubIndex(quint16 index, quint8 subindex, int ownerCode)
             tr("<strong>Error: </strong>Object %1: The access type '%2' is invalid. Use ro, rw, const, wo, "
                "rww or rwr instead.")
                 .arg(at, record.accesstype));
-    if (record.implementation == managedConst && record.accesstype.contains(QLatin1Char('w')))
+    if (record.implementation == CANopen::ManagedConst && record.accesstype.contains(QLatin1Char('w')))
         reportError(
             tr("<strong>Error: </strong>Object %1: The implementation type is Managed Const, but the access "
                "type allows write access.")
                 .arg(at));
-    if (record.implementation == managedVariable) {
-        if (record.datatype == octetStringType)
+    if (record.implementation == CANopen::ManagedVariable) {
+        if (record.datatype == CAN::OctetString)
             reportError(
                 tr("<strong>Error: </strong>Object %1: The implementation type 'Managed Variable' is not "
                    "possible for octet strings.")
                     .arg(at));
-        if (record.datatype == visibleStringType)
+        if (record.datatype == CAN::VisibleString)
             reportError(
                 tr("<strong>Error: </strong>Object %1: The implementation type 'Managed Variable' is not "
                    "possible for visible strings. Use 'Managed Const' or 'Variable' instead.")
                     .arg(at));
-        if (record.datatype == utf8StringType)
+        if (record.datatype == CAN::Utf8String)
             reportError(
                 tr("<strong>Error: </strong>Object %1: The implementation type 'Managed Variable' is not "
                    "possible for UTF8 strings. Use 'Managed Const' or 'Variable' instead.")
                     .arg(at));
     }
-    if (record.datatype == 0)
+    if (record.datatype == CAN::Unknown)
         reportError(tr("<strong>Error: </strong>Object %1: Unknown or unsupported datatype.").arg(at));
     checkLimits(index, subindex, record);
 }
 
 void ModelChecker::checkLimits(quint16 index, quint8 subindex, const SUBINDEX_DATA_T& record)
 {
-    if (!record.limitineds || record.datatype == visibleStringType || record.datatype == octetStringType ||
-        record.datatype == domainType)
+    if (!record.limitineds || record.datatype == CAN::VisibleString || record.datatype == CAN::OctetString ||
+        record.datatype == CAN::Domain)
         return;
     bool lowOk = false;
     bool upOk = false;
@@ -399,7 +387,7 @@ void ModelChecker::checkVariableNames()
         for (quint8 subindex : object(index).subs) {
             const SUBINDEX_DATA_T record = sub(index, subindex);
             const QString name = record.varname.trimmed();
-            if (record.implementation != applicationVariable || name.isEmpty())
+            if (record.implementation != CANopen::ApplicationVariable || name.isEmpty())
                 continue;
             const auto first = firstUsers.constFind(name);
             if (first == firstUsers.constEnd()) {

@@ -7,8 +7,6 @@
 
 namespace {
 
-constexpr int applicationVariable = 2;
-
 // Sub-index 0 values from here on are special markers, not entry counts.
 constexpr quint32 firstSpecialEntryCount = 65;
 
@@ -227,7 +225,7 @@ void ModelChecker::checkSrdos()
                     tr("<strong>Error: </strong>Object 0x%1: The object %2 mapped into an SRDO does not "
                        "exist.")
                         .arg(hex4(index), mapped));
-            if (record.implementation != applicationVariable)
+            if (record.implementation != CANopen::ApplicationVariable)
                 reportError(
                     tr("<strong>Error: </strong>Object 0x%1: The object %2 mapped into an SRDO must be an "
                        "application variable.")

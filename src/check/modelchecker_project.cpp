@@ -1,25 +1,11 @@
 #include "check/modelchecker.h"
 
+#include "database/linetypes.h"
+
 #include <QCoreApplication>
 #include <QSet>
 
-namespace {
-
-// Lines from 32 up are not counted as interfaces of the device.
-constexpr int countedLines = 32;
-
-bool hasType(const QList<int>& types, std::initializer_list<int> wanted)
-{
-    for (int type : types) {
-        for (int w : wanted) {
-            if (type == w)
-                return true;
-        }
-    }
-    return false;
-}
-
-} // namespace
+#include <algorithm>
 
 int ModelChecker::checkProject(QSharedPointer<ObjectDataBase> database, const QString& projectPath)
 {
@@ -30,10 +16,10 @@ int ModelChecker::checkProject(QSharedPointer<ObjectDataBase> database, const QS
     QList<quint8> lines;
     QList<int> lineTypes;
     for (quint8 line : m_database->getNodeList()) {
-        if (line >= countedLines)
+        if (line >= Line::stackLimit)
             continue;
         lines << line;
-        lineTypes << m_database->getGeneralSetting(QStringLiteral("line%1type").arg(line)).toInt();
+        lineTypes << m_database->lineType(line);
     }
 
     checkUdsRoles(lines);
@@ -149,8 +135,14 @@ void ModelChecker::checkCommonSettings(const QList<int>& lineTypes)
         reportError(
             tr("<strong><font color='red'>Error: </font></strong>Timer interval not set in Common Settings "
                "-> Hardware/Target."));
-    const bool canopen = hasType(lineTypes, {1, 6});
-    const bool otherProtocol = hasType(lineTypes, {2, 4, 5, 6, 7});
+    // A line of CANopen and J1939 counts as the other protocol only, not as
+    // CANopen: deliberately so, as the rule has always been.
+    const bool canopen = std::any_of(lineTypes.cbegin(), lineTypes.cend(), [](int type) {
+        return type == Line::CANopen || type == Line::CANopenRawCan;
+    });
+    const bool otherProtocol = std::any_of(lineTypes.cbegin(), lineTypes.cend(), [](int type) {
+        return Line::carriesJ1939(type) || Line::carriesRawCan(type);
+    });
     if (lineTypes.size() >= 2 && canopen && otherProtocol &&
         m_database->getGeneralSetting(QStringLiteral("nmtmaster")).contains(QLatin1Char('2')))
         reportError(

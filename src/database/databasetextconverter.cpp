@@ -1,5 +1,6 @@
 #include "database/databasetextconverter.h"
 
+#include "database/linetypes.h"
 #include "database/objectdatabase.h"
 
 #include <QDebug>
@@ -197,10 +198,12 @@ QStringList DatabaseTextConverter::excludedTablePieces()
                        QStringLiteral("LockedPDOs")};
     bool hasCANopen = false;
     bool hasJ1939 = false;
-    for (int line = 0; line <= 254 && !(hasCANopen && hasJ1939); ++line) {
-        const int type = lineType(line);
-        hasCANopen = hasCANopen || type == 1 || type == 5;
-        hasJ1939 = hasJ1939 || type == 2 || type == 5;
+    // Only the pure and the CANopen and J1939 line count here: a line that
+    // adds raw CAN keeps the tables of its other protocol out of the text.
+    for (int line = 0; line <= Line::firstScratch && !(hasCANopen && hasJ1939); ++line) {
+        const int type = objectDatabase->lineType(line);
+        hasCANopen = hasCANopen || type == Line::CANopen || type == Line::CANopenJ1939;
+        hasJ1939 = hasJ1939 || type == Line::J1939 || type == Line::CANopenJ1939;
     }
     if (!hasCANopen)
         pieces << QStringLiteral("Objects") << QStringLiteral("SubObjects");
@@ -214,10 +217,10 @@ bool DatabaseTextConverter::isExcludedTable(const QString& table, const QStringL
     QStringList pieces = excludedPieces;
     const int line = trailingLine(table);
     if (line >= 0) {
-        const int type = lineType(line);
-        if (type == 1)
+        const int type = objectDatabase->lineType(line);
+        if (type == Line::CANopen)
             pieces << QStringLiteral("PGNs") << QStringLiteral("SPNs") << QStringLiteral("J1939Settings");
-        else if (type == 2)
+        else if (type == Line::J1939)
             pieces << QStringLiteral("Objects") << QStringLiteral("SubObjects");
     }
     for (const QString& piece : std::as_const(pieces)) {
@@ -361,11 +364,6 @@ QVariant DatabaseTextConverter::textValue(const QString& column, const QVariant&
         return QStringLiteral("0");
     }
     return value.toString();
-}
-
-int DatabaseTextConverter::lineType(int line)
-{
-    return objectDatabase->getGeneralSetting(QStringLiteral("line%1type").arg(line)).toInt();
 }
 
 bool DatabaseTextConverter::convertTextToSql()

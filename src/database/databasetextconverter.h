@@ -54,7 +54,6 @@ private:
                    const std::function<QString(const QSqlQuery&)>& groupName);
     void writeRowValues(const QSqlQuery& query, const QStringList& skippedColumns, bool stringIds);
     QVariant textValue(const QString& column, const QVariant& value, bool stringIds);
-    int lineType(int line);
 
     // Reading the text form
     void importNodes();

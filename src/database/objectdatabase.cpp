@@ -1,6 +1,7 @@
 #include "database/objectdatabase.h"
 
 #include "database/databasetextconverter.h"
+#include "database/linetypes.h"
 
 #include <QCoreApplication>
 #include <QCryptographicHash>
@@ -429,7 +430,7 @@ bool ObjectDataBase::openDataBase(QString path, bool convert)
     repairLines(lines);
     if (version < 100) {
         for (quint8 line : std::as_const(lines)) {
-            if (getGeneralSetting(QStringLiteral("line%1type").arg(line)) == QLatin1String("2"))
+            if (getGeneralSetting(Line::typeKey(line)) == QLatin1String("2"))
                 setSpnDirectionsFromPgns(line);
         }
     }
@@ -440,10 +441,10 @@ bool ObjectDataBase::openDataBase(QString path, bool convert)
     loadStringPool();
     if (version < 105) {
         for (quint8 line : std::as_const(lines)) {
-            if (line >= 32)
+            if (line >= Line::stackLimit)
                 continue;
-            recalculateBitPositions(line, 119);
-            recalculateBitPositions(line, 85);
+            recalculateBitPositions(line, Receive);
+            recalculateBitPositions(line, Transmit);
         }
     }
     repairMappingCounts();
@@ -637,7 +638,7 @@ void ObjectDataBase::repairLines(const QList<quint8>& lines)
 
 void ObjectDataBase::repairLineType(quint8 line)
 {
-    const QString key = QStringLiteral("line%1type").arg(line);
+    const QString key = Line::typeKey(line);
     if (!getGeneralSetting(key).isEmpty())
         return;
     const QString creator = getMiscSetting(QStringLiteral("CreateToolVersion"));
@@ -744,7 +745,7 @@ bool ObjectDataBase::saveDatabase(QString path)
 
 void ObjectDataBase::removeScratchLines()
 {
-    for (quint8 line : {quint8(254), quint8(255)}) {
+    for (quint8 line : {quint8(Line::firstScratch), quint8(Line::firstScratch + 1)}) {
         if (nodeExists(line))
             deleteNode(line);
     }

@@ -217,6 +217,9 @@ public:
     bool hasGeneralSetting(QString key);
     QString getGeneralSettingForLine(QString key, quint8 line);
     bool setGeneralSettingForLine(QString key, QString value, quint8 line);
+    // The number of the line's type (see linetypes.h): any stored number, 0 when absent.
+    int lineType(quint8 line);
+    bool setLineType(quint8 line, int type);
 
     QString getJ1939Setting(QString key);
     bool setJ1939Setting(QString key, QString value);

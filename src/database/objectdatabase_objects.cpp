@@ -1,5 +1,8 @@
 #include "database/objectdatabase.h"
 
+#include "canopenlib/canopentypes.h"
+#include "database/linetypes.h"
+
 #include <QDataStream>
 #include <QDebug>
 #include <QIODevice>
@@ -128,7 +131,7 @@ bool ObjectDataBase::addNode(quint8 line, NODE_DATA_T data)
 
     createLineTables(query, line);
 
-    if (line != 254) {
+    if (line != Line::firstScratch) {
         for (const QString& key : perLineGeneralSettingKeys()) {
             if (!getGeneralSetting(key).isEmpty())
                 setGeneralSettingForLine(key, getGeneralSettingForLine(key, line), line);
@@ -420,7 +423,7 @@ bool ObjectDataBase::addSubIndex(quint8 line, quint16 index, quint8 subindex, SU
     // Only strings get their quotes doubled; a quote in any other value makes the statement fail.
     QString defaultValue = data.defaultvalue;
     QString currentValue = data.currentvalue;
-    if (data.datatype == 9) {
+    if (data.datatype == CAN::VisibleString) {
         defaultValue.replace(QLatin1Char('\''), QLatin1String("''"));
         currentValue.replace(QLatin1Char('\''), QLatin1String("''"));
     }

@@ -1,5 +1,7 @@
 #include "database/objectdatabase.h"
 
+#include "database/linetypes.h"
+
 #include <QDebug>
 #include <QSqlError>
 #include <QSqlQuery>
@@ -93,6 +95,16 @@ QString ObjectDataBase::getGeneralSetting(QString key)
 bool ObjectDataBase::setGeneralSetting(QString key, QString value)
 {
     return writeSetting(generalTable, key, value, false, true);
+}
+
+int ObjectDataBase::lineType(quint8 line)
+{
+    return getGeneralSetting(Line::typeKey(line)).toInt();
+}
+
+bool ObjectDataBase::setLineType(quint8 line, int type)
+{
+    return setGeneralSetting(Line::typeKey(line), QString::number(type));
 }
 
 bool ObjectDataBase::hasGeneralSetting(QString key)
@@ -269,9 +281,9 @@ void ObjectDataBase::removeLineFromListSettings(const QString& table, quint8 lin
     while (query.next())
         rows.append({query.value(0).toString(), query.value(1).toString()});
 
-    const QString lineType = QStringLiteral("line%1type").arg(line);
+    const QString typeKey = Line::typeKey(line);
     for (const auto& [key, value] : std::as_const(rows)) {
-        if (key.contains(lineType)) {
+        if (key.contains(typeKey)) {
             exec(query, QStringLiteral("DELETE FROM %1 WHERE item = '%2'").arg(table, key));
             continue;
         }

@@ -1,5 +1,6 @@
 #include "database/projectconverter.h"
 
+#include "canopenlib/canopentypes.h"
 #include "database/objectdatabase.h"
 
 #include <QCoreApplication>
@@ -9,8 +10,6 @@ namespace {
 // Sub-index 0 of this object was once stored as a managed constant, which the
 // stack cannot update at run time.
 constexpr quint16 errorHistoryIndex = 0x1032;
-constexpr int managedConst = 1;
-constexpr int managedVariable = 0;
 constexpr quint32 addressClaimingPgn = 60928;
 constexpr quint32 dataPageStep = 65536;
 // PGNs with this trailer format were stored without a safety type before the
@@ -131,9 +130,10 @@ void ProjectConverter::makeErrorHistorySub0Managed()
     const QList<quint8> lines = database->getNodeList();
     for (quint8 line : lines) {
         SUBINDEX_DATA_T sub0;
-        if (!database->getSubIndex(line, errorHistoryIndex, 0, sub0) || sub0.implementation != managedConst)
+        if (!database->getSubIndex(line, errorHistoryIndex, 0, sub0) ||
+            sub0.implementation != CANopen::ManagedConst)
             continue;
-        sub0.implementation = managedVariable;
+        sub0.implementation = CANopen::ManagedVariable;
         database->addSubIndex(line, errorHistoryIndex, 0, sub0);
     }
 }

@@ -1,5 +1,6 @@
 #include "generators/abstractgenerator.h"
 
+#include "canopenlib/cohelper.h"
 #include "database/objectdatabase.h"
 
 #include <QCoreApplication>
@@ -8,6 +9,7 @@
 #include <QFileInfo>
 #include <QMetaObject>
 #include <QSettings>
+#include <QStringList>
 
 AbstractGenerator::AbstractGenerator(QObject* parent)
     : QObject(parent), m_version(QCoreApplication::applicationVersion()), m_file(new QFile(this))
@@ -97,27 +99,15 @@ bool AbstractGenerator::fileWritable(const QString& path)
 
 QString AbstractGenerator::formatWideInteger(int dataType, quint64 unsignedValue, qint64 signedValue)
 {
-    auto bytes = [](quint64 value, int count) {
-        QStringList parts;
-        for (int i = count - 1; i >= 0; --i)
-            parts << QStringLiteral("0x%1").arg((value >> (8 * i)) & 0xFF, 2, 16, QLatin1Char('0'));
-        return parts.join(QLatin1Char(','));
-    };
-    switch (dataType) {
-    case 12:
-    case 25:
-        return QStringLiteral("U48_SET(%1)").arg(bytes(unsignedValue, 6));
-    case 16:
-        return QStringLiteral("I24_SET(%1)").arg(bytes(static_cast<quint64>(signedValue), 3));
-    case 22:
-        return QStringLiteral("U24_SET(%1)").arg(bytes(unsignedValue, 3));
-    case 24:
-        return QStringLiteral("U40_SET(%1)").arg(bytes(unsignedValue, 5));
-    case 27:
-        return QStringLiteral("U64_SET(%1)").arg(bytes(unsignedValue, 8));
-    default:
+    const QString macro = COHelper::wideIntegerMacro(quint16(dataType));
+    if (macro.isEmpty())
         return QString();
-    }
+    const quint64 value =
+        COHelper::signedness(quint16(dataType)) == CAN::SignedInteger ? quint64(signedValue) : unsignedValue;
+    QStringList parts;
+    for (int i = COHelper::getDataLengthBits(CAN::CANopenDataType(dataType)) / 8 - 1; i >= 0; --i)
+        parts << QStringLiteral("0x%1").arg((value >> (8 * i)) & 0xFF, 2, 16, QLatin1Char('0'));
+    return macro + QLatin1Char('(') + parts.join(QLatin1Char(',')) + QLatin1Char(')');
 }
 
 AbstractGenerator::GeneratorStatus AbstractGenerator::startWorker(const QString& objectName)
@@ -167,6 +157,37 @@ void AbstractGenerator::readGenerateML()
     m_generateML = false;
     if (m_database)
         m_generateML = m_database->getMiscSetting(QStringLiteral("generateML")) == QLatin1String("true");
+}
+
+QString AbstractGenerator::setting(const QString& key) const
+{
+    return m_database->getGeneralSetting(key);
+}
+
+int AbstractGenerator::settingInt(const QString& key) const
+{
+    return setting(key).toInt();
+}
+
+int AbstractGenerator::lineSettingInt(const QString& key, quint8 line) const
+{
+    return m_database->getGeneralSettingForLine(key, line).toInt();
+}
+
+QString AbstractGenerator::j1939Setting(const QString& key) const
+{
+    return m_database->getJ1939Setting(key);
+}
+
+int AbstractGenerator::j1939SettingInt(const QString& key) const
+{
+    return j1939Setting(key).toInt();
+}
+
+bool AbstractGenerator::udsInUse() const
+{
+    return settingInt(QStringLiteral("udsserver_supported")) == 1 ||
+           settingInt(QStringLiteral("udsclient_supported")) == 1;
 }
 
 void AbstractGenerator::fail(const QString& text)

@@ -1,5 +1,6 @@
 #include "generators/j1939addressclaim.h"
 
+#include "database/linetypes.h"
 #include "database/objectdatabase.h"
 
 #include <QCoreApplication>
@@ -43,8 +44,9 @@ QString tr(const char* text)
 
 bool J1939AddressClaim::applies(ObjectDataBase& database, quint8 line)
 {
-    const int type = database.getGeneralSetting(QStringLiteral("line%1type").arg(line)).toInt();
-    return type == 2 || type == 5 || database.getPGNList(line, ObjectDataBase::Transmit).size() >= 2;
+    const int type = database.lineType(line);
+    return type == Line::J1939 || type == Line::CANopenJ1939 ||
+           database.getPGNList(line, ObjectDataBase::Transmit).size() >= 2;
 }
 
 bool J1939AddressClaim::store(ObjectDataBase& database, quint8 line)

@@ -1,12 +1,19 @@
 #include "generators/sectionstream.h"
 
-SectionStream::SectionStream(QIODevice* file, Renamer renamer) : m_renamer(std::move(renamer)), m_stream(file)
+#include "generators/abstractgenerator.h"
+#include "generators/stackwords.h"
+
+SectionStream::SectionStream(AbstractGenerator* generator)
+    : m_coreWords(generator->stackWords()), m_stream(generator->m_file)
 {
 }
 
 SectionStream& SectionStream::operator<<(const char* literal)
 {
-    m_stream << m_renamer(literal);
+    if (m_coreWords)
+        m_stream << m_coreWords->coreSpelling(literal);
+    else
+        m_stream << literal;
     return *this;
 }
 

@@ -3,20 +3,18 @@
 #include <QString>
 #include <QTextStream>
 
-#include <functional>
 #include <type_traits>
 
-class QIODevice;
+class AbstractGenerator;
+class StackWords;
 
-// Writes one section of a generated C file. Literal pieces (C strings) pass
-// through the generator's renaming for the stack form; texts of the project
-// and numbers are written as they are.
+// Writes one section of a generated C file into the generator's output file.
+// Literal pieces (C strings) are spelt in the words of the generator's stack
+// form; texts of the project and numbers are written as they are.
 class SectionStream
 {
 public:
-    using Renamer = std::function<QString(const char*)>;
-
-    SectionStream(QIODevice* file, Renamer renamer);
+    explicit SectionStream(AbstractGenerator* generator);
 
     SectionStream& operator<<(const char* literal);
     SectionStream& operator<<(const QString& text);
@@ -30,6 +28,7 @@ public:
     }
 
 private:
-    Renamer m_renamer;
+    // Null for the classic form, whose words the literals are written in.
+    const StackWords* m_coreWords;
     QTextStream m_stream;
 };

@@ -28,15 +28,6 @@ enum Field
     MappingWord2Field = 22,
 };
 
-enum Implementation
-{
-    ManagedConst = 1,
-    Variable = 2,
-};
-
-constexpr int DomainType = 15;
-constexpr int VisibleStringType = 9;
-
 QString field(const QStringList& fields, int position)
 {
     return fields.value(position);
@@ -239,16 +230,16 @@ void CODBImporter::adjustToExistingIndex(quint16 index, quint8 subindex, SUBINDE
     }
     const bool structured = object.objecttype == CANopen::Array || object.objecttype == CANopen::Record;
     if (subindex == 0 && structured && index >= 0x2000)
-        sub.implementation = ManagedConst;
+        sub.implementation = CANopen::ManagedConst;
 }
 
 void CODBImporter::applyTypeRules(quint16 index, quint8 subindex, SUBINDEX_DATA_T& sub)
 {
-    if (sub.datatype == DomainType) {
-        sub.implementation = Variable;
+    if (sub.datatype == CAN::Domain) {
+        sub.implementation = CANopen::ApplicationVariable;
         sub.varname = QStringLiteral("v_%1%2").arg(index).arg(subindex);
-    } else if (sub.datatype == VisibleStringType) {
-        sub.implementation = ManagedConst;
+    } else if (sub.datatype == CAN::VisibleString) {
+        sub.implementation = CANopen::ManagedConst;
         if (sub.defaultvalue.isEmpty()) {
             sub.defaultvalue = QStringLiteral(" ");
             sub.size = 1;

@@ -1,5 +1,6 @@
 #include "mcp/mcpprojecttools.h"
 
+#include "database/linetypes.h"
 #include "database/objectdatabase.h"
 #include "mcp/mcparguments.h"
 #include "mcp/mcpoutputhandler.h"
@@ -10,15 +11,15 @@
 
 namespace {
 
-// Lines from here up are the device's internal ones, not CAN lines.
-constexpr quint8 firstInternalLine = 240;
-
 const QMap<QString, int>& lineTypeCodes()
 {
     static const QMap<QString, int> codes{
-        {QStringLiteral("CANopen"), 1},        {QStringLiteral("J1939"), 2},
-        {QStringLiteral("RawCAN"), 4},         {QStringLiteral("CANopen+J1939"), 5},
-        {QStringLiteral("CANopen+RawCAN"), 6}, {QStringLiteral("J1939+RawCAN"), 7},
+        {QStringLiteral("CANopen"), Line::CANopen},
+        {QStringLiteral("J1939"), Line::J1939},
+        {QStringLiteral("RawCAN"), Line::RawCan},
+        {QStringLiteral("CANopen+J1939"), Line::CANopenJ1939},
+        {QStringLiteral("CANopen+RawCAN"), Line::CANopenRawCan},
+        {QStringLiteral("J1939+RawCAN"), Line::J1939RawCan},
     };
     return codes;
 }
@@ -127,11 +128,10 @@ void MCPProjectTools::listLines(MCPSession& session, int id, const QJsonObject&)
         return;
     QJsonArray lines;
     for (quint8 line : database->getNodeList()) {
-        if (line >= firstInternalLine)
+        if (line >= Line::firstInternal)
             continue;
-        lines.append(
-            QJsonObject{{QStringLiteral("line"), int(line)},
-                        {QStringLiteral("lineTypeCode"), MCPSession::lineTypeCode(*database, line)}});
+        lines.append(QJsonObject{{QStringLiteral("line"), int(line)},
+                                 {QStringLiteral("lineTypeCode"), database->lineType(line)}});
     }
     session.sendToolData(id, lines, false);
 }
@@ -197,7 +197,7 @@ void MCPProjectTools::addLine(MCPSession& session, int id, const QJsonObject& ar
         session.sendToolText(id, tr("Failed to add line %1.").arg(line), true);
         return;
     }
-    database->setGeneralSetting(QStringLiteral("line%1type").arg(line), QString::number(typeCode));
+    database->setLineType(line, typeCode);
     session.sendEditReply(id, tr("Line %1 added.").arg(line));
 }
 

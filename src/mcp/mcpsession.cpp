@@ -1,6 +1,7 @@
 #include "mcp/mcpsession.h"
 #include "mcp/mcpstdinreader.h"
 
+#include "database/linetypes.h"
 #include "database/objectdatabase.h"
 
 #include <QJsonArray>
@@ -90,8 +91,8 @@ QSharedPointer<ObjectDataBase> MCPSession::ensureProjectDatabase(int id, const Q
 
 bool MCPSession::ensureCanopenLine(int id, ObjectDataBase& database, quint8 line)
 {
-    const int type = lineTypeCode(database, line);
-    if (type == 1 || type == 5 || type == 6)
+    const int type = database.lineType(line);
+    if (Line::carriesCANopen(type))
         return true;
     sendToolText(id,
                  tr("Line %1 is not a CANopen line (lineTypeCode=%2) - this tool only applies to CANopen "
@@ -104,8 +105,8 @@ bool MCPSession::ensureCanopenLine(int id, ObjectDataBase& database, quint8 line
 
 bool MCPSession::ensureJ1939Line(int id, ObjectDataBase& database, quint8 line)
 {
-    const int type = lineTypeCode(database, line);
-    if (type == 2 || type == 5 || type == 7)
+    const int type = database.lineType(line);
+    if (Line::carriesJ1939(type))
         return true;
     sendToolText(id,
                  tr("Line %1 is not a J1939 line (lineTypeCode=%2) - this tool only applies to J1939 lines.")
@@ -117,19 +118,14 @@ bool MCPSession::ensureJ1939Line(int id, ObjectDataBase& database, quint8 line)
 
 bool MCPSession::ensureRawCanLine(int id, ObjectDataBase& database, quint8 line)
 {
-    const int type = lineTypeCode(database, line);
-    if (type == 4 || type == 6 || type == 7)
+    const int type = database.lineType(line);
+    if (Line::carriesRawCan(type))
         return true;
     sendToolText(id,
                  tr("Line %1 is not a RAW-CAN-compatible line for this build (%2, lineTypeCode=%3).")
                      .arg(QString::number(line), QCoreApplication::applicationName(), QString::number(type)),
                  true);
     return false;
-}
-
-int MCPSession::lineTypeCode(ObjectDataBase& database, quint8 line)
-{
-    return database.getGeneralSetting(QStringLiteral("line%1type").arg(line)).toInt();
 }
 
 QString MCPSession::modelCheckSummary()

@@ -60,8 +60,6 @@ public:
     // The PGN tools work on lines that carry J1939, the CAN-ID tools on lines that carry raw CAN.
     bool ensureJ1939Line(int id, ObjectDataBase& database, quint8 line);
     bool ensureRawCanLine(int id, ObjectDataBase& database, quint8 line);
-    // The protocol code of a line as the project stores it; 0 when not set.
-    static int lineTypeCode(ObjectDataBase& database, quint8 line);
 
     // Appended to the reply of every successful edit, so the client learns
     // whether the project would still generate.

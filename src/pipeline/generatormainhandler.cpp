@@ -2,6 +2,7 @@
 
 #include "check/modelchecker.h"
 #include "database/databasemodifier.h"
+#include "database/linetypes.h"
 #include "database/objectdatabase.h"
 #include "database/projectconverter.h"
 #include "generators/abstractgenerator.h"
@@ -10,8 +11,8 @@
 #include "importers/doctxtimporter.h"
 #include "importers/edsimporter.h"
 #include "pipeline/generatorregistry.h"
+#include "pipeline/outputhandlerbase.h"
 #include "pipeline/postgenprocessor.h"
-#include "trw_cli/outputhandlerbase.h"
 
 #include <QCoreApplication>
 #include <QDateTime>
@@ -21,30 +22,6 @@
 #include <QFileInfo>
 
 #include <memory>
-
-namespace {
-
-// Lines from 240 up are not real interfaces of the device, and 254 and 255
-// are scratch lines.
-constexpr int firstNonProtocolLine = 240;
-constexpr int firstScratchLine = 254;
-
-bool isCANopenType(int type)
-{
-    return type == 1 || type == 5 || type == 6;
-}
-
-bool isJ1939Type(int type)
-{
-    return type == 2 || type == 5 || type == 7;
-}
-
-bool isRawCanType(int type)
-{
-    return type == 4 || type == 6 || type == 7;
-}
-
-} // namespace
 
 GeneratorMainHandler::GeneratorMainHandler(OutputHandlerBase* output, QObject* parent,
                                            QSharedPointer<PostGenProgressHandler> progressHandler)
@@ -115,12 +92,12 @@ bool GeneratorMainHandler::importProject(const QString& path)
         return false;
     const QList<quint8> lines = m_database->getNodeList();
     for (quint8 line : lines) {
-        const int type = lineType(line);
-        if (isCANopenType(type))
+        const int type = m_database->lineType(line);
+        if (Line::carriesCANopen(type))
             m_database->copyObjects(&other, line, line, 4096, 65535);
-        if (isJ1939Type(type))
+        if (Line::carriesJ1939(type))
             m_database->copyPGNs(&other, line, line, 0, 131071, ObjectDataBase::Invalid);
-        if (isRawCanType(type))
+        if (Line::carriesRawCan(type))
             m_database->copyCANIDs(&other, line, line, 0, 536870911, ObjectDataBase::Invalid);
     }
     return true;
@@ -221,11 +198,6 @@ void GeneratorMainHandler::runPostGenProcess()
     qDebug() << Q_FUNC_INFO << __LINE__ << QDateTime::currentDateTime();
 }
 
-int GeneratorMainHandler::lineType(quint8 line) const
-{
-    return m_database->getGeneralSetting(QStringLiteral("line%1type").arg(line)).toInt();
-}
-
 bool GeneratorMainHandler::usesV4() const
 {
     return m_database->getGeneralSetting(QStringLiteral("use_core_headers")) == QLatin1String("V4");
@@ -236,18 +208,18 @@ GeneratorMainHandler::RunFacts GeneratorMainHandler::prepareRun()
     RunFacts facts;
     const QList<quint8> lines = m_database->getNodeList();
     for (quint8 line : lines) {
-        if (line >= firstNonProtocolLine)
+        if (line >= Line::firstInternal)
             continue;
-        const int type = lineType(line);
-        facts.hasCANopen |= isCANopenType(type);
-        facts.hasRawCan |= isRawCanType(type);
-        if (isJ1939Type(type)) {
+        const int type = m_database->lineType(line);
+        facts.hasCANopen |= Line::carriesCANopen(type);
+        facts.hasRawCan |= Line::carriesRawCan(type);
+        if (Line::carriesJ1939(type)) {
             facts.hasJ1939 = true;
             m_database->deletePGN(line, 60928, ObjectDataBase::Transmit);
         }
     }
     for (quint8 line : lines) {
-        if (line < firstScratchLine)
+        if (line < Line::firstScratch)
             facts.lineList << line;
     }
     facts.multiLine = facts.lineList.size() > 1;
@@ -280,15 +252,15 @@ bool GeneratorMainHandler::runModelCheck(const RunFacts& facts, bool ignoreCheck
                                          "________________________________________</strong>")
                                           .arg(line));
         }
-        const int type = lineType(line);
-        if (isCANopenType(type))
+        const int type = m_database->lineType(line);
+        if (Line::carriesCANopen(type))
             errorCount += checker.checkCANopenLine(line, m_database, corrected);
-        if (isJ1939Type(type))
+        if (Line::carriesJ1939(type))
             errorCount += checker.checkJ1939Line(facts.lineList.size(), line, m_database,
                                                  ModelChecker::stackHandledPgns());
-        if (isRawCanType(type))
+        if (Line::carriesRawCan(type))
             errorCount += checker.checkRawCANLine(line, m_database);
-        if (!isCANopenType(type) && !isJ1939Type(type) && !isRawCanType(type))
+        if (!Line::carriesCANopen(type) && !Line::carriesJ1939(type) && !Line::carriesRawCan(type))
             handleCheckError(tr("Warning line type not set for line %1.").arg(line));
     }
     m_checkedLine = -1;
@@ -317,7 +289,7 @@ int GeneratorMainHandler::checkModel(QStringList& messages)
     }
     QList<quint8> lineList;
     for (quint8 line : m_database->getNodeList()) {
-        if (line < firstScratchLine)
+        if (line < Line::firstScratch)
             lineList << line;
     }
     for (quint8 line : std::as_const(lineList))
@@ -328,15 +300,15 @@ int GeneratorMainHandler::checkModel(QStringList& messages)
     bool corrected = false;
     int errorCount = checker.checkProject(m_database, m_outputDir);
     for (quint8 line : std::as_const(lineList)) {
-        const int type = lineType(line);
-        if (isCANopenType(type))
+        const int type = m_database->lineType(line);
+        if (Line::carriesCANopen(type))
             errorCount += checker.checkCANopenLine(line, m_database, corrected);
-        if (isJ1939Type(type))
+        if (Line::carriesJ1939(type))
             errorCount +=
                 checker.checkJ1939Line(lineList.size(), line, m_database, ModelChecker::stackHandledPgns());
-        if (isRawCanType(type))
+        if (Line::carriesRawCan(type))
             errorCount += checker.checkRawCANLine(line, m_database);
-        if (!isCANopenType(type) && !isJ1939Type(type) && !isRawCanType(type))
+        if (!Line::carriesCANopen(type) && !Line::carriesJ1939(type) && !Line::carriesRawCan(type))
             messages << tr("Warning: line type not set for line %1.").arg(line);
     }
     return errorCount;
@@ -449,7 +421,7 @@ void GeneratorMainHandler::runSourceSteps(const RunFacts& facts)
     }
     if (facts.hasCANopen) {
         for (quint8 line : facts.lineList) {
-            if (!isCANopenType(lineType(line)))
+            if (!Line::carriesCANopen(m_database->lineType(line)))
                 continue;
             Step doc{QStringLiteral("TextDocGenerator"),
                      {},
@@ -460,8 +432,8 @@ void GeneratorMainHandler::runSourceSteps(const RunFacts& facts)
             runGenerator(doc, facts);
         }
         for (quint8 line : facts.lineList) {
-            const int type = lineType(line);
-            if (!isCANopenType(type))
+            const int type = m_database->lineType(line);
+            if (!Line::carriesCANopen(type))
                 continue;
             Step html{QStringLiteral("HTMLGenerator"),
                       {},
@@ -469,7 +441,7 @@ void GeneratorMainHandler::runSourceSteps(const RunFacts& facts)
                       tr("The file in %2.html in %1 is not writable"),
                       line,
                       true};
-            if (type == 5 || type == 6)
+            if (type == Line::CANopenJ1939 || type == Line::CANopenRawCan)
                 html.options.fileSuffix = QStringLiteral("_co");
             runGenerator(html, facts);
         }
@@ -500,8 +472,8 @@ void GeneratorMainHandler::runMultiProtocolSteps(const RunFacts& facts)
                   tr("Generation of gen_mp.c in %1 started"), tr("The file gen_mp.c in %1 is not writable")},
                  facts);
     for (quint8 line : facts.lineList) {
-        const int type = lineType(line);
-        if (isJ1939Type(type)) {
+        const int type = m_database->lineType(line);
+        if (Line::carriesJ1939(type)) {
             runGenerator({QStringLiteral("J1939TextDocGenerator"),
                           {},
                           tr("Generation of textual PGN documentation in %1 started"),
@@ -510,7 +482,7 @@ void GeneratorMainHandler::runMultiProtocolSteps(const RunFacts& facts)
                           true},
                          facts);
         }
-        if (isRawCanType(type)) {
+        if (Line::carriesRawCan(type)) {
             runGenerator({QStringLiteral("RawCANTextDocGenerator"),
                           {},
                           tr("Generation of raw CAN text documentation in %1 started"),
@@ -528,8 +500,8 @@ void GeneratorMainHandler::runMultiProtocolSteps(const RunFacts& facts)
         }
     }
     for (quint8 line : facts.lineList) {
-        const int type = lineType(line);
-        if (!isJ1939Type(type))
+        const int type = m_database->lineType(line);
+        if (!Line::carriesJ1939(type))
             continue;
         Step html{QStringLiteral("J1939HTMLGenerator"),
                   {},
@@ -537,7 +509,7 @@ void GeneratorMainHandler::runMultiProtocolSteps(const RunFacts& facts)
                   tr("The file in %2.html in %1 is not writable"),
                   line,
                   true};
-        if (type == 5 || type == 7)
+        if (type == Line::CANopenJ1939 || type == Line::J1939RawCan)
             html.options.fileSuffix = QStringLiteral("_j1939");
         runGenerator(html, facts);
     }
@@ -548,7 +520,7 @@ void GeneratorMainHandler::runMultiProtocolSteps(const RunFacts& facts)
 void GeneratorMainHandler::runJ1939DbcSteps(const RunFacts& facts)
 {
     for (quint8 line : facts.lineList) {
-        if (!isJ1939Type(lineType(line)))
+        if (!Line::carriesJ1939(m_database->lineType(line)))
             continue;
         runGenerator({QStringLiteral("DBCGenerator"),
                       {},
@@ -707,7 +679,7 @@ void GeneratorMainHandler::runDescriptionSteps(const RunFacts& facts)
     runGenerator(indication, facts);
 
     for (quint8 line : facts.lineList) {
-        if (!isCANopenType(lineType(line)))
+        if (!Line::carriesCANopen(m_database->lineType(line)))
             continue;
         runGenerator({QStringLiteral("CSVGenerator"),
                       {},
@@ -718,7 +690,7 @@ void GeneratorMainHandler::runDescriptionSteps(const RunFacts& facts)
                      facts);
     }
     for (quint8 line : facts.lineList) {
-        if (!isCANopenType(lineType(line)))
+        if (!Line::carriesCANopen(m_database->lineType(line)))
             continue;
         Step icsv{QStringLiteral("ICSVGenerator"),
                   {},
@@ -731,12 +703,12 @@ void GeneratorMainHandler::runDescriptionSteps(const RunFacts& facts)
         runGenerator(icsv, facts);
     }
     for (quint8 line : facts.lineList) {
-        if (isCANopenType(lineType(line)))
+        if (Line::carriesCANopen(m_database->lineType(line)))
             runEdsVariants(line, facts);
     }
     if (m_database->getGeneralSetting(QStringLiteral("canfd_supported")).toInt() >= 1) {
         for (quint8 line : facts.lineList) {
-            if (!isCANopenType(lineType(line)))
+            if (!Line::carriesCANopen(m_database->lineType(line)))
                 continue;
             runGenerator({QStringLiteral("XDDGenerator"),
                           {},

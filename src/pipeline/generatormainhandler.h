@@ -104,7 +104,6 @@ private:
 
     bool importProject(const QString& path);
     bool importWithImporter(const QFileInfo& info);
-    int lineType(quint8 line) const;
     bool usesV4() const;
     RunFacts prepareRun();
     bool runModelCheck(const RunFacts& facts, bool ignoreCheckErrors);

@@ -3,8 +3,8 @@
 #include "canopenlib/helper.h"
 #include "database/objectdatabase.h"
 #include "pipeline/edscheckerwrapper.h"
+#include "pipeline/outputhandlerbase.h"
 #include "pipeline/postgenprogresshandler.h"
-#include "trw_cli/outputhandlerbase.h"
 
 #include <QCoreApplication>
 #include <QDir>

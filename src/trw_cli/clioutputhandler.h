@@ -1,6 +1,6 @@
 #pragma once
 
-#include "trw_cli/outputhandlerbase.h"
+#include "pipeline/outputhandlerbase.h"
 
 #include <QTextStream>
 

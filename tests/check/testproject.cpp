@@ -1,38 +1,17 @@
 #include "testproject.h"
 
 #include "check/modelchecker.h"
+#include "common/projectbuilder.h"
 
 #include <QCoreApplication>
 #include <QSettings>
 
 #include <gtest/gtest.h>
 
-namespace {
-
-constexpr int managedConst = 1;
-constexpr int applicationVariable = 2;
-
-bool carriesCANopen(int type)
-{
-    return type == 1 || type == 5 || type == 6;
-}
-
-bool carriesJ1939(int type)
-{
-    return type == 2 || type == 5 || type == 7;
-}
-
-bool carriesRawCan(int type)
-{
-    return type == 4 || type == 6 || type == 7;
-}
-
-} // namespace
-
 TestProject::TestProject() : m_db(new ObjectDataBase())
 {
     EXPECT_TRUE(m_db->createNewDataBase());
-    setGeneral(QStringLiteral("line0type"), QStringLiteral("1"));
+    m_db->setLineType(0, Line::CANopen);
     cleanproject::addProjectSettings(*m_db);
     addLineSettings(0);
     addMandatoryObjects(0);
@@ -40,10 +19,10 @@ TestProject::TestProject() : m_db(new ObjectDataBase())
 
 void TestProject::addLine(quint8 line, int type)
 {
-    EXPECT_TRUE(m_db->addNode(line, NODE_DATA_T()));
-    setGeneral(QStringLiteral("line%1type").arg(line), QString::number(type));
+    projectbuilder::addLine(*m_db, line, type);
+    EXPECT_TRUE(m_db->nodeExists(line));
     addLineSettings(line);
-    if (carriesCANopen(type))
+    if (Line::carriesCANopen(type))
         addMandatoryObjects(line);
 }
 
@@ -81,7 +60,7 @@ void TestProject::addArray(quint16 index, const QStringList& values, int dataTyp
 {
     addObject(index, 8, QStringLiteral("array"), line);
     SUBINDEX_DATA_T count = subRecord(5, QStringLiteral("const"), QString::number(values.size()));
-    count.implementation = managedConst;
+    count.implementation = CANopen::ManagedConst;
     addSub(index, 0, count, line);
     for (int sub = 1; sub <= values.size(); ++sub)
         addSub(index, quint8(sub), subRecord(dataType, QStringLiteral("rw"), values.at(sub - 1)), line);
@@ -92,7 +71,7 @@ void TestProject::addMappable(quint16 index, int dataType, const QString& access
     addObject(index, 7, QStringLiteral("process value"), line);
     SUBINDEX_DATA_T record = subRecord(dataType, access, QStringLiteral("0"));
     record.pdomapping = PDOMapping(PDOMapping::Mappable);
-    record.implementation = applicationVariable;
+    record.implementation = CANopen::ApplicationVariable;
     record.varname = QStringLiteral("value_%1").arg(index, 4, 16, QLatin1Char('0'));
     addSub(index, 0, record, line);
 }
@@ -114,7 +93,7 @@ void TestProject::addPdo(quint16 communication, quint16 mapping, const QString& 
 {
     addObject(communication, 9, QStringLiteral("PDO communication parameter"));
     SUBINDEX_DATA_T count = subRecord(5, QStringLiteral("const"), QStringLiteral("2"));
-    count.implementation = managedConst;
+    count.implementation = CANopen::ManagedConst;
     addSub(communication, 0, count);
     addSub(communication, 1, subRecord(7, QStringLiteral("rw"), cobId));
     addSub(communication, 2, subRecord(5, QStringLiteral("rw"), QStringLiteral("255")));
@@ -122,7 +101,7 @@ void TestProject::addPdo(quint16 communication, quint16 mapping, const QString& 
     addObject(mapping, 9, QStringLiteral("PDO mapping parameter"));
     SUBINDEX_DATA_T entryCount = subRecord(5, mappingAccess, QString::number(entries.size()));
     if (mappingAccess == QLatin1String("const"))
-        entryCount.implementation = managedConst;
+        entryCount.implementation = CANopen::ManagedConst;
     addSub(mapping, 0, entryCount);
     for (int sub = 1; sub <= entries.size(); ++sub)
         addSub(mapping, quint8(sub), subRecord(7, mappingAccess, entries.at(sub - 1)));
@@ -156,20 +135,20 @@ CheckOutcome TestProject::run()
                      [&outcome](const QString& text) { outcome.messages << text; });
     QList<quint8> lines;
     for (quint8 line : m_db->getNodeList()) {
-        if (line < 254)
+        if (line < Line::firstScratch)
             lines << line;
     }
     for (quint8 line : std::as_const(lines))
         m_db->cacheAllSubs(line, 0);
     outcome.errors = checker.checkProject(m_db, folder());
     for (quint8 line : std::as_const(lines)) {
-        const int type = m_db->getGeneralSetting(QStringLiteral("line%1type").arg(line)).toInt();
-        if (carriesCANopen(type))
+        const int type = m_db->lineType(line);
+        if (Line::carriesCANopen(type))
             outcome.errors += checker.checkCANopenLine(line, m_db, outcome.corrected);
-        if (carriesJ1939(type))
+        if (Line::carriesJ1939(type))
             outcome.errors +=
                 checker.checkJ1939Line(lines.size(), line, m_db, ModelChecker::stackHandledPgns());
-        if (carriesRawCan(type))
+        if (Line::carriesRawCan(type))
             outcome.errors += checker.checkRawCANLine(line, m_db);
     }
 

@@ -10,45 +10,6 @@
 
 namespace generatortest {
 
-void addObject(ObjectDataBase& db, quint8 line, quint16 index, const QString& name, int objectType,
-               QList<Sub> subs)
-{
-    INDEX_DATA_T object;
-    object.name = name;
-    object.objecttype = objectType;
-    db.addIndex(line, index, object);
-    if (subs.isEmpty())
-        subs << Sub{0, name};
-    for (const Sub& entry : std::as_const(subs)) {
-        SUBINDEX_DATA_T sub;
-        sub.name = entry.name;
-        sub.datatype = entry.datatype;
-        sub.defaultvalue = entry.defaultvalue;
-        sub.accesstype = entry.accesstype;
-        sub.implementation = entry.implementation;
-        sub.nvstorage = entry.nvstorage;
-        db.addSubIndex(line, index, entry.subindex, sub);
-    }
-}
-
-void addLine(ObjectDataBase& db, quint8 line, int type)
-{
-    if (line != 0)
-        db.addNode(line, NODE_DATA_T());
-    db.setGeneralSetting(QStringLiteral("line%1type").arg(line), QString::number(type));
-}
-
-void cacheLines(ObjectDataBase& db)
-{
-    const QList<quint8> lines = db.getNodeList();
-    for (quint8 line : lines) {
-        db.cacheAllSubs(line, 0);
-        db.cacheSubNames(line, 0);
-        db.cacheAllSPNs(line);
-    }
-    db.loadStringPool();
-}
-
 QString runGenerator(AbstractGenerator& generator, ObjectDataBase& db, const QString& dir,
                      const QString& fileName, bool multiLine)
 {
@@ -74,19 +35,26 @@ void writeFile(const QString& path, const QString& text)
     file.write(text.toUtf8());
 }
 
-bool anyLineOfType(ObjectDataBase& db, const QList<int>& types)
+namespace {
+
+bool anyLineCarries(ObjectDataBase& db, bool (*carries)(int))
 {
     const QList<quint8> lines = db.getNodeList();
-    return std::any_of(lines.cbegin(), lines.cend(), [&](quint8 line) {
-        return types.contains(db.getGeneralSetting(QStringLiteral("line%1type").arg(line)).toInt());
-    });
+    return std::any_of(lines.cbegin(), lines.cend(), [&](quint8 line) { return carries(db.lineType(line)); });
 }
+
+bool carriesCANopenOrRawCan(int type)
+{
+    return Line::carriesCANopen(type) || Line::carriesRawCan(type);
+}
+
+} // namespace
 
 void setProtocolFlags(CoDefineGenerator& generator, ObjectDataBase& db)
 {
-    const bool j1939 = anyLineOfType(db, {2, 5, 7});
+    const bool j1939 = anyLineCarries(db, Line::carriesJ1939);
     generator.setJ1939Present(j1939);
-    generator.setMixedProtocols(j1939 ? anyLineOfType(db, {1, 4, 5, 6, 7}) : anyLineOfType(db, {4, 6, 7}));
+    generator.setMixedProtocols(anyLineCarries(db, j1939 ? carriesCANopenOrRawCan : Line::carriesRawCan));
 }
 
 bool runCompiler(const QStringList& arguments, const QString& dir, QString& output, const QString& compiler)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "common/projectbuilder.h"
 #include "database/objectdatabase.h"
 
 #include <QList>
@@ -21,32 +22,10 @@ inline void PrintTo(const QString& text, std::ostream* out)
 
 namespace generatortest {
 
-// One sub-index of a test object.
-struct Sub
-{
-    Sub(quint8 subindex, const QString& name, int datatype = 7, const QString& defaultvalue = QString(),
-        const QString& accesstype = QStringLiteral("ro"), int implementation = 0, bool nvstorage = false)
-        : subindex(subindex), name(name), datatype(datatype), defaultvalue(defaultvalue),
-          accesstype(accesstype), implementation(implementation), nvstorage(nvstorage)
-    {
-    }
-
-    quint8 subindex;
-    QString name;
-    int datatype;
-    QString defaultvalue;
-    QString accesstype;
-    int implementation;
-    bool nvstorage;
-};
-
-// Adds an object with its sub-indices; a VAR gets sub-index 0 when none is given.
-void addObject(ObjectDataBase& db, quint8 line, quint16 index, const QString& name, int objectType,
-               QList<Sub> subs = {});
-// Adds line `line` of the given type (line 0 exists in a new project).
-void addLine(ObjectDataBase& db, quint8 line, int type);
-// Fills the sub-index caches of all lines, as the pipeline does before any generator.
-void cacheLines(ObjectDataBase& db);
+using projectbuilder::addLine;
+using projectbuilder::addObject;
+using projectbuilder::cacheLines;
+using projectbuilder::Sub;
 
 // Configures the generator as the pipeline does, runs it to its end and
 // returns the file it wrote in `dir`.
@@ -57,7 +36,6 @@ QString runGenerator(AbstractGenerator& generator, ObjectDataBase& db, const QSt
 QString withoutBanner(const QString& text);
 
 void writeFile(const QString& path, const QString& text);
-bool anyLineOfType(ObjectDataBase& db, const QList<int>& types);
 // Tells the define generator about J1939 and mixed protocols as the pipeline
 // does: beside J1939 any CANopen or raw CAN line makes the project mixed.
 void setProtocolFlags(CoDefineGenerator& generator, ObjectDataBase& db);

@@ -52,57 +52,39 @@ QString applicationHeader(ObjectDataBase& db)
 
 } // namespace
 
-void addObject(ObjectDataBase& db, quint8 line, quint16 index, int objectType, const QList<SubRow>& subs)
-{
-    INDEX_DATA_T object;
-    object.name = QStringLiteral("object %1").arg(index, 4, 16, QLatin1Char('0'));
-    object.objecttype = objectType;
-    object.datatype = subs.size() == 1 ? subs.first().datatype : 5;
-    db.addIndex(line, index, object);
-    for (const SubRow& entry : subs) {
-        SUBINDEX_DATA_T sub;
-        sub.name = QStringLiteral("sub %1").arg(entry.subindex);
-        sub.datatype = entry.datatype;
-        sub.defaultvalue = entry.defaultvalue;
-        sub.implementation = entry.implementation;
-        sub.accesstype = entry.accesstype;
-        sub.varname = entry.varname;
-        sub.size = entry.size;
-        db.addSubIndex(line, index, entry.subindex, sub);
-    }
-}
-
 void addSyntheticDevice(ObjectDataBase& db, quint8 line)
 {
     const QString rw = QStringLiteral("rw");
     auto count = [](const QString& value, const QString& access = QStringLiteral("ro")) {
         return SubRow{0, 5, value, 0, access};
     };
+    auto writable = [&rw](quint8 subindex, int type, const QString& value) {
+        return SubRow{subindex, type, value, 0, rw};
+    };
+    auto constant = [](quint8 subindex, int type, const QString& value, int size = 0) {
+        return SubRow{subindex, type, value, 1, QStringLiteral("const"), QString(), size};
+    };
     addObject(db, line, 0x1000, 7, {{0, 7, "0x00020191"}});
     addObject(db, line, 0x1001, 7, {{0, 5, "0"}});
-    addObject(db, line, 0x1005, 7, {{0, 7, "0x80", 0, rw}});
-    addObject(db, line, 0x1006, 7, {{0, 7, "0", 0, rw}});
+    addObject(db, line, 0x1005, 7, {writable(0, 7, "0x80")});
+    addObject(db, line, 0x1006, 7, {writable(0, 7, "0")});
     addObject(db, line, 0x1014, 7, {{0, 7, "$NODEID+0x80"}});
-    addObject(db, line, 0x1016, 8, {count("2"), {1, 7, "0", 0, rw}, {2, 7, "0", 0, rw}});
-    addObject(db, line, 0x1017, 7, {{0, 6, "1000", 0, rw}});
+    addObject(db, line, 0x1016, 8, {count("2"), writable(1, 7, "0"), writable(2, 7, "0")});
+    addObject(db, line, 0x1017, 7, {writable(0, 6, "1000")});
     addObject(db, line, 0x1018, 9, {count("4"), {1, 7, "0x1234"}, {2, 7, "1"}, {3, 7, "2"}, {4, 7, "3"}});
-    addObject(db, line, 0x1019, 7, {{0, 5, "0", 0, rw}});
+    addObject(db, line, 0x1019, 7, {writable(0, 5, "0")});
     addObject(db, line, 0x1200, 9, {count("2"), {1, 7, "$NODEID+0x600"}, {2, 7, "$NODEID+0x580"}});
-    addObject(db, line, 0x1400, 9, {count("2"), {1, 7, "$NODEID+0x200", 0, rw}, {2, 5, "255", 0, rw}});
+    addObject(db, line, 0x1400, 9, {count("2"), writable(1, 7, "$NODEID+0x200"), writable(2, 5, "255")});
     addObject(db, line, 0x1600, 9, {count("2"), {1, 7, "0x20000108"}, {2, 7, "0x20010210"}});
     addObject(db, line, 0x1800, 9,
-              {count("6"),
-               {1, 7, "$NODEID+0x180", 0, rw},
-               {2, 5, "254", 0, rw},
-               {3, 6, "0", 0, rw},
-               {5, 6, "100", 0, rw},
-               {6, 5, "0", 0, rw}});
+              {count("6"), writable(1, 7, "$NODEID+0x180"), writable(2, 5, "254"), writable(3, 6, "0"),
+               writable(5, 6, "100"), writable(6, 5, "0")});
     addObject(db, line, 0x1A00, 9,
               {count("3"), {1, 7, "0x20020420"}, {2, 7, "0x20030310"}, {3, 7, "0x20020218"}});
     // Subindices 4 to 6 are equal and compact; 3 differs.
     QList<SubRow> arraySubs = {count("6")};
     for (quint8 s = 1; s <= 6; ++s)
-        arraySubs << SubRow{s, 5, s == 3 ? "7" : "0", 0, rw};
+        arraySubs << writable(s, 5, s == 3 ? "7" : "0");
     addObject(db, line, 0x2000, 8, arraySubs);
     const QList<QPair<int, QString>> groups = {{5, "u8"},   {6, "u16"},  {22, "u24"}, {7, "u32"},
                                                {24, "u40"}, {25, "u48"}, {27, "u64"}, {2, "i8"},
@@ -113,44 +95,28 @@ void addSyntheticDevice(ObjectDataBase& db, quint8 line)
         applicationSubs << SubRow{quint8(i + 1), groups.at(i).first, "0", 2, rw, name};
     }
     addObject(db, line, 0x2001, 9, applicationSubs);
-    const QList<QPair<int, QString>> values = {{5, "1"},
-                                               {22, "0x12345"},
-                                               {6, "0x10"},
-                                               {7, "4000000000"},
-                                               {24, "0x0102030405"},
-                                               {25, "0x010203040506"},
-                                               {27, "0x0102030405060708"},
-                                               {2, "-5"},
-                                               {3, "-300"},
-                                               {16, "-2"},
-                                               {4, "-70000"},
-                                               {8, "1.5"},
-                                               {1, "1"}};
-    QList<SubRow> valueSubs = {count(QString::number(values.size()))};
-    for (int i = 0; i < values.size(); ++i)
-        valueSubs << SubRow{quint8(i + 1), values.at(i).first, values.at(i).second, 0, rw};
-    addObject(db, line, 0x2002, 9, valueSubs);
+    addObject(db, line, 0x2002, 9,
+              {count("13"), writable(1, 5, "1"), writable(2, 22, "0x12345"), writable(3, 6, "0x10"),
+               writable(4, 7, "4000000000"), writable(5, 24, "0x0102030405"),
+               writable(6, 25, "0x010203040506"), writable(7, 27, "0x0102030405060708"), writable(8, 2, "-5"),
+               writable(9, 3, "-300"), writable(10, 16, "-2"), writable(11, 4, "-70000"),
+               writable(12, 8, "1.5"), writable(13, 1, "1")});
     addObject(db, line, 0x2003, 9,
-              {count("7"),
-               {1, 5, "3", 1, "const"},
-               {2, 7, "$NODEID+0x600", 1, "const"},
-               {3, 3, "-1", 1, "const"},
-               {4, 9, "hello", 1, "const", QString(), 5},
-               {5, 10, "|x414243", 1, "const", QString(), 3},
-               {6, 124, "grün", 1, "const", QString(), 5},
-               {7, 27, "0x10", 1, "const"}});
+              {count("7"), constant(1, 5, "3"), constant(2, 7, "$NODEID+0x600"), constant(3, 3, "-1"),
+               constant(4, 9, "hello", 5), constant(5, 10, "|x414243", 3), constant(6, 124, "grün", 5),
+               constant(7, 27, "0x10")});
     addObject(db, line, 0x2004, 7, {{0, 9, "abc", 2, rw, "app_text_l{line}", 16}});
     addObject(db, line, 0x2005, 7, {{0, 10, "|x01020304", 2, rw, "app_octets_l{line}", 4}});
     addObject(db, line, 0x2006, 2, {{0, 15, "", 2, rw, "app_domain_l{line}"}});
     addObject(db, line, 0x2007, 7, {{0, 124, "", 2, rw, "app_utf8_l{line}", 8}});
     addObject(db, line, 0x2008, 7, {{0, 5, "0", 3, rw}});
-    addObject(db, line, 0x2009, 9, {count("2"), {1, 6, "1", 0, rw}, {2, 7, "2", 3, rw}});
+    addObject(db, line, 0x2009, 9, {count("2"), writable(1, 6, "1"), {2, 7, "2", 3, rw}});
     QList<SubRow> equalSubs = {count("10")};
     for (quint8 s = 1; s <= 10; ++s)
-        equalSubs << SubRow{s, 6, "5", 0, rw};
+        equalSubs << writable(s, 6, "5");
     addObject(db, line, 0x200A, 8, equalSubs);
-    addObject(db, line, 0x200B, 7, {{0, 12, "0", 0, rw}});
-    addObject(db, line, 0x2010, 7, {{0, 7, "9", 0, rw}});
+    addObject(db, line, 0x200B, 7, {writable(0, 12, "0")});
+    addObject(db, line, 0x2010, 7, {writable(0, 7, "9")});
     // Shared by the lines; writable with limits and mappable, so that limit and mapping attributes appear.
     SUBINDEX_DATA_T shared;
     db.getSubIndex(line, 0x2010, 0, shared);
@@ -169,15 +135,14 @@ void addSyntheticDevice(ObjectDataBase& db, quint8 line)
 void makeSyntheticProject(ObjectDataBase& db, bool twoLines)
 {
     db.createNewDataBase();
-    db.setGeneralSetting(QStringLiteral("line0type"), QStringLiteral("1"));
+    db.setLineType(0, Line::CANopen);
     db.setGeneralSetting(QStringLiteral("new_init_structure"), QStringLiteral("1"));
     db.setGeneralSetting(QStringLiteral("init_static_variables"), QStringLiteral("1"));
     db.setGeneralSetting(QStringLiteral("co_node_id"),
                          twoLines ? QStringLiteral("16,17") : QStringLiteral("16"));
     addSyntheticDevice(db, 0);
     if (twoLines) {
-        db.addNode(1, NODE_DATA_T());
-        db.setGeneralSetting(QStringLiteral("line1type"), QStringLiteral("1"));
+        projectbuilder::addLine(db, 1, Line::CANopen);
         addSyntheticDevice(db, 1);
     }
 }

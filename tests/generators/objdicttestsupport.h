@@ -1,5 +1,6 @@
 #pragma once
 
+#include "common/projectbuilder.h"
 #include "database/objectdatabase.h"
 
 #include <QList>
@@ -9,19 +10,8 @@
 
 namespace objdicttest {
 
-// One sub-index of a synthetic object, with the fields gen_objdict.c looks at.
-struct SubRow
-{
-    quint8 subindex;
-    int datatype;
-    QString defaultvalue;
-    int implementation = 0;
-    QString accesstype = QStringLiteral("ro");
-    QString varname = QString();
-    int size = 0;
-};
-
-void addObject(ObjectDataBase& db, quint8 line, quint16 index, int objectType, const QList<SubRow>& subs);
+using SubRow = projectbuilder::Sub;
+using projectbuilder::addObject;
 
 // A device with every storage class (managed, constant, application variable,
 // virtual), every numeric value group including the 24, 40, 48 and 64 bit

@@ -50,31 +50,26 @@ QString classicText(ObjectDataBase& db, const QString& dir)
 // heartbeat consumers, store parameters and one variable kept in NV storage.
 void addSmallDevice(ObjectDataBase& db, quint8 line)
 {
-    addObject(db, line, 0x1000, "Device type", 7, {{0, "Device type", 7, "0x00020191"}});
-    addObject(db, line, 0x1010, "Store parameters", 8, {{0, "count", 5, "1"}, {1, "save all", 7, "1"}});
+    addObject(db, line, 0x1000, "Device type", 7, {Sub(0, "Device type", 7, "0x00020191")});
+    addObject(db, line, 0x1010, "Store parameters", 8, {Sub(0, "count", 5, "1"), Sub(1, "save all", 7, "1")});
     addObject(db, line, 0x1016, "Consumer heartbeat time", 8,
-              {{0, "count", 5, "2"}, {1, "consumer 1", 7, "0"}, {2, "consumer 2", 7, "0"}});
-    addObject(db, line, 0x1017, "Producer heartbeat time", 7, {{0, "time", 6, "0"}});
-    addObject(db, line, 0x1018, "Identity object", 9, {{0, "count", 5, "1"}, {1, "Vendor-ID", 7, "0"}});
+              {Sub(0, "count", 5, "2"), Sub(1, "consumer 1", 7, "0"), Sub(2, "consumer 2", 7, "0")});
+    addObject(db, line, 0x1017, "Producer heartbeat time", 7, {Sub(0, "time", 6, "0")});
+    addObject(db, line, 0x1018, "Identity object", 9, {Sub(0, "count", 5, "1"), Sub(1, "Vendor-ID", 7, "0")});
     addObject(db, line, 0x1200, "SDO server parameter", 9,
-              {{0, "count", 5, "2"},
-               {1, "COB-ID client to server", 7, "$NODEID+0x600"},
-               {2, "COB-ID server to client", 7, "$NODEID+0x580"}});
+              {Sub(0, "count", 5, "2"), Sub(1, "COB-ID client to server", 7, "$NODEID+0x600"),
+               Sub(2, "COB-ID server to client", 7, "$NODEID+0x580")});
     addObject(db, line, 0x1400, "RPDO communication parameter", 9,
-              {{0, "count", 5, "5"},
-               {1, "COB-ID", 7, "$NODEID+0x200"},
-               {2, "type", 5, "255"},
-               {5, "event timer", 6, "0"}});
+              {Sub(0, "count", 5, "5"), Sub(1, "COB-ID", 7, "$NODEID+0x200"), Sub(2, "type", 5, "255"),
+               Sub(5, "event timer", 6, "0")});
     addObject(db, line, 0x1600, "RPDO mapping parameter", 9,
-              {{0, "count", 5, "2", "rw"}, {1, "entry 1", 7, "0x20000008"}, {2, "entry 2", 7, "0"}});
+              {Sub(0, "count", 5, "2", "rw"), Sub(1, "entry 1", 7, "0x20000008"), Sub(2, "entry 2", 7, "0")});
     addObject(db, line, 0x1800, "TPDO communication parameter", 9,
-              {{0, "count", 5, "3"},
-               {1, "COB-ID", 7, "$NODEID+0x180"},
-               {2, "type", 5, "255"},
-               {3, "inhibit", 6, "0"}});
+              {Sub(0, "count", 5, "3"), Sub(1, "COB-ID", 7, "$NODEID+0x180"), Sub(2, "type", 5, "255"),
+               Sub(3, "inhibit", 6, "0")});
     addObject(db, line, 0x1A00, "TPDO mapping parameter", 9,
-              {{0, "count", 5, "1"}, {1, "entry 1", 7, "0x20000008"}});
-    addObject(db, line, 0x2000, "Value", 7, {{0, "Value", 5, "0", "rw", 0, true}});
+              {Sub(0, "count", 5, "1"), Sub(1, "entry 1", 7, "0x20000008")});
+    addObject(db, line, 0x2000, "Value", 7, {Sub(0, "Value", 5, "0", "rw", 0, true)});
 }
 
 void openSmallProject(ObjectDataBase& db)
@@ -454,11 +449,11 @@ TEST_F(DefineGenerator, AllTargets)
 TEST_F(DefineGenerator, ListsAndSumsOverLines)
 {
     addLine(db, 1, 1);
-    addObject(db, 1, 0x1000, "Device type", 7, {{0, "Device type", 7, "0x00000191"}});
-    addObject(db, 1, 0x1280, "SDO client parameter", 9, {{0, "count", 5, "3"}});
-    addObject(db, 1, 0x1281, "SDO client parameter", 9, {{0, "count", 5, "3"}});
+    addObject(db, 1, 0x1000, "Device type", 7, {Sub(0, "Device type", 7, "0x00000191")});
+    addObject(db, 1, 0x1280, "SDO client parameter", 9, {Sub(0, "count", 5, "3")});
+    addObject(db, 1, 0x1281, "SDO client parameter", 9, {Sub(0, "count", 5, "3")});
     addObject(db, 1, 0x1016, "Consumer heartbeat time", 8,
-              {{0, "count", 5, "3"}, {1, "c1", 7, "0"}, {2, "c2", 7, "0"}, {3, "c3", 7, "0"}});
+              {Sub(0, "count", 5, "3"), Sub(1, "c1", 7, "0"), Sub(2, "c2", 7, "0"), Sub(3, "c3", 7, "0")});
     db.setGeneralSetting("receivebuffersize", "10, 12u");
     db.setGeneralSetting("transmitbuffersize", "4,6");
     db.setGeneralSetting("co_node_id_fct", "fctA,fctB");
@@ -521,7 +516,7 @@ TEST_F(DefineGenerator, SettingValuesTestedAsNumbersWrittenAsText)
         ObjectDataBase project;
         openSmallProject(project);
         addObject(project, 0, 0x1F81, "Slave assignment", 8,
-                  {{0, "count", 5, "2"}, {1, "node 1", 7, "0"}, {2, "node 2", 7, "0"}});
+                  {Sub(0, "count", 5, "2"), Sub(1, "node 1", 7, "0"), Sub(2, "node 2", 7, "0")});
         for (const auto& [key, value] : c.settings)
             project.setGeneralSetting(key, value);
         const QString text = classicText(project, dir.path());
@@ -552,7 +547,7 @@ TEST(DefineGeneratorFd, CanFdLineWithoutSdoServer)
     ObjectDataBase db;
     ASSERT_TRUE(db.createNewDataBase());
     addLine(db, 0, 1);
-    addObject(db, 0, 0x1000, "Device type", 7, {{0, "Device type", 7, "0"}});
+    addObject(db, 0, 0x1000, "Device type", 7, {Sub(0, "Device type", 7, "0")});
     db.setGeneralSetting("canfd_supported", "1");
     const QString text = classicText(db, dir.path());
     EXPECT_TRUE(text.contains("#define CO_SSDO_COUNTS\t0u\n"));
@@ -593,12 +588,10 @@ TEST_F(DefineGenerator, CanEventWrittenOnce)
 TEST_F(DefineGenerator, VirtualObjectBlock)
 {
     addObject(db, 0, 0x3000, "Remote values", 9,
-              {{0, "count", 5, "3"},
-               {1, "a", 7, "0", "rw", 3},
-               {2, "b", 7, "0", "rw", 3},
-               {3, "c", 9, "", "ro", 3}});
-    addObject(db, 0, 0x3001, "Remote byte", 7, {{0, "byte", 5, "0", "rw", 3}});
-    addObject(db, 0, 0xC000, "Beyond the range", 7, {{0, "x", 5, "0", "rw", 3}});
+              {Sub(0, "count", 5, "3"), Sub(1, "a", 7, "0", "rw", 3), Sub(2, "b", 7, "0", "rw", 3),
+               Sub(3, "c", 9, "", "ro", 3)});
+    addObject(db, 0, 0x3001, "Remote byte", 7, {Sub(0, "byte", 5, "0", "rw", 3)});
+    addObject(db, 0, 0xC000, "Beyond the range", 7, {Sub(0, "x", 5, "0", "rw", 3)});
     const QString text = classic();
     EXPECT_TRUE(text.contains("\n"
                               "#define CO_VIRTUAL_INDEX_CNT 2u\n"

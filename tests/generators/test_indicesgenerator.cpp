@@ -26,6 +26,21 @@ QString generateIndices(ObjectDataBase& db, const QString& dir, bool multiLine =
     return runGenerator(generator, db, dir, QStringLiteral("gen_indices.h"), multiLine);
 }
 
+// A new project without lines beyond line 0.
+class IndicesHeader : public ::testing::Test
+{
+protected:
+    void SetUp() override { ASSERT_TRUE(db.createNewDataBase()); }
+    QString generate(bool multiLine = false, const QList<quint8>& lines = {0})
+    {
+        return generateIndices(db, dir.path(), multiLine, lines);
+    }
+
+    QTemporaryDir dir;
+    ObjectDataBase db;
+};
+using GeneratorFrame = IndicesHeader;
+
 TEST(IndicesGenerator, MakeIdentifierReplacesAndShrinks)
 {
     const QList<QPair<QString, QString>> cases = {
@@ -42,11 +57,8 @@ TEST(IndicesGenerator, MakeIdentifierReplacesAndShrinks)
 
 // A single-line project: names from objects, sub-indices, metadata, with
 // repeated names made unique and repeated defines left out.
-TEST(IndicesGenerator, SingleLineFileIsExact)
+TEST_F(IndicesHeader, SingleLineFileIsExact)
 {
-    QTemporaryDir dir;
-    ObjectDataBase db;
-    ASSERT_TRUE(db.createNewDataBase());
     addLine(db, 0, 1);
     addObject(db, 0, 0x1000, "Device type", 7);
     addObject(db, 0, 0x1018, "Identity object", 9,
@@ -65,7 +77,7 @@ TEST(IndicesGenerator, SingleLineFileIsExact)
     channel.metadata.reset(new QMap<QString, QString>{{"subdefine", "first channel"}});
     db.addSubIndex(0, 0x2300, 1, channel);
 
-    const QString text = generateIndices(db, dir.path());
+    const QString text = generate();
     const QStringList banner = text.split('\n').mid(0, 3);
     ASSERT_EQ(banner.size(), 3);
     EXPECT_EQ(banner[0], "/*");
@@ -124,17 +136,14 @@ TEST(IndicesGenerator, LinePrefixFollowsMultiLineAndGenerateML)
     }
 }
 
-TEST(IndicesGenerator, MultiLineProjectNamesEachLine)
+TEST_F(IndicesHeader, MultiLineProjectNamesEachLine)
 {
-    QTemporaryDir dir;
-    ObjectDataBase db;
-    ASSERT_TRUE(db.createNewDataBase());
     addLine(db, 0, 1);
     addLine(db, 1, 1);
     addObject(db, 0, 0x1000, "Device type", 7);
     addObject(db, 1, 0x1000, "Device type", 7);
     addObject(db, 1, 0x1401, "RPDO comm par 2 for node 5 motor", 9, {{0, "count"}, {1, "COB-ID"}});
-    const QString text = generateIndices(db, dir.path(), true, {0, 1});
+    const QString text = generate(true, {0, 1});
     EXPECT_TRUE(text.contains("#define L0_I_DEVICE_TYPE         \t0x1000u\n"));
     EXPECT_TRUE(text.contains("#define L1_I_DEVICE_TYPE         \t0x1000u\n"));
     EXPECT_TRUE(text.contains("#define L1_MOTOR_RPDO_5_2        \t2u\n")) << text.toStdString();
@@ -177,11 +186,8 @@ TEST(IndicesGenerator, PdoAliasRule)
     }
 }
 
-TEST(IndicesGenerator, PgnsSpnsAndRawCanIdentifiers)
+TEST_F(IndicesHeader, PgnsSpnsAndRawCanIdentifiers)
 {
-    QTemporaryDir dir;
-    ObjectDataBase db;
-    ASSERT_TRUE(db.createNewDataBase());
     addLine(db, 0, 2);
     addLine(db, 1, 4);
     auto pgn = [](quint8 direction, const QString& name) {
@@ -217,7 +223,7 @@ TEST(IndicesGenerator, PgnsSpnsAndRawCanIdentifiers)
     id.direction = ObjectDataBase::Receive;
     db.addCANID(1, 0x201, id);
 
-    const QString text = withoutBanner(generateIndices(db, dir.path(), true, {0, 1}));
+    const QString text = withoutBanner(generate(true, {0, 1}));
     const QString expected = "#define L0_PGN_ELECTRONIC_ENGINE_CONTROLLER_1\t61444u /* 0xf004 */\n"
                              "#define L0_SPN_ENGINE_SPEED_61444_119\t190u\n"
                              "#define L0_SPN_ACTUAL_ENGINE_TORQUE\t513u\n"
@@ -270,25 +276,19 @@ TEST(IndicesGenerator, AddressClaimBlock)
     }
 }
 
-TEST(IndicesGenerator, ObjectWithoutNameGetsTheDefaultName)
+TEST_F(IndicesHeader, ObjectWithoutNameGetsTheDefaultName)
 {
-    QTemporaryDir dir;
-    ObjectDataBase db;
-    ASSERT_TRUE(db.createNewDataBase());
     addObject(db, 0, 0x2000, "", 7, {{0, "x"}});
     addObject(db, 0, 0x2001, "", 7, {{0, "x"}});
-    const QString text = generateIndices(db, dir.path());
+    const QString text = generate();
     EXPECT_TRUE(text.contains("#define I_UNNAMED_OBJECT         \t0x2000u\n"
                               "#define I_UNNAMED_OBJECT_1       \t0x2001u\n"))
         << text.toStdString();
 }
 
 // The configuration answers of the frame, in the order the pipeline calls them.
-TEST(GeneratorFrame, ConfigurationStatus)
+TEST_F(GeneratorFrame, ConfigurationStatus)
 {
-    QTemporaryDir dir;
-    ObjectDataBase db;
-    ASSERT_TRUE(db.createNewDataBase());
     IndicesGenerator generator;
     EXPECT_EQ(generator.stop(), AbstractGenerator::NotRunning);
     EXPECT_EQ(generator.setLine(3), AbstractGenerator::Ok);
@@ -326,11 +326,8 @@ protected:
 
 // While a generator runs, a second start and every setter are refused; its
 // progress reaches the receiver's thread in order before waitUntilDone returns.
-TEST(GeneratorFrame, RunningGeneratorRefusesAndReportsInOrder)
+TEST_F(GeneratorFrame, RunningGeneratorRefusesAndReportsInOrder)
 {
-    QTemporaryDir dir;
-    ObjectDataBase db;
-    ASSERT_TRUE(db.createNewDataBase());
     HeldGenerator generator;
     generator.setOutputDir(dir.path());
     generator.setDatabase(&db);
@@ -354,7 +351,7 @@ TEST(GeneratorFrame, RunningGeneratorRefusesAndReportsInOrder)
     EXPECT_EQ(generator.stop(), AbstractGenerator::NotRunning);
 }
 
-TEST(GeneratorFrame, FormatWideInteger)
+TEST_F(GeneratorFrame, FormatWideInteger)
 {
     struct Case
     {
@@ -383,7 +380,7 @@ TEST(GeneratorFrame, FormatWideInteger)
 
 // The date of the banner follows the user's format, read from the per-user
 // settings of this edition of the tool.
-TEST(GeneratorFrame, BannerDateInTheUsersFormat)
+TEST_F(GeneratorFrame, BannerDateInTheUsersFormat)
 {
     QTemporaryDir settingsDir;
     QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, settingsDir.path());
@@ -392,10 +389,7 @@ TEST(GeneratorFrame, BannerDateInTheUsersFormat)
         QSettings user(QCoreApplication::organizationName(), "CANopen Tarnwick 4");
         user.setValue("General/date_time_format", "yyyy/MM/dd");
     }
-    QTemporaryDir dir;
-    ObjectDataBase db;
-    ASSERT_TRUE(db.createNewDataBase());
-    const QString text = generateIndices(db, dir.path());
+    const QString text = generate();
     qApp->setProperty("AppNameWithVersion", QVariant());
     QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope,
                        QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation));
@@ -406,11 +400,8 @@ TEST(GeneratorFrame, BannerDateInTheUsersFormat)
 
 // A running generator polls for a cancel between objects and still closes
 // the file properly.
-TEST(IndicesGenerator, CancelEndsTheFileProperly)
+TEST_F(IndicesHeader, CancelEndsTheFileProperly)
 {
-    QTemporaryDir dir;
-    ObjectDataBase db;
-    ASSERT_TRUE(db.createNewDataBase());
     for (int i = 0; i < 2000; ++i)
         addObject(db, 0, quint16(0x2000 + i), QStringLiteral("Value %1").arg(i), 7);
     cacheLines(db);

@@ -245,6 +245,11 @@ namespace {
 
 struct PieceCase
 {
+    PieceCase(const char* name, bool twoLines, bool core, const char* settings, const QStringList& pieces)
+        : name(name), twoLines(twoLines), core(core), settings(settings), pieces(pieces)
+    {
+    }
+
     const char* name;
     bool twoLines;
     bool core;
@@ -273,10 +278,7 @@ TEST_P(ExactPieces, AreWrittenAsTheStackExpectsThem)
 INSTANTIATE_TEST_SUITE_P(
     ObjDictGenerator, ExactPieces,
     testing::Values(
-        PieceCase{"TableNames",
-                  false,
-                  false,
-                  "",
+        PieceCase("TableNames", false, false, "",
                   {"static UNSIGNED8 CO_STORAGE_CLASS\tod_u8[",
                    "static INTEGER8  CO_STORAGE_CLASS\tod_i8[1]= {\n",
                    "static CO_CONST UNSIGNED32 CO_CONST_STORAGE_CLASS\tod_const_u32[",
@@ -293,11 +295,8 @@ INSTANTIATE_TEST_SUITE_P(
                    "static CO_CONST PDO_REC_MAP_TABLE_T CO_CONST_STORAGE_CLASS\tmapTableRPDO1 = {\n",
                    "CO_CONST CO_OD_DATA_VARIABLES_T od_data_variables = {\n   &od_const_u8[0]\n    , "
                    "&od_const_u16[0]\n",
-                   "    retVal = coNmtInit(0u);\n    if (retVal != RET_OK) {\n"}},
-        PieceCase{"WideIntegerInitialisers",
-                  false,
-                  false,
-                  "",
+                   "    retVal = coNmtInit(0u);\n    if (retVal != RET_OK) {\n"}),
+        PieceCase("WideIntegerInitialisers", false, false, "",
                   {"\tU24_SET(0x01,0x23,0x45) /* 0x2002:2 */",
                    "\tU40_SET(0x01,0x02,0x03,0x04,0x05) /* 0x2002:5 */",
                    "\tU48_SET(0x01,0x02,0x03,0x04,0x05,0x06) /* 0x2002:6 */",
@@ -305,29 +304,20 @@ INSTANTIATE_TEST_SUITE_P(
                    "\tI24_SET(0xff,0xff,0xfe) /* 0x2002:10 */",
                    "\tU64_SET(0x00,0x00,0x00,0x00,0x00,0x00,0x00,0x10)",
                    "\t(INTEGER32)-70000L /* 0x2002:11 */", "\t(UNSIGNED32)4000000000UL /* 0x2002:4 */",
-                   "\t(REAL32)1.5000000f /* 0x2002:12 */", "\t(REAL32)1.50000000f"}},
-        PieceCase{"ConstantValues",
-                  false,
-                  false,
-                  "",
+                   "\t(REAL32)1.5000000f /* 0x2002:12 */", "\t(REAL32)1.50000000f"}),
+        PieceCase("ConstantValues", false, false, "",
                   {"\t(UNSIGNED32)1536UL", "\t\"\\x41\\x42\\x43\"", "\t\"hello\"", "\t(INTEGER16)-1",
-                   "\t{ (UNSIGNED8)5u, CO_DTYPE_VS_CONST , (UNSIGNED16)1u, "}},
-        PieceCase{
-            "SingleLineStart",
-            false,
-            false,
-            "nmtmaster=2",
+                   "\t{ (UNSIGNED8)5u, CO_DTYPE_VS_CONST , (UNSIGNED16)1u, "}),
+        PieceCase(
+            "SingleLineStart", false, false, "nmtmaster=2",
             {"RET_T coCanOpenStackInitPara(\n         CO_EVENT_STORE_T pLoadFunction,\n         "
              "CO_INIT_OPTION_T "
              "*pCoOptions\n    )\n{\n    RET_T retVal;\n",
              "    coOdInitOdPtr(&od_assign[0], CO_OD_ASSIGN_CNT, &od_description[0], CO_OBJ_DESC_CNT, NULL, "
              "&od_data_variables);\n",
              "    retVal = coSyncInit(od_const_u32[", "    retVal = coPdoTransmitInit(1u, od_const_u8[",
-             ", &mapTableTPDO1);\n", ", &mapTableRPDO1);\n", "    if (pCoOptions->master == 1) {\n"}},
-        PieceCase{"MultiLineSignatures",
-                  true,
-                  false,
-                  "canfd_supported=1",
+             ", &mapTableTPDO1);\n", ", &mapTableRPDO1);\n", "    if (pCoOptions->master == 1) {\n"}),
+        PieceCase("MultiLineSignatures", true, false, "canfd_supported=1",
                   {"RET_T coCanOpenStackInit_common(CO_EVENT_STORE_T pLoadFunction, BOOL_T *pModes);\n",
                    "RET_T coCanOpenStackInit_line1(UNSIGNED8 canLine, CO_INIT_OPTION_T *pCoOptions, BOOL_T "
                    "*pModes);\n",
@@ -343,12 +333,9 @@ INSTANTIATE_TEST_SUITE_P(
                    "CO_CONST_STORAGE_CLASS\tmapTableTPDO1_1 = {\n",
                    "    retVal = coPdoTransmitInit(canLine, 1u, od_const_u8[",
                    "    retVal = coNmtInit(canLine, 0u);\n    return(RET_OK);\n}\n",
-                   "    RET_T retVal;\n    (void) pCoOptions; /* currently unused */\n\n"}},
-        PieceCase{
-            "V4Words",
-            false,
-            true,
-            "overwrite_predef=1",
+                   "    RET_T retVal;\n    (void) pCoOptions; /* currently unused */\n\n"}),
+        PieceCase(
+            "V4Words", false, true, "overwrite_predef=1",
             {" (V4)\n", "#ifndef CORE_CONST\n#define CORE_CONST const\n#endif\n",
              "CORE_CONST CO_OD_ASSIGN_T CORE_CONST_STORAGE_CLASS od_assign[CO_OD_ASSIGN_CNT] = {\n",
              "/* CANopen service initialization variables */\nCO_SERVICE_INIT_VAL_T\tserviceInitVars = {\n",
@@ -356,7 +343,7 @@ INSTANTIATE_TEST_SUITE_P(
              "CORE_COMMON_INIT_VAL_T    commonInitVars = {\n", "CORE_DTYPE_U8", "CO_DSPEC_VAR",
              "#ifdef GEN_OVERWRITE_PREDEF_CONN_SET\n", "RET_T genLoadIndication(UNSIGNED8 subIndex)\n",
              "\t\tcobId = nodeId + 0x180;\n", "CORE_HANDLE_WATCHDOG\n",
-             "\t{ (UNSIGNED8)5u, CORE_DTYPE_VS     , CO_DSPEC_CONST, (UNSIGNED16)1u, "}}),
+             "\t{ (UNSIGNED8)5u, CORE_DTYPE_VS     , CO_DSPEC_CONST, (UNSIGNED16)1u, "})),
     [](const testing::TestParamInfo<PieceCase>& info) { return std::string(info.param.name); });
 
 namespace {

@@ -2,6 +2,9 @@
 #include "common/cleanproject.h"
 #include "common/testhelpers.h"
 #include "edstestsupport.h"
+#include "generators/documents/icsvgenerator.h"
+#include "generators/documents/j1939textdocgenerator.h"
+#include "generators/documenttestproject.h"
 #include "importers/csvimporter.h"
 #include "importers/trwpimporter.h"
 #include "pipeline/generatormainhandler.h"
@@ -280,6 +283,48 @@ TEST(ImportFile, SuffixChoosesTheImporterAndBadContentEnds)
             EXPECT_TRUE(subText(target.db(), 0x2000, 0).startsWith(c.name2000 + QLatin1Char('|')));
         }
     }
+}
+
+// Writes a document of the line as the pipeline does and returns its text.
+QString document(DocumentGenerator& generator, ObjectDataBase& db, const QString& dir, quint8 line)
+{
+    generator.setOutputDir(dir);
+    generator.setDatabase(&db);
+    generator.setDeviceName(QStringLiteral("dev"));
+    generator.setLine(line);
+    generator.setMultiLine(line != 0);
+    generator.start();
+    generator.waitUntilDone();
+    return QString::fromUtf8(testhelpers::readFile(dir + QLatin1Char('/') + generator.outputFileName()));
+}
+
+// Our own outputs read back: the ICSV table of a device and the text
+// documentation of a J1939 line, imported into a fresh project, are written
+// again column for column; the table goes in under the suffix ".csv".
+TEST(ImportFile, OwnDocumentsComeBackWhole)
+{
+    QSharedPointer<ObjectDataBase> original = documenttest::smallDevice();
+    documenttest::addJ1939Line(*original, 1);
+    QTemporaryDir again;
+
+    ImportTarget device;
+    ICSVGenerator table(true);
+    const QString icsv = document(table, *original, device.dir.path(), 0);
+    ASSERT_TRUE(device.import(QStringLiteral("dev_icsv.csv"), icsv.toUtf8()));
+    EXPECT_EQ(device.db().getIndexList(0, 0, 0xFFFF), original->getIndexList(0, 0, 0xFFFF));
+    ICSVGenerator tableAgain(true);
+    EXPECT_EQ(document(tableAgain, device.db(), again.path(), 0), icsv);
+
+    ImportTarget j1939(2);
+    J1939TextDocGenerator doc;
+    const QString text = document(doc, *original, j1939.dir.path(), 1);
+    ASSERT_TRUE(j1939.import(QStringLiteral("dev_doc.txt"), text.toUtf8()));
+    EXPECT_EQ(j1939.db().getPGNList(0, ObjectDataBase::Invalid),
+              original->getPGNList(1, ObjectDataBase::Invalid));
+    J1939TextDocGenerator docAgain;
+    // The first line carries the date of the run.
+    EXPECT_EQ(document(docAgain, j1939.db(), again.path(), 0).section(QLatin1Char('\n'), 1),
+              text.section(QLatin1Char('\n'), 1));
 }
 
 // A source project with objects, PGNs and CAN identifiers at the ends of and

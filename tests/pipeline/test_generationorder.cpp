@@ -3,7 +3,7 @@
 #include "generators/abstractgenerator.h"
 #include "pipeline/generatormainhandler.h"
 #include "pipeline/generatorregistry.h"
-#include "trw_cli/outputhandlerbase.h"
+#include "pipeline/outputhandlerbase.h"
 
 #include <QFile>
 #include <QTemporaryDir>

@@ -164,17 +164,6 @@ void CoDefineGenerator::doJob()
     finishJob();
 }
 
-CoDefineGenerator::SectionStream::SectionStream(CoDefineGenerator* generator)
-    : ::SectionStream(generator->m_file,
-                      [generator](const char* literal) { return generator->renamed(literal); })
-{
-}
-
-QString CoDefineGenerator::renamed(const char* literal) const
-{
-    return QString::fromLatin1(literal);
-}
-
 void CoDefineGenerator::writeBannerAndToolBlock()
 {
     SectionStream out(this);
@@ -196,13 +185,13 @@ void CoDefineGenerator::writeBannerAndToolBlock()
         settingInt(QStringLiteral("udsclient_supported")) > 0)
         out << "#define GEN_UDS_INIT_STRUCT_VERSION \t" << setting(QStringLiteral("udsserver_version"))
             << "u\n";
-    if (anyLineOfType({1, 5, 6}))
+    if (anyLineCarries(Line::carriesCANopen))
         out << "#define GEN_CANOPEN_INIT_STRUCT_VERSION \t"
             << helper.serviceVersion(CommonGeneratorHelper::CanopenService) << "u\n";
-    if (anyLineOfType({2, 5, 7}))
+    if (anyLineCarries(Line::carriesJ1939))
         out << "#define GEN_J1939_INIT_STRUCT_VERSION \t"
             << helper.serviceVersion(CommonGeneratorHelper::J1939Service) << "u\n";
-    if (anyLineOfType({4, 6, 7}))
+    if (anyLineCarries(Line::carriesRawCan))
         out << "#define GEN_RAWCAN_INIT_STRUCT_VERSION \t"
             << helper.serviceVersion(CommonGeneratorHelper::RawCanService) << "u\n";
     out << "\n";
@@ -318,7 +307,7 @@ void CoDefineGenerator::writeApplicationBlock()
         bool overwritePredefined = false;
         for (quint8 line : std::as_const(m_lines))
             overwritePredefined =
-                overwritePredefined || lineSetting(QStringLiteral("overwrite_predef"), line).toInt() > 0;
+                overwritePredefined || lineSettingInt(QStringLiteral("overwrite_predef"), line) > 0;
         if (overwritePredefined)
             out << "#define GEN_OVERWRITE_PREDEF_CONN_SET\t1u\n";
     }
@@ -355,10 +344,10 @@ void CoDefineGenerator::readProjectFacts()
     QList<quint8> nodes = m_database->getNodeList();
     std::sort(nodes.begin(), nodes.end());
     for (quint8 line : std::as_const(nodes)) {
-        if (line >= 32)
+        if (line >= Line::stackLimit)
             continue;
         m_lines << line;
-        m_lineTypes.insert(line, setting(QStringLiteral("line%1type").arg(line)).toInt());
+        m_lineTypes.insert(line, m_database->lineType(line));
         m_indexLists.insert(line, m_database->getIndexList(line, 0x1000, 0xFFFF));
     }
 }
@@ -368,41 +357,15 @@ bool CoDefineGenerator::isEnergyBusEdition() const
     return QCoreApplication::applicationName() == energyBusEditionName;
 }
 
-QString CoDefineGenerator::setting(const QString& key) const
-{
-    return m_database->getGeneralSetting(key);
-}
-
-int CoDefineGenerator::settingInt(const QString& key) const
-{
-    return m_database->getGeneralSetting(key).toInt();
-}
-
-QString CoDefineGenerator::j1939Setting(const QString& key) const
-{
-    return m_database->getJ1939Setting(key);
-}
-
-int CoDefineGenerator::j1939SettingInt(const QString& key) const
-{
-    return m_database->getJ1939Setting(key).toInt();
-}
-
-QString CoDefineGenerator::lineSetting(const QString& key, quint8 line) const
-{
-    return m_database->getGeneralSettingForLine(key, line);
-}
-
 int CoDefineGenerator::lineType(quint8 line) const
 {
     return m_lineTypes.value(line);
 }
 
-bool CoDefineGenerator::anyLineOfType(std::initializer_list<int> types) const
+bool CoDefineGenerator::anyLineCarries(bool (*carries)(int)) const
 {
-    return std::any_of(m_lines.cbegin(), m_lines.cend(), [&](quint8 line) {
-        return std::find(types.begin(), types.end(), lineType(line)) != types.end();
-    });
+    return std::any_of(m_lines.cbegin(), m_lines.cend(),
+                       [&](quint8 line) { return carries(lineType(line)); });
 }
 
 int CoDefineGenerator::objects(quint8 line, quint16 from, quint16 to) const

@@ -3,6 +3,7 @@
 #include "generators/abstractgenerator.h"
 #include "generators/sectionstream.h"
 
+#include "database/linetypes.h"
 #include "database/objectdatabase.h"
 
 #include <QHash>
@@ -46,13 +47,6 @@ protected Q_SLOTS:
     void doJob() override;
 
 protected:
-    // A section of gen_define.h, its literals in the words of the stack form.
-    class SectionStream : public ::SectionStream
-    {
-    public:
-        explicit SectionStream(CoDefineGenerator* generator);
-    };
-
     // The facts of the sub-indices that several sections need, gathered in one pass.
     struct SubIndexFacts
     {
@@ -80,7 +74,6 @@ protected:
 
     // The newer stack ("core") renames some defines and adds a few.
     virtual bool coreForm() const { return false; }
-    virtual QString renamed(const char* literal) const;
     // The classic stack has no static UDS indication binding.
     virtual void writeStaticUdsIndications() {}
 
@@ -122,13 +115,8 @@ protected:
     void writeTargetHardware(SectionStream& out, int target, int active);
 
     // Project facts.
-    QString setting(const QString& key) const;
-    int settingInt(const QString& key) const;
-    QString j1939Setting(const QString& key) const;
-    int j1939SettingInt(const QString& key) const;
-    QString lineSetting(const QString& key, quint8 line) const;
     int lineType(quint8 line) const;
-    bool anyLineOfType(std::initializer_list<int> types) const;
+    bool anyLineCarries(bool (*carries)(int)) const;
     // Number of objects of the line from `from` to `to` inclusive.
     int objects(quint8 line, quint16 from, quint16 to) const;
     // Number of sub-indices of the object, counting from `from` upward.

@@ -30,7 +30,7 @@ void CoDefineGenerator::readProtocolFacts()
     const bool safety = j1939SettingInt(QStringLiteral("safetysupport")) > 0;
     for (quint8 line : std::as_const(m_lines)) {
         const int type = lineType(line);
-        if (type == 2 || type == 5 || type == 7) {
+        if (Line::carriesJ1939(type)) {
             J1939LineFacts facts;
             for (quint8 direction : {receive, transmit}) {
                 const QList<quint32> numbers = m_database->getPGNList(line, direction);
@@ -52,7 +52,7 @@ void CoDefineGenerator::readProtocolFacts()
             }
             m_j1939Facts.insert(line, facts);
         }
-        if (type == 4 || type == 6 || type == 7) {
+        if (Line::carriesRawCan(type)) {
             RawLineFacts facts;
             facts.receive = int(m_database->getCANIDList(line, receive).size());
             const QList<quint32> ids = m_database->getCANIDList(line, transmit);
@@ -210,15 +210,15 @@ void CoDefineGenerator::writeJ1939SdoCounts(SectionStream& out, const QList<quin
     QString servers;
     QString clients;
     for (quint8 line : values) {
-        const bool j1939Only = lineType(line) == 2;
+        const bool j1939Only = lineType(line) == Line::J1939;
         servers +=
             QStringLiteral(",%1u").arg(j1939Only ? (server510 ? 1 : 0) : objects(line, 0x1200, 0x127F));
         clients += QStringLiteral(",%1u").arg(j1939Only ? client510 : objects(line, 0x1280, 0x12FF));
     }
     out << "#define J1939_SSDO_COUNTS\t" << servers.mid(1) << "\n";
     out << "#define J1939_CSDO_COUNTS\t" << clients.mid(1) << "\n";
-    const int j1939OnlyLines = int(
-        std::count_if(m_lines.cbegin(), m_lines.cend(), [this](quint8 line) { return lineType(line) == 2; }));
+    const int j1939OnlyLines = int(std::count_if(
+        m_lines.cbegin(), m_lines.cend(), [this](quint8 line) { return lineType(line) == Line::J1939; }));
     if (server510 && !m_sdoServerCntDefined) {
         out << "#define CO_SDO_SERVER_CNT\t" << j1939OnlyLines << "u\n";
         m_sdoServerCntDefined = true;
@@ -378,12 +378,12 @@ int CoDefineGenerator::cobCountIsoTpUds(quint8 line) const
 {
     int cobs = 0;
     if (settingInt(QStringLiteral("isotp_supported")) == 1)
-        cobs += 2 * lineSetting(QStringLiteral("isotp_client_con"), line).toInt() +
-                2 * lineSetting(QStringLiteral("isotp_server_con"), line).toInt();
+        cobs += 2 * lineSettingInt(QStringLiteral("isotp_client_con"), line) +
+                2 * lineSettingInt(QStringLiteral("isotp_server_con"), line);
     if (settingInt(QStringLiteral("udsserver_supported")) == 1)
         cobs += 6;
     if (settingInt(QStringLiteral("udsclient_supported")) == 1)
-        cobs += 3 * lineSetting(QStringLiteral("uds_client_cnt"), 0).toInt();
+        cobs += 3 * lineSettingInt(QStringLiteral("uds_client_cnt"), 0);
     return cobs;
 }
 
@@ -452,9 +452,7 @@ void CoDefineGenerator::writeIsoTpUdsBlock()
     if (!server && !client && !isoTp)
         return;
     SectionStream out(this);
-    auto perLine = [this](const char* key, quint8 line) {
-        return lineSetting(QLatin1String(key), line).toInt();
-    };
+    auto perLine = [this](const char* key, quint8 line) { return lineSettingInt(QLatin1String(key), line); };
     const int clients = sumOverLines([&](quint8 line) { return perLine("uds_client_cnt", line); });
     out << "\n/* ISO-TP Defines */\n";
     out << "#define ISOTP_SUPPORTED\t1u\n";
@@ -547,19 +545,19 @@ void CoDefineGenerator::writeCobBlock()
         const int type = lineType(line);
         const RawLineFacts raw = m_rawFacts.value(line);
         int cobs = 0;
-        if (type == 1 || type == 5 || type == 6)
+        if (Line::carriesCANopen(type))
             cobs += cobCountCANopen(line);
-        if (type == 2 || type == 5 || type == 7)
+        if (Line::carriesJ1939(type))
             cobs += cobCountJ1939(line);
-        if (type == 4 || type == 6 || type == 7)
+        if (Line::carriesRawCan(type))
             cobs += raw.transmit + raw.receive;
         if (isoTp)
-            cobs += 2 * lineSetting(QStringLiteral("isotp_client_con"), line).toInt() +
-                    2 * lineSetting(QStringLiteral("isotp_server_con"), line).toInt();
-        if (server && lineSetting(QStringLiteral("uds_server_active"), line).toInt() != 0)
+            cobs += 2 * lineSettingInt(QStringLiteral("isotp_client_con"), line) +
+                    2 * lineSettingInt(QStringLiteral("isotp_server_con"), line);
+        if (server && lineSettingInt(QStringLiteral("uds_server_active"), line) != 0)
             cobs += 6;
         if (client)
-            cobs += 3 * lineSetting(QStringLiteral("uds_client_cnt"), line).toInt();
+            cobs += 3 * lineSettingInt(QStringLiteral("uds_client_cnt"), line);
         counts << cobs;
     }
     const int additional = settingInt(QStringLiteral("additional_cob_count"));

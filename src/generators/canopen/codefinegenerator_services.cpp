@@ -4,6 +4,7 @@
 
 #include "generators/canopen/codefinegenerator.h"
 
+#include "canopenlib/canopentypes.h"
 #include "canopenlib/helper.h"
 #include "database/objectdatabase.h"
 
@@ -42,8 +43,6 @@ bool isExtendedType(int dataType)
     return types.contains(dataType);
 }
 
-constexpr int utf8StringType = 124;
-constexpr int virtualImplementation = 3;
 constexpr quint8 mpdoSam = 254;
 
 } // namespace
@@ -66,7 +65,7 @@ void CoDefineGenerator::scanSubIndices()
                     qDebug() << Q_FUNC_INFO << QStringLiteral("Index found: index 0x%1").arg(index, 0, 16);
                 scanSubIndex(line, index, subindex, sub);
                 virtualObject =
-                    virtualObject || (index <= 0xBFFF && sub.implementation == virtualImplementation);
+                    virtualObject || (index <= 0xBFFF && sub.implementation == CANopen::VirtualObject);
                 if (subindex == 0)
                     first = sub;
             }
@@ -86,10 +85,10 @@ void CoDefineGenerator::scanSubIndices()
 void CoDefineGenerator::scanSubIndex(quint8 line, quint16 index, quint8 subindex, const SUBINDEX_DATA_T& sub)
 {
     m_facts.extendedTypes = m_facts.extendedTypes || isExtendedType(sub.datatype);
-    m_facts.utf8Type = m_facts.utf8Type || (index >= 0x2000 && sub.datatype == utf8StringType);
+    m_facts.utf8Type = m_facts.utf8Type || (index >= 0x2000 && sub.datatype == CAN::Utf8String);
     if (sub.nvstorage)
         ++m_facts.nvStorageCounts[line];
-    if (index <= 0xBFFF && sub.implementation == virtualImplementation) {
+    if (index <= 0xBFFF && sub.implementation == CANopen::VirtualObject) {
         ++m_facts.virtualTypeCounts[sub.datatype];
         ++m_facts.virtualSubCount;
     }
@@ -128,7 +127,8 @@ void CoDefineGenerator::writeLineSettingsAndServices()
 {
     if (m_lines.isEmpty())
         return;
-    if (QCoreApplication::applicationName() == QLatin1String("CAN Tarnwick") && !anyLineOfType({1, 5, 6}))
+    if (QCoreApplication::applicationName() == QLatin1String("CAN Tarnwick") &&
+        !anyLineCarries(Line::carriesCANopen))
         return;
     SectionStream out(this);
     writeLineSettings(out);
@@ -180,14 +180,17 @@ void CoDefineGenerator::writeLineSettings(SectionStream& out)
         const int servers = objects(l, 0x1200, 0x127F);
         if (servers != 0)
             return servers;
-        return ((lineType(l) == 1 && !m_canFdSupported) || (lineType(l) == 2 && server510)) ? 1 : 0;
+        return ((lineType(l) == Line::CANopen && !m_canFdSupported) ||
+                (lineType(l) == Line::J1939 && server510))
+                   ? 1
+                   : 0;
     }) << "\n";
     const bool client510 = j1939SettingInt(QStringLiteral("cia510clientsupport")) == 1;
     out << "#define CO_CSDO_COUNTS\t" << countList([this, client510](quint8 l) {
         const int clients = objects(l, 0x1280, 0x12FF);
         if (clients != 0)
             return clients;
-        return (lineType(l) == 2 && client510) ? 1 : 0;
+        return (lineType(l) == Line::J1939 && client510) ? 1 : 0;
     }) << "\n";
     out << "#define CO_ASSIGN_COUNTS\t" << countList([this](quint8 l) { return subs(l, 0x1F81, 1); }) << "\n";
     const QString maxAssignment = setting(QStringLiteral("max_slave_assignment")).trimmed();
@@ -236,7 +239,7 @@ void CoDefineGenerator::writeProfileDefines(SectionStream& out)
         INDEX_DATA_T object;
         if (!m_database->getIndex(line, 0x1000, object))
             return 0;
-        return defaultNumber(line, 0x1000, object.objecttype == 7 ? 0 : 1);
+        return defaultNumber(line, 0x1000, object.objecttype == CANopen::Var ? 0 : 1);
     };
     quint8 profileLine = m_line;
     quint32 profile = deviceType(m_line) & 0xFFFF;
@@ -274,7 +277,7 @@ void CoDefineGenerator::writeNetworkServices(SectionStream& out)
     bool slave = false;
     bool flyingMasterObject = false;
     for (quint8 line : std::as_const(m_lines)) {
-        const int nmtMaster = lineSetting(QStringLiteral("nmtmaster"), line).toInt();
+        const int nmtMaster = lineSettingInt(QStringLiteral("nmtmaster"), line);
         master = master || nmtMaster == 1 || nmtMaster == 2;
         slave = slave || nmtMaster == 0 || nmtMaster == 2;
         flyingMasterObject = flyingMasterObject || (defaultNumber(line, 0x1F80, 0) & 0x20);
@@ -314,11 +317,11 @@ void CoDefineGenerator::writeNetworkServices(SectionStream& out)
 // on CAN FD; a J1939 line gets a server or client for CiA 510 transfers.
 void CoDefineGenerator::writeSdoCounts(SectionStream& out)
 {
-    const int j1939Lines =
-        int(std::count_if(m_lines.cbegin(), m_lines.cend(), [this](quint8 l) { return lineType(l) == 2; }));
+    const int j1939Lines = int(std::count_if(m_lines.cbegin(), m_lines.cend(),
+                                             [this](quint8 l) { return lineType(l) == Line::J1939; }));
     int servers = sumOverLines([this](quint8 l) {
         const int count = objects(l, 0x1200, 0x127F);
-        const bool canopen = lineType(l) == 1 || lineType(l) == 5 || lineType(l) == 6;
+        const bool canopen = Line::carriesCANopen(lineType(l));
         return (count == 0 && canopen && !m_canFdSupported) ? 1 : count;
     });
     if (servers != 0 && j1939SettingInt(QStringLiteral("cia510serversupport")) == 1)
@@ -343,13 +346,13 @@ void CoDefineGenerator::writeSdoCounts(SectionStream& out)
 void CoDefineGenerator::writeUsdoServer(SectionStream& out)
 {
     const bool enabled = std::any_of(m_lines.cbegin(), m_lines.cend(), [this](quint8 l) {
-        return lineSetting(QStringLiteral("usdo_server_enabled"), l).toInt() != 0;
+        return lineSettingInt(QStringLiteral("usdo_server_enabled"), l) != 0;
     });
     if (!m_canFdSupported || !enabled)
         return;
     const QString connections = QStringLiteral("usdo_server_cnt");
     if (coreForm()) {
-        auto perLine = [this, &connections](quint8 l) { return lineSetting(connections, l).toInt(); };
+        auto perLine = [this, &connections](quint8 l) { return lineSettingInt(connections, l); };
         out << "#define CO_USDO_SERVER_MAX_CONN_CNT\t" << sumOverLines(perLine) << "u\n";
         out << "#define CO_USDO_SERVER_MAX_CONN_COUNTS\t" << countList(perLine, QStringLiteral(",")) << "\n";
     } else {
@@ -374,7 +377,7 @@ void CoDefineGenerator::writeUsdoServer(SectionStream& out)
 void CoDefineGenerator::writeUsdoClient(SectionStream& out)
 {
     const bool enabled = std::any_of(m_lines.cbegin(), m_lines.cend(), [this](quint8 l) {
-        return lineSetting(QStringLiteral("usdo_client_enabled"), l).toInt() != 0;
+        return lineSettingInt(QStringLiteral("usdo_client_enabled"), l) != 0;
     });
     if (!m_canFdSupported || !enabled)
         return;
@@ -383,7 +386,7 @@ void CoDefineGenerator::writeUsdoClient(SectionStream& out)
         << "u\n";
     const QString connections = QStringLiteral("usdo_client_cnt");
     if (coreForm()) {
-        auto perLine = [this, &connections](quint8 l) { return lineSetting(connections, l).toInt(); };
+        auto perLine = [this, &connections](quint8 l) { return lineSettingInt(connections, l); };
         out << "#define CO_USDO_CLIENT_MAX_CONN_CNT\t" << sumOverLines(perLine) << "u\n";
         out << "#define CO_USDO_CLIENT_MAX_CONN_COUNTS\t" << countList(perLine, QStringLiteral(",")) << "\n";
     } else {
@@ -768,7 +771,7 @@ int CoDefineGenerator::cobCountCANopen(quint8 line) const
     int cobs = 0;
     if (m_canFdSupported)
         cobs += 2;
-    if (m_canFdSupported && lineSetting(QStringLiteral("usdo_client_cnt"), line).toInt() != 0)
+    if (m_canFdSupported && lineSettingInt(QStringLiteral("usdo_client_cnt"), line) != 0)
         cobs += 2;
     if (has(line, 0x1000))
         cobs += 2;
@@ -804,7 +807,7 @@ int CoDefineGenerator::cobCountCANopen(quint8 line) const
     if (sleepMode == 2)
         cobs += 3;
     if (sleepMode == 1)
-        cobs += lineSetting(QStringLiteral("nmtmaster"), line).toInt() != 0 ? 16 : 2;
+        cobs += lineSettingInt(QStringLiteral("nmtmaster"), line) != 0 ? 16 : 2;
     if (has(line, 0x1F10))
         cobs += 1;
     cobs += 2 * objects(line, 0x1301, 0x137F);

@@ -1,61 +1,13 @@
 #include "generators/canopen/gendefinegenerator.h"
 
 #include "database/objectdatabase.h"
-
-#include <QHash>
-#include <QRegularExpression>
-
-namespace {
-
-// The defines that moved from the CANopen layer into the core layer.
-const QHash<QString, QString>& coreNames()
-{
-    static const QHash<QString, QString> names = {
-        {QStringLiteral("CO_MULTI_LINE"), QStringLiteral("CAN_MULTI_LINE")},
-        {QStringLiteral("CO_MULTI_LINE_CNT"), QStringLiteral("CAN_MULTI_LINE_CNT")},
-        {QStringLiteral("CO_BIG_ENDIAN"), QStringLiteral("CORE_BIG_ENDIAN")},
-        {QStringLiteral("CO_CANFD_SUPPORTED"), QStringLiteral("CORE_CANFD_SUPPORTED")},
-        {QStringLiteral("CO_COB_CNT"), QStringLiteral("CORE_COB_CNT")},
-        {QStringLiteral("CO_COB_COUNTS"), QStringLiteral("CORE_COB_COUNTS")},
-        {QStringLiteral("CO_COB_SORTED_LIST"), QStringLiteral("CORE_COB_SORTED_LIST")},
-        {QStringLiteral("CO_CONFIG_REC_BUFFER_CNT"), QStringLiteral("CORE_CONFIG_REC_BUFFER_CNT")},
-        {QStringLiteral("CO_CONFIG_TRANS_BUFFER_CNT"), QStringLiteral("CORE_CONFIG_TRANS_BUFFER_CNT")},
-        {QStringLiteral("CO_DRV_FILTER"), QStringLiteral("CORE_DRV_FILTER")},
-        {QStringLiteral("CO_DRV_GROUP_FILTER"), QStringLiteral("CORE_DRV_GROUP_FILTER")},
-        {QStringLiteral("CO_EVENT_DYNAMIC_CAN"), QStringLiteral("CORE_EVENT_DYNAMIC_CAN")},
-        {QStringLiteral("CO_EVENT_STATIC_CAN"), QStringLiteral("CORE_EVENT_STATIC_CAN")},
-        {QStringLiteral("CO_INHIBIT_SUPPORTED"), QStringLiteral("CORE_INHIBIT_SUPPORTED")},
-        {QStringLiteral("CO_REC_BUFFER_CNT"), QStringLiteral("CORE_REC_BUFFER_CNT")},
-        {QStringLiteral("CO_REC_BUFFER_COUNTS"), QStringLiteral("CORE_REC_BUFFER_COUNTS")},
-        {QStringLiteral("CO_TR_BUFFER_CNT"), QStringLiteral("CORE_TR_BUFFER_CNT")},
-        {QStringLiteral("CO_TR_BUFFER_COUNTS"), QStringLiteral("CORE_TR_BUFFER_COUNTS")},
-        {QStringLiteral("CO_TIMER_INTERVAL"), QStringLiteral("CORE_TIMER_INTERVAL")},
-        {QStringLiteral("CO_USER_EXTENSION_SUPPORTED"), QStringLiteral("CORE_USER_EXTENSION_SUPPORTED")},
-    };
-    return names;
-}
-
-} // namespace
+#include "generators/stackwords.h"
 
 GenDefineGenerator::GenDefineGenerator(QObject* parent) : CoDefineGenerator(parent) {}
 
-QString GenDefineGenerator::renamed(const char* literal) const
+const StackWords* GenDefineGenerator::stackWords() const
 {
-    static const QRegularExpression coName(QStringLiteral("\\bCO_[A-Z0-9_]+\\b"));
-    QString text = QString::fromLatin1(literal);
-    if (!text.contains(QLatin1String("CO_")))
-        return text;
-    QString result;
-    qsizetype done = 0;
-    QRegularExpressionMatchIterator it = coName.globalMatch(text);
-    while (it.hasNext()) {
-        const QRegularExpressionMatch match = it.next();
-        result += QStringView(text).mid(done, match.capturedStart() - done);
-        result += coreNames().value(match.captured(), match.captured());
-        done = match.capturedEnd();
-    }
-    result += QStringView(text).mid(done);
-    return result;
+    return &StackWords::genDefine();
 }
 
 // With static UDS indications the stack calls the application's functions by

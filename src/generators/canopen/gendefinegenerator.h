@@ -13,6 +13,6 @@ public:
 
 protected:
     bool coreForm() const override { return true; }
-    QString renamed(const char* literal) const override;
+    const StackWords* stackWords() const override;
     void writeStaticUdsIndications() override;
 };

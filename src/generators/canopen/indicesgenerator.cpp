@@ -1,6 +1,8 @@
 #include "generators/canopen/indicesgenerator.h"
 
+#include "canopenlib/canopentypes.h"
 #include "canopenlib/helper.h"
+#include "database/linetypes.h"
 #include "database/objectdatabase.h"
 
 #include <QDebug>
@@ -9,8 +11,6 @@
 
 namespace {
 
-constexpr quint8 transmit = 85;
-constexpr quint8 receive = 119;
 constexpr quint32 addressClaimPgn = 60928;
 constexpr int symbolWidth = 25;
 
@@ -21,7 +21,7 @@ QString nameVariant(const QString& symbol, int number)
 
 bool isStructured(int objectType)
 {
-    return objectType == 8 || objectType == 9;
+    return objectType == CANopen::Array || objectType == CANopen::Record;
 }
 
 } // namespace
@@ -66,10 +66,10 @@ void IndicesGenerator::doJob()
         writeHead();
         for (quint8 line : lines) {
             writeObjectDefines(line);
-            writeCanIdDefines(line, receive);
-            writeCanIdDefines(line, transmit);
-            writePgnDefines(line, receive);
-            writePgnDefines(line, transmit);
+            writeCanIdDefines(line, ObjectDataBase::Receive);
+            writeCanIdDefines(line, ObjectDataBase::Transmit);
+            writePgnDefines(line, ObjectDataBase::Receive);
+            writePgnDefines(line, ObjectDataBase::Transmit);
             writeAddressClaimBlock(line);
         }
         writeTail();
@@ -196,15 +196,17 @@ void IndicesGenerator::writePgnDefines(quint8 line, quint8 direction)
 // PGN and the SPN of the device NAME.
 void IndicesGenerator::writeAddressClaimBlock(quint8 line)
 {
-    const int type = m_database->getGeneralSetting(QStringLiteral("line%1type").arg(line)).toInt();
-    if ((type != 2 && type != 5) || !m_database->pgnExists(line, addressClaimPgn, transmit))
+    // A line of J1939 beside raw CAN gets no block here, deliberately.
+    const int type = m_database->lineType(line);
+    if ((type != Line::J1939 && type != Line::CANopenJ1939) ||
+        !m_database->pgnExists(line, addressClaimPgn, ObjectDataBase::Transmit))
         return;
     QTextStream out(m_file);
     const QString prefix = linePrefix(line);
     writeDefine(out, QStringLiteral("#define "), prefix + QStringLiteral("PGN_ADDRESS_CLAIM"),
                 QStringLiteral("\t%1u").arg(addressClaimPgn) +
                     QStringLiteral(" /* 0x%1 */").arg(0xEE00, 4, 16));
-    const QList<quint32> spns = m_database->getSPNList(line, addressClaimPgn, transmit);
+    const QList<quint32> spns = m_database->getSPNList(line, addressClaimPgn, ObjectDataBase::Transmit);
     if (!spns.isEmpty())
         writeDefine(out, QStringLiteral("#define "),
                     prefix + QStringLiteral("SPN_NAME_OF_CONTROLLER_APPLICATION"),
@@ -244,7 +246,7 @@ QString IndicesGenerator::linePrefix(quint8 line) const
 QHash<quint32, int> IndicesGenerator::spnUsage(quint8 line)
 {
     QHash<quint32, int> usage;
-    for (quint8 direction : {receive, transmit}) {
+    for (quint8 direction : {ObjectDataBase::Receive, ObjectDataBase::Transmit}) {
         const QList<quint32> pgns = m_database->getPGNList(line, direction, false);
         for (quint32 pgn : pgns) {
             const QList<quint32> spns = m_database->getSPNList(line, pgn, direction);

@@ -3,11 +3,11 @@
 #include "canopenlib/cohelper.h"
 #include "canopenlib/helper.h"
 #include "database/objectdatabase.h"
+#include "generators/stackwords.h"
 
 #include <QCoreApplication>
 #include <QFile>
 #include <QFileInfo>
-#include <QRegularExpression>
 
 #include <algorithm>
 #include <iterator>
@@ -18,23 +18,6 @@ constexpr quint8 highestDictionaryLine = 31;
 
 // The edition of the tool for EnergyBus devices; this build doesn't bear its name.
 const QString energyBusEditionName = QStringLiteral("EnergyBus Tarnwick");
-
-// The words of the classic stack that the V4 stack spells differently.
-const QHash<QString, QString>& coreWords()
-{
-    static const QHash<QString, QString> words = {
-        {QStringLiteral("CO_CONST"), QStringLiteral("CORE_CONST")},
-        {QStringLiteral("CO_STORAGE_CLASS"), QStringLiteral("CORE_STORAGE_CLASS")},
-        {QStringLiteral("CO_CONST_STORAGE_CLASS"), QStringLiteral("CORE_CONST_STORAGE_CLASS")},
-        {QStringLiteral("CO_HANDLE_WATCHDOG"), QStringLiteral("CORE_HANDLE_WATCHDOG")},
-        {QStringLiteral("CO_LINE"), QStringLiteral("CAN_LINE")},
-        {QStringLiteral("CO_LINE_TYPE"), QStringLiteral("CAN_LINE_TYPE")},
-        {QStringLiteral("CO_MULTI_LINE_CNT"), QStringLiteral("CAN_MULTI_LINE_CNT")},
-        {QStringLiteral("RET_INVALID_PARAMETER"), QStringLiteral("RET_PARAMETER_INVALID")},
-        {QStringLiteral("commonStackInit"), QStringLiteral("coreStackInit")},
-    };
-    return words;
-}
 
 struct IndicationRow
 {
@@ -160,34 +143,9 @@ void ObjDictGenerator::doJob()
     finishJob();
 }
 
-ObjDictGenerator::SectionStream::SectionStream(ObjDictGenerator* generator)
-    : ::SectionStream(generator->m_file, [generator](const char* literal) {
-          return generator->coreForm() ? generator->renamed(literal) : QString::fromLatin1(literal);
-      })
+const StackWords* ObjDictGenerator::stackWords() const
 {
-}
-
-// Literals have static storage, so each is renamed once per run.
-QString ObjDictGenerator::renamed(const char* literal)
-{
-    const auto known = m_renamed.constFind(literal);
-    if (known != m_renamed.constEnd())
-        return known.value();
-    static const QRegularExpression word(QStringLiteral("\\b[A-Za-z_][A-Za-z0-9_]*\\b"));
-    const QString text = QString::fromLatin1(literal);
-    QString result;
-    qsizetype done = 0;
-    QRegularExpressionMatchIterator it = word.globalMatch(text);
-    while (it.hasNext()) {
-        const QRegularExpressionMatch match = it.next();
-        result += QStringView(text).mid(done, match.capturedStart() - done);
-        result += coreWords().value(match.captured(), match.captured());
-        done = match.capturedEnd();
-    }
-    result += QStringView(text).mid(done);
-    result.replace(QLatin1String("<iso_tp.h>"), QLatin1String("<core_isotp.h>"));
-    m_renamed.insert(literal, result);
-    return result;
+    return coreForm() ? &StackWords::genObjdict() : nullptr;
 }
 
 void ObjDictGenerator::readDictionary()
@@ -332,8 +290,7 @@ bool ObjDictGenerator::prepareOutputFile()
         out << "/* EnergyBus header files */\n";
         out << "#include <eb_energybus.h>\n";
     }
-    const QString applicationHeader =
-        m_database->getGeneralSetting(QStringLiteral("applicationheader")).trimmed();
+    const QString applicationHeader = setting(QStringLiteral("applicationheader")).trimmed();
     if (!applicationHeader.isEmpty()) {
         out << "/* application header file(s) */\n";
         const QStringList headers = applicationHeader.split(QLatin1Char(' '), Qt::SkipEmptyParts);
@@ -401,21 +358,6 @@ void ObjDictGenerator::writeStaticIndications(SectionStream& out)
         writeRows(usdoServerIndicationRows, std::size(usdoServerIndicationRows));
     if (settingInt(QStringLiteral("usdo_client_enabled")) != 0)
         writeRows(usdoClientIndicationRows, std::size(usdoClientIndicationRows));
-}
-
-QString ObjDictGenerator::setting(const QString& key) const
-{
-    return m_database->getGeneralSetting(key);
-}
-
-int ObjDictGenerator::settingInt(const QString& key) const
-{
-    return setting(key).trimmed().toInt();
-}
-
-QString ObjDictGenerator::lineSetting(const QString& key, quint8 line) const
-{
-    return m_database->getGeneralSettingForLine(key, line).trimmed();
 }
 
 const QList<ObjDictGenerator::DictObject>& ObjDictGenerator::objectsOf(quint8 line) const
@@ -490,7 +432,7 @@ bool ObjDictGenerator::usesOptions() const
     if (!multiLineForm())
         return settingInt(QStringLiteral("nmtmaster")) == 2;
     for (quint8 line : m_usedLines) {
-        if (lineSetting(QStringLiteral("nmtmaster"), line).toInt() == 2)
+        if (lineSettingInt(QStringLiteral("nmtmaster"), line) == 2)
             return true;
     }
     return false;
@@ -501,48 +443,8 @@ bool ObjDictGenerator::overwritesPredefinedSet() const
     if (settingInt(QStringLiteral("overwrite_predef")) > 0)
         return true;
     for (quint8 line : dictionaryLines()) {
-        if (lineSetting(QStringLiteral("overwrite_predef"), line).toInt() > 0)
+        if (lineSettingInt(QStringLiteral("overwrite_predef"), line) > 0)
             return true;
     }
     return false;
-}
-
-bool ObjDictGenerator::udsInUse() const
-{
-    return settingInt(QStringLiteral("udsserver_supported")) == 1 ||
-           settingInt(QStringLiteral("udsclient_supported")) == 1;
-}
-
-ObjDictGenerator::Group ObjDictGenerator::groupOf(int dataType)
-{
-    switch (dataType) {
-    case 1:
-    case 5:
-        return U8;
-    case 2:
-        return I8;
-    case 3:
-        return I16;
-    case 4:
-        return I32;
-    case 6:
-        return U16;
-    case 7:
-        return U32;
-    case 8:
-        return R32;
-    case 12:
-    case 25:
-        return U48;
-    case 16:
-        return I24;
-    case 22:
-        return U24;
-    case 24:
-        return U40;
-    case 27:
-        return U64;
-    default:
-        return (dataType >= 100 && dataType <= 105) ? U8 : NoGroup;
-    }
 }

@@ -3,6 +3,7 @@
 #include "generators/abstractgenerator.h"
 #include "generators/sectionstream.h"
 
+#include "canopenlib/cohelper.h"
 #include "database/objectdatabase.h"
 
 #include <QHash>
@@ -49,25 +50,6 @@ protected Q_SLOTS:
     void doJob() override;
 
 protected:
-    // The value groups of the numeric CANopen types, one table each.
-    enum Group
-    {
-        U8,
-        U16,
-        U24,
-        U32,
-        U40,
-        U48,
-        U64,
-        I8,
-        I16,
-        I24,
-        I32,
-        R32,
-        GroupCount,
-        NoGroup = GroupCount
-    };
-
     struct DictObject
     {
         quint16 index = 0;
@@ -86,16 +68,9 @@ protected:
         QList<quint32> keys;
     };
 
-    // A section of gen_objdict.c, its literals in the words of the stack form.
-    class SectionStream : public ::SectionStream
-    {
-    public:
-        explicit SectionStream(ObjDictGenerator* generator);
-    };
-
     // The V4 stack renames some words and extends some tables.
     virtual bool coreForm() const { return false; }
-    QString renamed(const char* literal);
+    const StackWords* stackWords() const override;
 
     // Reading the project, done once per run before the first section.
     void readDictionary();
@@ -160,9 +135,6 @@ protected:
     QString routingList(quint8 line, quint32 mapping) const;
 
     // Project facts.
-    QString setting(const QString& key) const;
-    int settingInt(const QString& key) const;
-    QString lineSetting(const QString& key, quint8 line) const;
     bool multiLineForm() const { return m_multiLine || m_generateML; }
     QList<quint8> dictionaryLines() const { return m_objects.keys(); }
     const QList<DictObject>& objectsOf(quint8 line) const;
@@ -181,10 +153,8 @@ protected:
     void countRows();
     bool usesOptions() const;
     bool overwritesPredefinedSet() const;
-    bool udsInUse() const;
 
-    static Group groupOf(int dataType);
-    static bool isNumeric(int dataType) { return groupOf(dataType) != NoGroup; }
+    static bool isNumeric(int dataType) { return COHelper::valueGroup(quint16(dataType)) != CAN::NoGroup; }
 
     QPointer<QFile> m_userFile;
     QHash<quint32, int> m_varSlot;
@@ -216,5 +186,4 @@ protected:
 private:
     // Objects from 0x1000 upward of the lines 0 to 31 that have any, ascending.
     QMap<quint8, QList<DictObject>> m_objects;
-    QHash<const char*, QString> m_renamed;
 };

@@ -19,13 +19,13 @@ bool sameEntry(const SUBINDEX_DATA_T& a, const SUBINDEX_DATA_T& b)
 QString objectTypeWord(int objectType)
 {
     switch (objectType) {
-    case 2:
+    case CANopen::Domain:
         return QStringLiteral("CO_ODTYPE_DOM");
-    case 7:
+    case CANopen::Var:
         return QStringLiteral("CO_ODTYPE_VAR");
-    case 8:
+    case CANopen::Array:
         return QStringLiteral("CO_ODTYPE_ARRAY");
-    case 9:
+    case CANopen::Record:
         return QStringLiteral("CO_ODTYPE_STRUCT");
     default:
         return QString();
@@ -35,11 +35,9 @@ QString objectTypeWord(int objectType)
 // The short type word of the value tables: BOOLEAN and UNSIGNED2 to UNSIGNED7 live in UNSIGNED8.
 QString tableWord(int dataType)
 {
-    const QString word = COHelper::index2DataTypeShortString(quint16(dataType));
-    static const QStringList narrow = {QStringLiteral("b"),  QStringLiteral("u2"), QStringLiteral("u3"),
-                                       QStringLiteral("u4"), QStringLiteral("u5"), QStringLiteral("u6"),
-                                       QStringLiteral("u7")};
-    return narrow.contains(word) ? QStringLiteral("u8") : word;
+    if (COHelper::valueGroup(quint16(dataType)) == CAN::GroupU8)
+        return QStringLiteral("u8");
+    return COHelper::index2DataTypeShortString(quint16(dataType));
 }
 
 quint64 numberOf(const SUBINDEX_DATA_T* sub)
@@ -79,7 +77,7 @@ QList<qsizetype> ObjDictGenerator::describedPositions(quint8 line, const DictObj
         if (object.subindices.at(position) > object.compactEnd)
             break;
         const SUBINDEX_DATA_T& sub = object.subs.at(position);
-        if ((line != 0 && sub.sharedlines) || sub.implementation == 3)
+        if ((line != 0 && sub.sharedlines) || sub.implementation == CANopen::VirtualObject)
             continue;
         described << position;
     }
@@ -97,7 +95,7 @@ void ObjDictGenerator::countRows()
         int lineRows = 0;
         for (const DictObject& object : objectsOf(line)) {
             const SUBINDEX_DATA_T* first = findSub(line, object.index, 0);
-            if (!first || first->implementation != 3)
+            if (!first || first->implementation != CANopen::VirtualObject)
                 ++m_lineAssignCounts[line];
             m_descriptionStart.insert((quint32(line) << 24) | object.index, m_descriptionCount);
             const int rows = int(describedPositions(line, object).size());
@@ -158,7 +156,7 @@ QString ObjDictGenerator::descriptionRow(quint8 line, quint16 index, quint8 subi
 QString ObjDictGenerator::dataTypeWord(quint8 line, quint16 index, quint8 subindex,
                                        const SUBINDEX_DATA_T& sub) const
 {
-    const int dataType = coreForm() && sub.datatype == 12 ? 25 : sub.datatype;
+    const int dataType = coreForm() && sub.datatype == CAN::TimeOfDay ? CAN::Unsigned48 : sub.datatype;
     QString shortWord = COHelper::index2DataTypeShortString(quint16(dataType)).toUpper();
     static const QStringList narrow = {QStringLiteral("U2"), QStringLiteral("U3"), QStringLiteral("U4"),
                                        QStringLiteral("U5"), QStringLiteral("U6"), QStringLiteral("U7")};
@@ -169,7 +167,7 @@ QString ObjDictGenerator::dataTypeWord(quint8 line, quint16 index, quint8 subind
     else if (narrow.contains(shortWord))
         shortWord = QStringLiteral("U8");
     // A constant octet string lies in the table of constant visible strings.
-    if (sub.implementation == 1 && shortWord == QLatin1String("OS"))
+    if (sub.implementation == CANopen::ManagedConst && shortWord == QLatin1String("OS"))
         shortWord = QStringLiteral("VS");
     if (coreForm())
         return QStringLiteral("CORE_DTYPE_") + shortWord;
@@ -178,7 +176,7 @@ QString ObjDictGenerator::dataTypeWord(quint8 line, quint16 index, quint8 subind
 
 QString ObjDictGenerator::serviceSuffix(quint8 line, quint16 i, quint8 s, const SUBINDEX_DATA_T& sub) const
 {
-    if (sub.implementation == 1)
+    if (sub.implementation == CANopen::ManagedConst)
         return QStringLiteral("_CONST");
     if (i == 0x1005 || i == 0x1006 || i == 0x1019)
         return QStringLiteral("_SYNC");
@@ -218,11 +216,11 @@ QString ObjDictGenerator::serviceSuffix(quint8 line, quint16 i, quint8 s, const 
         return QStringLiteral("_FLYMA");
     if (isSrdoEntry(line, i, s))
         return QStringLiteral("_SRDO");
-    if (sub.datatype == 15)
+    if (sub.datatype == CAN::Domain)
         return QString();
-    if (sub.implementation == 0)
+    if (sub.implementation == CANopen::ManagedVariable)
         return QStringLiteral("_VAR");
-    if (sub.implementation == 2)
+    if (sub.implementation == CANopen::ApplicationVariable)
         return QStringLiteral("_PTR");
     return QString();
 }
@@ -230,7 +228,7 @@ QString ObjDictGenerator::serviceSuffix(quint8 line, quint16 i, quint8 s, const 
 // Objects that a stack service owns give the number of the object or of the service instance.
 int ObjDictGenerator::valueSlot(quint8 line, quint16 i, quint8 s, const SUBINDEX_DATA_T& sub) const
 {
-    if (sub.implementation == 1)
+    if (sub.implementation == CANopen::ManagedConst)
         return m_constSlot.value(objectKey(line, i, s));
     switch (i) {
     case 0x1003:
@@ -289,7 +287,7 @@ int ObjDictGenerator::valueSlot(quint8 line, quint16 i, quint8 s, const SUBINDEX
 QString ObjDictGenerator::attributeWord(quint32 key, const SUBINDEX_DATA_T& sub, bool compactEnd) const
 {
     QString word;
-    if (sub.datatype < 9 || sub.datatype == 22)
+    if (sub.datatype < CAN::VisibleString || sub.datatype == CAN::Unsigned24)
         word += QStringLiteral("CO_ATTR_NUM | ");
     const QString& access = sub.accesstype;
     const bool readOnly = access == QLatin1String("const") || access == QLatin1String("ro");
@@ -328,7 +326,7 @@ void ObjDictGenerator::writeAssignTable()
     for (quint8 line : dictionaryLines()) {
         for (const DictObject& object : objectsOf(line)) {
             const SUBINDEX_DATA_T* first = findSub(line, object.index, 0);
-            if (first && first->implementation == 3)
+            if (first && first->implementation == CANopen::VirtualObject)
                 continue;
             int described = 0;
             if (m_compactDescription) {
@@ -336,7 +334,7 @@ void ObjDictGenerator::writeAssignTable()
                     described += subindex <= object.compactEnd ? 1 : 0;
             } else {
                 for (const SUBINDEX_DATA_T& sub : object.subs)
-                    described += sub.implementation != 3 ? 1 : 0;
+                    described += sub.implementation != CANopen::VirtualObject ? 1 : 0;
             }
             const quint8 startLine = (first && first->sharedlines) ? 0 : line;
             out << QStringLiteral("\t{ 0x%1u, %2u, %3u, %4, %5u },\n")
@@ -433,7 +431,9 @@ QString ObjDictGenerator::mappingBody(quint8 line, quint16 mapIndex, quint64 cou
         const quint16 index = quint16(mapping >> 16);
         const quint8 subindex = quint8(mapping >> 8);
         const SUBINDEX_DATA_T* mapped = findSub(line, index, subindex);
-        const bool numeric = !transmit || (mapped && (mapped->datatype < 9 || mapped->datatype == 16));
+        const bool numeric =
+            !transmit ||
+            (mapped && (mapped->datatype < CAN::VisibleString || mapped->datatype == CAN::Integer24));
         body += QStringLiteral("\t\t{%1, %2u, %3, 0x%4UL")
                     .arg(valuePointer(line, index, subindex))
                     .arg(mapping & 0xFF)
@@ -466,7 +466,7 @@ QString ObjDictGenerator::routingList(quint8 line, quint32 mapping) const
     const SUBINDEX_DATA_T* mapped = mapping == 0 ? nullptr : findSub(line, index, subindex);
     int position = 0;
     if (mapped)
-        position = mapped->implementation == 1
+        position = mapped->implementation == CANopen::ManagedConst
                        ? m_constSlot.value(objectKey(line, index, subindex))
                        : m_varSlot.value(objectKey(mapped->sharedlines ? 0 : line, index, subindex));
     const DictObject* routing = findObject(line, 0x1F2C);
@@ -482,15 +482,15 @@ QString ObjDictGenerator::valuePointer(quint8 line, quint16 index, quint8 subind
         return QStringLiteral("NULL");
     const QString word = tableWord(sub->datatype);
     switch (sub->implementation) {
-    case 1:
+    case CANopen::ManagedConst:
         return QStringLiteral("&od_const_%1[%2]")
             .arg(word)
             .arg(m_constSlot.value(objectKey(line, index, subindex)));
-    case 2: {
+    case CANopen::ApplicationVariable: {
         const QString name = variableName(line, index, subindex, *sub);
         return name.contains(QLatin1Char('(')) ? name : QStringLiteral("&(%1)").arg(name);
     }
-    case 0:
+    case CANopen::ManagedVariable:
         return QStringLiteral("&od_%1[%2]")
             .arg(word)
             .arg(m_varSlot.value(objectKey(sub->sharedlines ? 0 : line, index, subindex)));

@@ -692,7 +692,7 @@ void ObjDictGenerator::writeLineFunction(SectionStream& out, quint8 line)
 
 void ObjDictGenerator::writeNmtForLine(SectionStream& out, quint8 line)
 {
-    const int nmtMaster = lineSetting(QStringLiteral("nmtmaster"), line).toInt();
+    const int nmtMaster = lineSettingInt(QStringLiteral("nmtmaster"), line);
     const bool lss = settingInt(QStringLiteral("lss_supported")) > 0;
     if (nmtMaster == 2) {
         out << "    /* Check dynamic options for master flag */\n";
@@ -850,7 +850,7 @@ void ObjDictGenerator::writeCobIdOverwriteMultiLine(SectionStream& out)
 {
     QList<quint8> lines;
     for (quint8 line : std::as_const(m_usedLines)) {
-        if (lineSetting(QStringLiteral("overwrite_predef"), line).toInt() > 0)
+        if (lineSettingInt(QStringLiteral("overwrite_predef"), line) > 0)
             lines << line;
     }
     out << "/* Please be careful - this function overwrite the COB-Ids of the\n* predefined connection set "

@@ -17,7 +17,7 @@ struct GroupInfo
     int wideCode;
 };
 
-// In the order of the enum Group, which is the order of the managed and pointer tables.
+// In the order of CAN::ValueGroup, which is the order of the managed and pointer tables.
 const GroupInfo groups[] = {
     {"u8", "static UNSIGNED8 CO_STORAGE_CLASS\tod_u8[",
      "static CO_CONST UNSIGNED8 CO_CONST_STORAGE_CLASS\tod_const_u8[",
@@ -27,19 +27,19 @@ const GroupInfo groups[] = {
      "static UNSIGNED16 CO_CONST_STORAGE_CLASS * CO_CONST \tod_ptr_u16[", "(UNSIGNED16)", "u", 0},
     {"u24", "static UNSIGNED24 CO_STORAGE_CLASS\tod_u24[",
      "static CO_CONST UNSIGNED24 CO_CONST_STORAGE_CLASS\tod_const_u24[",
-     "static UNSIGNED24 CO_CONST_STORAGE_CLASS * CO_CONST \tod_ptr_u24[", "", "", 22},
+     "static UNSIGNED24 CO_CONST_STORAGE_CLASS * CO_CONST \tod_ptr_u24[", "", "", CAN::Unsigned24},
     {"u32", "static UNSIGNED32 CO_STORAGE_CLASS\tod_u32[",
      "static CO_CONST UNSIGNED32 CO_CONST_STORAGE_CLASS\tod_const_u32[",
      "static UNSIGNED32 CO_CONST_STORAGE_CLASS * CO_CONST \tod_ptr_u32[", "(UNSIGNED32)", "UL", 0},
     {"u40", "static UNSIGNED40 CO_STORAGE_CLASS\tod_u40[",
      "static CO_CONST UNSIGNED40 CO_CONST_STORAGE_CLASS\tod_const_u40[",
-     "static UNSIGNED40 CO_CONST_STORAGE_CLASS * CO_CONST \tod_ptr_u40[", "", "", 24},
+     "static UNSIGNED40 CO_CONST_STORAGE_CLASS * CO_CONST \tod_ptr_u40[", "", "", CAN::Unsigned40},
     {"u48", "static UNSIGNED48 CO_STORAGE_CLASS\tod_u48[",
      "static CO_CONST UNSIGNED48 CO_CONST_STORAGE_CLASS\tod_const_u48[",
-     "static UNSIGNED48 CO_CONST_STORAGE_CLASS * CO_CONST \tod_ptr_u48[", "", "", 25},
+     "static UNSIGNED48 CO_CONST_STORAGE_CLASS * CO_CONST \tod_ptr_u48[", "", "", CAN::Unsigned48},
     {"u64", "static UNSIGNED64 CO_STORAGE_CLASS\tod_u64[",
      "static CO_CONST UNSIGNED64 CO_CONST_STORAGE_CLASS\tod_const_u64[",
-     "static UNSIGNED64 CO_CONST_STORAGE_CLASS * CO_CONST \tod_ptr_u64[", "", "", 27},
+     "static UNSIGNED64 CO_CONST_STORAGE_CLASS * CO_CONST \tod_ptr_u64[", "", "", CAN::Unsigned64},
     {"i8", "static INTEGER8  CO_STORAGE_CLASS\tod_i8[",
      "static CO_CONST INTEGER8 CO_CONST_STORAGE_CLASS\tod_const_i8[",
      "static INTEGER8  CO_CONST_STORAGE_CLASS * CO_CONST \tod_ptr_i8[", "(INTEGER8)", "", 0},
@@ -48,7 +48,7 @@ const GroupInfo groups[] = {
      "static INTEGER16 CO_CONST_STORAGE_CLASS * CO_CONST \tod_ptr_i16[", "(INTEGER16)", "", 0},
     {"i24", "static INTEGER24 CO_STORAGE_CLASS\tod_i24[",
      "static CO_CONST INTEGER24 CO_CONST_STORAGE_CLASS\tod_const_i24[",
-     "static INTEGER24 CO_CONST_STORAGE_CLASS * CO_CONST \tod_ptr_i24[", "", "", 16},
+     "static INTEGER24 CO_CONST_STORAGE_CLASS * CO_CONST \tod_ptr_i24[", "", "", CAN::Integer24},
     {"i32", "static INTEGER32 CO_STORAGE_CLASS\tod_i32[",
      "static CO_CONST INTEGER32 CO_CONST_STORAGE_CLASS\tod_const_i32[",
      "static INTEGER32 CO_CONST_STORAGE_CLASS * CO_CONST \tod_ptr_i32[", "(INTEGER32)", "L", 0},
@@ -59,7 +59,7 @@ const GroupInfo groups[] = {
 
 bool isSigned(int group)
 {
-    return group >= 7 && group <= 10;
+    return group >= CAN::GroupI8 && group <= CAN::GroupI32;
 }
 
 // Automatic base, a leading minus allowed; an unreadable value reads 0.
@@ -83,7 +83,7 @@ void parseNumber(const QString& text, quint64& unsignedValue, qint64& signedValu
 QString valueText(int group, const QString& text, int realDigits)
 {
     const GroupInfo& info = groups[group];
-    if (group == 11) {
+    if (group == CAN::GroupR32) {
         bool ok = false;
         double value = text.trimmed().toDouble(&ok);
         if (!ok) {
@@ -189,17 +189,17 @@ void ObjDictGenerator::writeManagedVariables()
     QString specifier = setting(QStringLiteral("static_memory_specifier")).trimmed();
     if (!specifier.isEmpty())
         specifier = QLatin1Char(' ') + specifier + QLatin1Char(' ');
-    ValueTable tables[GroupCount];
+    ValueTable tables[CAN::GroupCount];
     for (quint8 line : dictionaryLines()) {
         for (const DictObject& object : objectsOf(line)) {
             for (qsizetype position = 0; position < object.subindices.size(); ++position) {
                 const quint8 subindex = object.subindices.at(position);
                 const SUBINDEX_DATA_T& sub = object.subs.at(position);
-                if (sub.implementation != 0 || ownedByService(object.index, subindex) ||
-                    (line != 0 && sub.sharedlines))
+                if (sub.implementation != CANopen::ManagedVariable ||
+                    ownedByService(object.index, subindex) || (line != 0 && sub.sharedlines))
                     continue;
-                const Group group = groupOf(sub.datatype);
-                if (group == NoGroup)
+                const CAN::ValueGroup group = COHelper::valueGroup(sub.datatype);
+                if (group == CAN::NoGroup)
                     continue;
                 const quint32 key = objectKey(line, object.index, subindex);
                 m_varSlot.insert(key, int(tables[group].entries.size()));
@@ -212,7 +212,7 @@ void ObjDictGenerator::writeManagedVariables()
             }
         }
     }
-    for (int group = 0; group < GroupCount; ++group) {
+    for (int group = 0; group < CAN::GroupCount; ++group) {
         const ValueTable& table = tables[group];
         if (table.keys.isEmpty())
             continue;
@@ -223,7 +223,7 @@ void ObjDictGenerator::writeManagedVariables()
             continue;
         }
         out << "= {\n";
-        out << table.entries.join(group == I32 ? QStringLiteral(",\n ") : QStringLiteral(",\n"));
+        out << table.entries.join(group == CAN::GroupI32 ? QStringLiteral(",\n ") : QStringLiteral(",\n"));
         out << "};\n";
     }
 }
@@ -232,7 +232,7 @@ void ObjDictGenerator::writeConstants()
 {
     SectionStream out(this);
     out << "\n/* definition of constants */\n";
-    UniqueTable tables[GroupCount];
+    UniqueTable tables[CAN::GroupCount];
     QStringList visStrings, visLengths, utf8Strings, utf8Lengths;
     for (quint8 line : dictionaryLines()) {
         for (const DictObject& object : objectsOf(line)) {
@@ -240,8 +240,8 @@ void ObjDictGenerator::writeConstants()
                 const quint8 subindex = object.subindices.at(position);
                 const SUBINDEX_DATA_T& sub = object.subs.at(position);
                 const quint32 key = objectKey(line, object.index, subindex);
-                const Group group = groupOf(sub.datatype);
-                if (group != NoGroup) {
+                const CAN::ValueGroup group = COHelper::valueGroup(sub.datatype);
+                if (group != CAN::NoGroup) {
                     QString defaultText = sub.defaultvalue;
                     defaultText.remove(QLatin1String("$nodeid+"), Qt::CaseInsensitive);
                     m_constSlot.insert(key, tables[group].add(valueText(group, defaultText, 8)));
@@ -249,11 +249,12 @@ void ObjDictGenerator::writeConstants()
                         m_lowLimitSlot.insert(key, tables[group].add(valueText(group, sub.lowlimit, 8)));
                         m_upLimitSlot.insert(key, tables[group].add(valueText(group, sub.uplimit, 8)));
                     }
-                } else if (sub.implementation == 1 && (sub.datatype == 9 || sub.datatype == 10)) {
+                } else if (sub.implementation == CANopen::ManagedConst &&
+                           (sub.datatype == CAN::VisibleString || sub.datatype == CAN::OctetString)) {
                     m_constSlot.insert(key, int(visStrings.size()));
                     visStrings << constStringEntry(sub.defaultvalue);
                     visLengths << QLatin1Char('\t') + QString::number(sub.size);
-                } else if (sub.implementation == 1 && sub.datatype == 124) {
+                } else if (sub.implementation == CANopen::ManagedConst && sub.datatype == CAN::Utf8String) {
                     m_constSlot.insert(key, int(utf8Strings.size()));
                     utf8Strings << constStringEntry(sub.defaultvalue);
                     utf8Lengths << QLatin1Char('\t') + QString::number(sub.size);
@@ -261,8 +262,10 @@ void ObjDictGenerator::writeConstants()
             }
         }
     }
-    const Group constOrder[] = {U8, U16, U32, U24, U40, U48, U64, I8, I16, I24, I32, R32};
-    for (Group group : constOrder) {
+    const CAN::ValueGroup constOrder[] = {CAN::GroupU8,  CAN::GroupU16, CAN::GroupU32, CAN::GroupU24,
+                                          CAN::GroupU40, CAN::GroupU48, CAN::GroupU64, CAN::GroupI8,
+                                          CAN::GroupI16, CAN::GroupI24, CAN::GroupI32, CAN::GroupR32};
+    for (CAN::ValueGroup group : constOrder) {
         if (tables[group].entries.isEmpty())
             continue;
         m_writtenTables.insert(QStringLiteral("od_const_") + QLatin1String(groups[group].suffix));
@@ -298,7 +301,8 @@ void ObjDictGenerator::writeStringDefaultValues()
             for (qsizetype position = 0; position < object.subindices.size(); ++position) {
                 const quint8 subindex = object.subindices.at(position);
                 const SUBINDEX_DATA_T& sub = object.subs.at(position);
-                if (sub.implementation != 2 || (sub.datatype != 9 && sub.datatype != 10))
+                if (sub.implementation != CANopen::ApplicationVariable ||
+                    (sub.datatype != CAN::VisibleString && sub.datatype != CAN::OctetString))
                     continue;
                 out << "/* " << variableName(line, object.index, subindex, sub) << " */ \n";
                 const QByteArray bytes = stringBytes(sub.defaultvalue);
@@ -320,7 +324,7 @@ void ObjDictGenerator::writeApplicationVariables()
 {
     SectionStream out(this);
     out << "\n/* definition of application variables */\n";
-    ValueTable pointers[GroupCount];
+    ValueTable pointers[CAN::GroupCount];
     ValueTable visStrings, utf8Strings, octetStrings, domains;
     QStringList visLengths, utf8Lengths, octetLengths, domainLengths;
     for (quint8 line : dictionaryLines()) {
@@ -328,29 +332,31 @@ void ObjDictGenerator::writeApplicationVariables()
             for (qsizetype position = 0; position < object.subindices.size(); ++position) {
                 const quint8 subindex = object.subindices.at(position);
                 const SUBINDEX_DATA_T& sub = object.subs.at(position);
-                if (sub.implementation != 2 || isSrdoEntry(line, object.index, subindex))
+                if (sub.implementation != CANopen::ApplicationVariable ||
+                    isSrdoEntry(line, object.index, subindex))
                     continue;
                 const quint32 key = objectKey(line, object.index, subindex);
                 const QString name = variableName(line, object.index, subindex, sub);
                 const QString sizeEntry = QLatin1Char('\t') + QString::number(sub.size);
-                const Group group = groupOf(sub.datatype);
+                const CAN::ValueGroup group = COHelper::valueGroup(sub.datatype);
                 ValueTable* table = nullptr;
-                if (group != NoGroup) {
+                if (group != CAN::NoGroup) {
                     table = &pointers[group];
                     const QString pointer =
                         name.contains(QLatin1Char('(')) ? name : QStringLiteral("&(%1)").arg(name);
                     table->entries << QLatin1Char('\t') + pointer +
                                           entryComment(line, object.index, subindex);
-                } else if (sub.datatype == 9 || sub.datatype == 124 || sub.datatype == 10) {
-                    table = sub.datatype == 9     ? &visStrings
-                            : sub.datatype == 124 ? &utf8Strings
-                                                  : &octetStrings;
+                } else if (sub.datatype == CAN::VisibleString || sub.datatype == CAN::Utf8String ||
+                           sub.datatype == CAN::OctetString) {
+                    table = sub.datatype == CAN::VisibleString ? &visStrings
+                            : sub.datatype == CAN::Utf8String  ? &utf8Strings
+                                                               : &octetStrings;
                     table->entries << QStringLiteral("\t&(%1[0])").arg(name);
-                    (sub.datatype == 9     ? visLengths
-                     : sub.datatype == 124 ? utf8Lengths
-                                           : octetLengths)
+                    (sub.datatype == CAN::VisibleString ? visLengths
+                     : sub.datatype == CAN::Utf8String  ? utf8Lengths
+                                                        : octetLengths)
                         << sizeEntry;
-                } else if (sub.datatype == 15) {
+                } else if (sub.datatype == CAN::Domain) {
                     table = &domains;
                     table->entries << QStringLiteral("\tNULL");
                     domainLengths << QStringLiteral("\t0");
@@ -362,7 +368,7 @@ void ObjDictGenerator::writeApplicationVariables()
             }
         }
     }
-    for (int group = 0; group < GroupCount; ++group) {
+    for (int group = 0; group < CAN::GroupCount; ++group) {
         if (pointers[group].keys.isEmpty())
             continue;
         m_writtenTables.insert(QStringLiteral("od_ptr_") + QLatin1String(groups[group].suffix));

@@ -95,7 +95,7 @@ void DBCGenerator::doJob()
     temporary.close();
     m_database->cacheAllSPNs(m_line);
 
-    m_canFd = m_database->getGeneralSetting(QStringLiteral("canfd_supported")).toInt() > 0;
+    m_canFd = settingInt(QStringLiteral("canfd_supported")) > 0;
     Q_EMIT progress(25);
     createAttributeDefinitions();
     const quint8 address = lineAddress();
@@ -107,7 +107,7 @@ void DBCGenerator::doJob()
         }
     }
     addAcknowledgeMessage(address);
-    if (m_database->getJ1939Setting(QStringLiteral("diagsupport_dm1")).toInt() == 1)
+    if (j1939SettingInt(QStringLiteral("diagsupport_dm1")) == 1)
         addDiagnosticMessage(address);
 
     if (!writeDatabase(temporary.fileName()))
@@ -194,8 +194,8 @@ void DBCGenerator::addAttributeDefinition(const QByteArray& name, CANdbOwner own
 // The line's entry of the address list; a shorter list gives its first.
 quint8 DBCGenerator::lineAddress()
 {
-    const QStringList addresses = m_database->getJ1939Setting(QStringLiteral("startaddress"))
-                                      .split(QLatin1Char(','), Qt::SkipEmptyParts);
+    const QStringList addresses =
+        j1939Setting(QStringLiteral("startaddress")).split(QLatin1Char(','), Qt::SkipEmptyParts);
     QString address = QStringLiteral("0xFE");
     if (m_line < addresses.size())
         address = addresses.at(m_line);

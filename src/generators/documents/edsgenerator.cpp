@@ -286,7 +286,8 @@ void EDSGenerator::writeSubIndexSections(QTextStream& out, quint16 index, const 
 
 void EDSGenerator::writePropertyBlock(QTextStream& out, const SUBINDEX_DATA_T& sub)
 {
-    uint dataType = sub.datatype >= 100 ? 5u : static_cast<uint>(sub.datatype);
+    // The tool's own types from UNSIGNED2 up have no number in a device description.
+    uint dataType = sub.datatype >= CAN::Unsigned2 ? uint(CAN::Unsigned8) : static_cast<uint>(sub.datatype);
     if (sub.metadata && sub.metadata->contains(dataTypeKey))
         dataType = COHelper::parseUnsigned(sub.metadata->value(dataTypeKey), nullptr) & 0xFFFF;
     out << "DataType=" << dataType << "\n";

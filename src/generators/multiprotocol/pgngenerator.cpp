@@ -6,7 +6,9 @@
 #include "generators/multiprotocol/pgngenerator.h"
 
 #include "canopenlib/cohelper.h"
+#include "database/linetypes.h"
 #include "generators/j1939addressclaim.h"
+#include "generators/stackwords.h"
 
 #include <QCoreApplication>
 #include <QDebug>
@@ -18,7 +20,6 @@
 namespace {
 
 // Lines from 32 upward carry no J1939 stack configuration.
-constexpr quint8 lineLimit = 32;
 constexpr quint32 addressClaimPgn = 60928;
 constexpr quint8 transmit = ObjectDataBase::Transmit;
 constexpr quint8 receive = ObjectDataBase::Receive;
@@ -120,7 +121,9 @@ const ManagedArrayForm managedForms[] = {
 // The widths of the types that a 64-bit managed variable holds.
 int wideBits(int dataType)
 {
-    return dataType == 24 ? 40 : dataType == 25 ? 48 : 64;
+    return dataType == CAN::Unsigned40 || dataType == CAN::Unsigned48
+               ? COHelper::getDataLengthBits(CAN::CANopenDataType(dataType))
+               : 64;
 }
 
 quint64 allOnes(int bits)
@@ -143,18 +146,6 @@ qint64 signedNumber(const QString& text)
 }
 
 // The classic and the V4 stack differ in these words of gen_pgn.c.
-const QHash<QString, QString>& coreWords()
-{
-    static const QHash<QString, QString> words = {
-        {QStringLiteral("CO_CONST"), QStringLiteral("CORE_CONST")},
-        {QStringLiteral("CO_HANDLE_WATCHDOG"), QStringLiteral("CORE_HANDLE_WATCHDOG")},
-        {QStringLiteral("CO_MULTI_LINE_CNT"), QStringLiteral("CAN_MULTI_LINE_CNT")},
-        {QStringLiteral("commonStackInit"), QStringLiteral("coreStackInit")},
-        {QStringLiteral("J1939_RECEIVE_PGN_CNT"), QStringLiteral("J1939_RECEIVE_PGN_CFG_CNT")},
-    };
-    return words;
-}
-
 } // namespace
 
 PGNGenerator::PGNGenerator(QObject* parent) : AbstractGenerator(parent) {}
@@ -181,7 +172,7 @@ bool PGNGenerator::declareIdentify(bool refreshCache)
     bool stored = true;
     const QList<quint8> lines = m_database->getNodeList();
     for (quint8 line : lines) {
-        if (line >= lineLimit || !J1939AddressClaim::applies(*m_database, line))
+        if (line >= Line::stackLimit || !J1939AddressClaim::applies(*m_database, line))
             continue;
         stored = J1939AddressClaim::store(*m_database, line) && stored;
         if (refreshCache)
@@ -196,7 +187,7 @@ void PGNGenerator::doJob()
     prepare();
     if (openOutputFile(QStringLiteral("gen_pgn.c"))) {
         auto section = [this](void (PGNGenerator::*writer)(SectionStream&)) {
-            SectionStream out = sectionStream(m_file);
+            SectionStream out(this);
             (this->*writer)(out);
         };
         section(&PGNGenerator::writeFileHead);
@@ -215,34 +206,9 @@ void PGNGenerator::doJob()
     finishJob();
 }
 
-SectionStream PGNGenerator::sectionStream(QIODevice* device)
+const StackWords* PGNGenerator::stackWords() const
 {
-    return SectionStream(device, [this](const char* literal) {
-        return coreForm() ? renamed(literal) : QString::fromLatin1(literal);
-    });
-}
-
-// Literals have static storage, so each is renamed once per run.
-QString PGNGenerator::renamed(const char* literal)
-{
-    const auto known = m_renamed.constFind(literal);
-    if (known != m_renamed.constEnd())
-        return known.value();
-    static const QRegularExpression word(QStringLiteral("\\b[A-Za-z_][A-Za-z0-9_]*\\b"));
-    const QString text = QString::fromLatin1(literal);
-    QString result;
-    qsizetype done = 0;
-    QRegularExpressionMatchIterator it = word.globalMatch(text);
-    while (it.hasNext()) {
-        const QRegularExpressionMatch match = it.next();
-        result += QStringView(text).mid(done, match.capturedStart() - done);
-        result += coreWords().value(match.captured(), match.captured());
-        done = match.capturedEnd();
-    }
-    result += QStringView(text).mid(done);
-    result.replace(QLatin1String("<iso_tp.h>"), QLatin1String("<core_isotp.h>"));
-    m_renamed.insert(literal, result);
-    return result;
+    return coreForm() ? &StackWords::genPgn() : nullptr;
 }
 
 quint64 PGNGenerator::managedKey(quint8 line, quint32 message, quint32 signal)
@@ -255,25 +221,25 @@ void PGNGenerator::prepare()
     m_lines.clear();
     const QList<quint8> nodes = m_database->getNodeList();
     for (quint8 line : nodes) {
-        if (line < 254)
+        if (line < Line::firstScratch)
             m_lines << line;
     }
     std::sort(m_lines.begin(), m_lines.end());
     m_multiLine = m_lines.size() > 1;
-    m_safety = j1939Int(QStringLiteral("safetysupport")) > 0;
-    m_dynamic = j1939Int(QStringLiteral("dynsupport")) > 0;
-    m_canFd = generalInt(QStringLiteral("canfd_supported")) > 0;
-    m_staticInit = generalInt(QStringLiteral("init_static_variables")) == 1;
+    m_safety = j1939SettingInt(QStringLiteral("safetysupport")) > 0;
+    m_dynamic = j1939SettingInt(QStringLiteral("dynsupport")) > 0;
+    m_canFd = settingInt(QStringLiteral("canfd_supported")) > 0;
+    m_staticInit = settingInt(QStringLiteral("init_static_variables")) == 1;
     m_plans.clear();
     for (QList<ManagedElement>& elements : m_managed)
         elements.clear();
     m_managedIndex.clear();
     m_arrayWritten.fill(false);
     for (quint8 line : std::as_const(m_lines)) {
-        if (line >= lineLimit)
+        if (line >= Line::stackLimit)
             continue;
         m_database->cacheAllSPNs(line);
-        readLine(line, generalInt(QStringLiteral("line%1type").arg(line)));
+        readLine(line, m_database->lineType(line));
     }
 }
 
@@ -367,7 +333,7 @@ void PGNGenerator::writeFileHead(SectionStream& out)
         out << "#include <uds_uds.h>\n";
     }
     out << "#include <gen_extern_decl.h>\n";
-    const QString applicationHeader = generalSetting(QStringLiteral("applicationheader")).trimmed();
+    const QString applicationHeader = setting(QStringLiteral("applicationheader")).trimmed();
     if (coreForm() && !applicationHeader.isEmpty()) {
         out << "/* application header file(s) */\n";
         const QStringList headers = applicationHeader.split(QLatin1Char(' '), Qt::SkipEmptyParts);
@@ -424,30 +390,4 @@ void PGNGenerator::writeManagedArray(SectionStream& out, ManagedArray array)
             out << QStringLiteral(" /* %1:%2 */").arg(element.message).arg(element.signal);
     }
     out << "};\n";
-}
-
-QString PGNGenerator::generalSetting(const QString& key) const
-{
-    return m_database->getGeneralSetting(key);
-}
-
-int PGNGenerator::generalInt(const QString& key) const
-{
-    return m_database->getGeneralSetting(key).trimmed().toInt();
-}
-
-QString PGNGenerator::j1939Setting(const QString& key) const
-{
-    return m_database->getJ1939Setting(key);
-}
-
-int PGNGenerator::j1939Int(const QString& key) const
-{
-    return m_database->getJ1939Setting(key).trimmed().toInt();
-}
-
-bool PGNGenerator::udsInUse() const
-{
-    return generalInt(QStringLiteral("udsserver_supported")) == 1 ||
-           generalInt(QStringLiteral("udsclient_supported")) == 1;
 }

@@ -42,9 +42,6 @@ public:
     // writers only read what this finds.
     void prepare();
 
-    // A stream on the device with the literals in this generator's words.
-    SectionStream sectionStream(QIODevice* device);
-
     void writeFileHead(SectionStream& out);
     void writeManagedVariables(SectionStream& out);
     void writeMappingDefinitions(SectionStream& out);
@@ -66,7 +63,7 @@ protected:
     // The V4 stack keeps variable pointers apart from the mapping rows and
     // names what its core layer shares with other protocols CORE_.
     virtual bool coreForm() const { return false; }
-    QString renamed(const char* literal);
+    const StackWords* stackWords() const override;
 
 private:
     struct PgnEntry
@@ -137,12 +134,6 @@ private:
     QString receiveCount(const LinePlan& plan) const;
     bool hasAnyTransmitTable(const LinePlan& plan) const { return plan.transmitPgns.size() > 1; }
 
-    QString generalSetting(const QString& key) const;
-    int generalInt(const QString& key) const;
-    QString j1939Setting(const QString& key) const;
-    int j1939Int(const QString& key) const;
-    bool udsInUse() const;
-
     QList<quint8> m_lines;
     QList<LinePlan> m_plans;
     bool m_safety = false;
@@ -153,5 +144,4 @@ private:
     QHash<quint64, int> m_managedIndex;
     // Set for each managed array once it is written.
     std::array<bool, ManagedArrayCount> m_arrayWritten{};
-    QHash<const char*, QString> m_renamed;
 };

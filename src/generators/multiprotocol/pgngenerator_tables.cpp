@@ -5,6 +5,7 @@
 #include "generators/multiprotocol/pgngenerator.h"
 
 #include "canopenlib/cohelper.h"
+#include "database/linetypes.h"
 #include "generators/multiprotocol/commongeneratorhelper.h"
 #include "generators/multiprotocol/commongeneratorhelperv4.h"
 
@@ -74,7 +75,7 @@ QPair<int, QString> sizeAndTag(int dataType, quint16 bitsize)
 // The V4 pointer tables hold byte pointers.
 QString pointerReference(const QString& reference, int dataType)
 {
-    const bool byteSized = reference.contains(QLatin1String("_u8")) || dataType == 5;
+    const bool byteSized = reference.contains(QLatin1String("_u8")) || dataType == CAN::Unsigned8;
     return byteSized ? reference : QStringLiteral("(UNSIGNED8 *)") + reference;
 }
 
@@ -108,7 +109,7 @@ void PGNGenerator::writeMappingDefinitions(SectionStream& out)
                 writePgnMapping(out, plan, entry, false);
             for (const PgnEntry& entry : plan.transmitPgns)
                 writePgnMapping(out, plan, entry, true);
-        } else if (plan.type == 4) {
+        } else if (plan.type == Line::RawCan) {
             for (const CanIdEntry& entry : plan.receiveIds)
                 writeCanIdMapping(out, plan, entry, false);
             for (const CanIdEntry& entry : plan.transmitIds)
@@ -326,7 +327,7 @@ void PGNGenerator::writeFdLines(SectionStream& out, const ObjectDataBase::PGN& p
 
 void PGNGenerator::writeAddressClaimConfig(SectionStream& out)
 {
-    if (generalInt(QStringLiteral("line0type")) == 2 || generalInt(QStringLiteral("line0type")) == 5)
+    if (m_database->lineType(0) == Line::J1939 || m_database->lineType(0) == Line::CANopenJ1939)
         out << "/*  J1939 device Identifiy information (NAME PGN) */\n";
     for (const LinePlan& plan : std::as_const(m_plans)) {
         if (!plan.j1939())
@@ -440,9 +441,8 @@ void PGNGenerator::writeStackInit(SectionStream& out)
     else
         helper = std::make_unique<CommonGeneratorHelper>(m_database.data(), m_multiLine);
     const bool uds = udsInUse();
-    const bool newInit =
-        coreForm() || generalSetting(QStringLiteral("new_init_structure")).trimmed().toUInt() == 1;
-    const bool fdModes = generalInt(QStringLiteral("canfd_supported")) >= 1;
+    const bool newInit = coreForm() || setting(QStringLiteral("new_init_structure")).trimmed().toUInt() == 1;
+    const bool fdModes = settingInt(QStringLiteral("canfd_supported")) >= 1;
 
     out << "\n";
     out << "/*  J1939 stack initialization function */\n";

@@ -1,4 +1,4 @@
-#include "trw_cli/outputhandlerbase.h"
+#include "pipeline/outputhandlerbase.h"
 
 OutputHandlerBase::OutputHandlerBase(QObject* parent) : QObject(parent) {}
 

@@ -1,0 +1,52 @@
+#pragma once
+
+#include "canopenlib/canopentypes.h"
+#include "database/linetypes.h"
+#include "database/objectdatabase.h"
+
+#include <QList>
+#include <QString>
+
+// Fills a test project the way editing in the tool does: lines of a type,
+// objects with their sub-indices, and the caches the pipeline fills before
+// any generator or check runs. Every unit test builds its projects with it.
+namespace projectbuilder {
+
+// One sub-index of a test object, with the fields the generators and the
+// check read. A named sub-index gives its name first; an unnamed one gives
+// the data type first and is called "sub <n>".
+struct Sub
+{
+    Sub(quint8 subindex, const QString& name, int datatype = CAN::Unsigned32,
+        const QString& defaultvalue = QString(), const QString& accesstype = QStringLiteral("ro"),
+        int implementation = CANopen::ManagedVariable, bool nvstorage = false);
+    Sub(quint8 subindex, int datatype, const QString& defaultvalue,
+        int implementation = CANopen::ManagedVariable, const QString& accesstype = QStringLiteral("ro"),
+        const QString& varname = QString(), int size = 0);
+
+    SUBINDEX_DATA_T record() const;
+
+    quint8 subindex;
+    QString name;
+    int datatype;
+    QString defaultvalue;
+    QString accesstype;
+    int implementation;
+    bool nvstorage = false;
+    QString varname;
+    int size = 0;
+};
+
+// Line `line` of the given type; line 0 exists in a new project.
+void addLine(ObjectDataBase& db, quint8 line, int type);
+
+// A named object; a VAR without sub-indices gets sub-index 0 of its name.
+void addObject(ObjectDataBase& db, quint8 line, quint16 index, const QString& name, int objectType,
+               QList<Sub> subs = {});
+// An object called "object <index>"; with one sub-index it takes that one's data type.
+void addObject(ObjectDataBase& db, quint8 line, quint16 index, int objectType, const QList<Sub>& subs);
+
+// Fills the sub-index, name and SPN caches of all lines and the string pool.
+void cacheLines(ObjectDataBase& db);
+
+} // namespace projectbuilder
