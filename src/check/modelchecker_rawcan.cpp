@@ -1,6 +1,9 @@
 #include "check/modelchecker.h"
 
+#include <QDebug>
 #include <QHash>
+#include <QSqlError>
+#include <QSqlQuery>
 
 namespace {
 
@@ -53,14 +56,35 @@ int ModelChecker::checkRawCANLine(quint8 line, QSharedPointer<ObjectDataBase> da
     return m_errorCount;
 }
 
-// Two statements for the identifiers and one for all data elements of the line.
+// Two statements for the identifiers and one for all data elements of the
+// line; the store answers one element at a time. Rows are read by column
+// position, as the store does, since old tables of line 0 spell the bit
+// position column differently.
 void ModelChecker::readRawCanLine(RawCanLine& state)
 {
     state.transmitIds = m_database->getCANIDList(state.line, ObjectDataBase::Transmit);
     state.receiveIds = m_database->getCANIDList(state.line, ObjectDataBase::Receive);
     QHash<quint64, QList<ObjectDataBase::DataElement>> elements;
-    for (const ObjectDataBase::DataElement& element : m_database->getLineDataElements(state.line))
+    QSqlQuery query(m_database->database());
+    query.setForwardOnly(true);
+    const QString statement =
+        QStringLiteral("select * from DataElements%1 order by canid asc, direction asc, number asc")
+            .arg(state.line);
+    if (!query.exec(statement))
+        qDebug() << Q_FUNC_INFO << statement << query.lastError().text();
+    while (query.next()) {
+        ObjectDataBase::DataElement element;
+        element.canid = query.value(0).toUInt();
+        element.number = query.value(1).toUInt();
+        element.datatype = query.value(2).toInt();
+        element.implementation = query.value(3).toInt();
+        element.varname = query.value(4).toString();
+        element.name = m_database->stringById(query.value(6).toInt());
+        element.bitsize = quint16(query.value(9).toUInt());
+        element.direction = quint8(query.value(10).toUInt());
+        element.bitpos = quint16(query.value(11).toUInt());
         elements[(quint64(element.canid) << 8) | element.direction].append(element);
+    }
     for (quint8 direction : {quint8(ObjectDataBase::Transmit), quint8(ObjectDataBase::Receive)}) {
         const QList<quint32>& ids =
             direction == ObjectDataBase::Transmit ? state.transmitIds : state.receiveIds;

@@ -458,8 +458,6 @@ public:
     // In the order of number.
     QList<quint32> getDataElementList(quint8 line, quint32 canid, quint8 direction);
     QString getDataElementName(quint8 line, quint32 canid, quint8 direction, quint32 number);
-    // All data elements of the line in one statement, ordered by CAN-ID, direction and number.
-    QList<DataElement> getLineDataElements(quint8 line);
 
     // Copies of the PGNs or identifiers of one direction with numbers from..to, inclusive.
     bool copyPGNs(ObjectDataBase* source, quint8 fromLine, quint8 toLine, quint32 from, quint32 to,

@@ -574,23 +574,6 @@ QString ObjectDataBase::getDataElementName(quint8 line, quint32 canid, quint8 di
     return getDataElement(line, canid, direction, elementNumber, element) ? element.name : unknownName;
 }
 
-QList<ObjectDataBase::DataElement> ObjectDataBase::getLineDataElements(quint8 line)
-{
-    QList<DataElement> elements;
-    QSqlQuery query(m_db);
-    query.setForwardOnly(true);
-    if (!execLogged(query, QStringLiteral(
-                               "select * from DataElements%1 order by canid asc, direction asc, number asc")
-                               .arg(line)))
-        return elements;
-    while (query.next()) {
-        DataElement element;
-        fillDataElement(query, element, *this);
-        elements.append(element);
-    }
-    return elements;
-}
-
 // ---- Copies between lines and projects
 
 bool ObjectDataBase::copyPGNs(ObjectDataBase* source, quint8 fromLine, quint8 toLine, quint32 from,

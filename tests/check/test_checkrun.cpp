@@ -3,6 +3,7 @@
 #include "common/testhelpers.h"
 #include "pipeline/generatormainhandler.h"
 
+#include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
 #include <QTemporaryDir>
@@ -109,7 +110,11 @@ TEST(CheckRun, SaveBehindAFailedCheckKeepsExitCode7AndStoresTheCorrections)
 // corrections and outputs stay out of the repository.
 TEST(CheckRun, EveryExampleProjectPassesTheCheck)
 {
-    const QStringList examples = testhelpers::exampleProjects({"*.trwt", "*.trwp"});
+    QStringList examples = testhelpers::exampleProjects();
+    QDirIterator projectFiles(TRW_SOURCE_DIR "/examples", {"*.trwp"}, QDir::Files,
+                              QDirIterator::Subdirectories);
+    while (projectFiles.hasNext())
+        examples << projectFiles.next();
     ASSERT_EQ(examples.filter(".trwp").size(), 2);
 
     for (const QString& example : std::as_const(examples)) {

@@ -7,8 +7,7 @@ namespace cleanproject {
 // A sub-index record with a name, the given type, access and default value.
 SUBINDEX_DATA_T subRecord(int dataType, const QString& access, const QString& value);
 
-// The project-wide settings a CANopen device needs to pass the model check, and the
-// J1939 NAME that any J1939 line of it needs.
+// The project-wide settings a CANopen device needs to pass the model check.
 void addProjectSettings(ObjectDataBase& db);
 // Node-ID and CAN buffer sizes of one line.
 void addLineSettings(ObjectDataBase& db, quint8 line);

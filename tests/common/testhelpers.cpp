@@ -35,10 +35,10 @@ QByteArray readFile(const QString& path)
     return f.readAll();
 }
 
-QStringList exampleProjects(const QStringList& nameFilters)
+QStringList exampleProjects()
 {
     QStringList paths;
-    QDirIterator it(QStringLiteral(TRW_SOURCE_DIR "/examples"), nameFilters, QDir::Files,
+    QDirIterator it(QStringLiteral(TRW_SOURCE_DIR "/examples"), {QStringLiteral("*.trwt")}, QDir::Files,
                     QDirIterator::Subdirectories);
     while (it.hasNext())
         paths << it.next();

@@ -21,8 +21,8 @@ RunResult runTrw(const QStringList& args, const QString& workDir = QString(),
 // Reads a whole file, empty when it does not exist.
 QByteArray readFile(const QString& path);
 
-// The files of the example projects that match the name filters, sorted by path.
-QStringList exampleProjects(const QStringList& nameFilters = {QStringLiteral("*.trwt")});
+// The .trwt files of the example projects, sorted by path.
+QStringList exampleProjects();
 
 // The values of a record as text, numbers in decimal, so that two records
 // compare field by field with a readable failure.
