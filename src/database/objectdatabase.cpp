@@ -126,6 +126,75 @@ QString createStatement(const char* table, bool ifNotExists)
            QLatin1String(table);
 }
 
+// A damaged file is refused before anything is written into its working copy, so that a save can never
+// put a half-repaired project over the original. Besides the SQLite structure this covers the keys that
+// every reader of a line relies on: the tables of the object dictionary exist for each line, and the key
+// columns of all per-line tables hold integers in the range of what they stand for. The statements only
+// read, before the project is in use, so they need none of the care of ObjectDataBase::exec.
+// The empty text means a sound file.
+QString damageOfProjectFile(const QSqlDatabase& db)
+{
+    QSqlQuery query(db);
+    if (!query.exec(QStringLiteral("PRAGMA quick_check")) || !query.next() ||
+        query.value(0).toString() != QLatin1String("ok"))
+        return QCoreApplication::translate("ObjectDataBase", "The project file is damaged.");
+    // A row whose key is of another type, NULL or beyond its range.
+    const auto holdsBadKeys = [&query](const QString& table, const QList<QPair<QString, qint64>>& keys) {
+        QStringList conditions;
+        for (const auto& key : keys) {
+            conditions.append(QStringLiteral("typeof(%1) <> 'integer' or %1 < 0 or %1 > %2")
+                                  .arg(key.first)
+                                  .arg(key.second));
+        }
+        return !query.exec(QStringLiteral("select 1 from %1 where %2 limit 1")
+                               .arg(table, conditions.join(QLatin1String(" or ")))) ||
+               query.next();
+    };
+    const QString badKeys = QCoreApplication::translate(
+        "ObjectDataBase", "The project file holds keys that no project can hold.");
+    if (holdsBadKeys(QStringLiteral("Nodes"), {{QStringLiteral("nodeId"), 0xFF}}))
+        return badKeys;
+    const qint64 index = 0xFFFF;
+    const qint64 number = 0xFFFFFFFF;
+    const QList<QPair<QString, QList<QPair<QString, qint64>>>> lineTables{
+        {QStringLiteral("Objects%1"),
+         {{QStringLiteral("objectindex"), index},
+          {QStringLiteral("datatype"), index},
+          {QStringLiteral("objecttype"), 0xFF}}},
+        {QStringLiteral("SubObjects%1"),
+         {{QStringLiteral("objectindex"), index},
+          {QStringLiteral("subindex"), 0xFF},
+          {QStringLiteral("datatype"), index},
+          {QStringLiteral("implementation"), 0xFF}}},
+        {QStringLiteral("PGNs%1"), {{QStringLiteral("number"), number}}},
+        {QStringLiteral("SPNs%1"),
+         {{QStringLiteral("pgnnumber"), number}, {QStringLiteral("spnnumber"), number}}},
+        {QStringLiteral("CANIDs%1"), {{QStringLiteral("id"), number}}},
+        {QStringLiteral("DataElements%1"),
+         {{QStringLiteral("canid"), number}, {QStringLiteral("number"), number}}},
+        {QStringLiteral("UDSSettings%1"), {{QStringLiteral("sid"), 0xFF}}},
+    };
+    const QStringList tables = db.tables();
+    QList<int> lines;
+    query.exec(QStringLiteral("select nodeId from Nodes"));
+    while (query.next())
+        lines.append(query.value(0).toInt());
+    for (int line : std::as_const(lines)) {
+        if (!tables.contains(QStringLiteral("Objects%1").arg(line), Qt::CaseInsensitive) ||
+            !tables.contains(QStringLiteral("SubObjects%1").arg(line), Qt::CaseInsensitive)) {
+            return QCoreApplication::translate("ObjectDataBase",
+                                               "The project file lacks the object dictionary of line %1.")
+                .arg(line);
+        }
+        for (const auto& table : lineTables) {
+            const QString name = table.first.arg(line);
+            if (tables.contains(name, Qt::CaseInsensitive) && holdsBadKeys(name, table.second))
+                return badKeys;
+        }
+    }
+    return QString();
+}
+
 } // namespace
 
 ObjectDataBase::ObjectDataBase(QObject* parent) : QObject(parent)
@@ -416,6 +485,14 @@ bool ObjectDataBase::openDataBase(QString path, bool convert)
     const QString previousWorkingFile = m_db.isOpen() ? m_db.databaseName() : QString();
     const QString previousPath = m_currentPath;
     if (!openWorkingCopy(path) || !hasLines()) {
+        returnToProject(previousWorkingFile, previousPath);
+        return false;
+    }
+
+    const QString damage = damageOfProjectFile(m_db);
+    if (!damage.isEmpty()) {
+        qDebug() << Q_FUNC_INFO << damage;
+        m_lastError = damage;
         returnToProject(previousWorkingFile, previousPath);
         return false;
     }

@@ -8,6 +8,11 @@ SectionStream::SectionStream(AbstractGenerator* generator)
 {
 }
 
+SectionStream::SectionStream(AbstractGenerator* generator, QIODevice* device)
+    : m_coreWords(generator->stackWords()), m_stream(device)
+{
+}
+
 SectionStream& SectionStream::operator<<(const char* literal)
 {
     if (m_coreWords)

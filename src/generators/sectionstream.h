@@ -6,6 +6,7 @@
 #include <type_traits>
 
 class AbstractGenerator;
+class QIODevice;
 class StackWords;
 
 // Writes one section of a generated C file into the generator's output file.
@@ -15,6 +16,8 @@ class SectionStream
 {
 public:
     explicit SectionStream(AbstractGenerator* generator);
+    // Into a second file that the generator writes beside its own.
+    SectionStream(AbstractGenerator* generator, QIODevice* device);
 
     SectionStream& operator<<(const char* literal);
     SectionStream& operator<<(const QString& text);

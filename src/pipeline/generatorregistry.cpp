@@ -2,6 +2,8 @@
 
 #include "generators/abstractgenerator.h"
 #include "generators/canopen/codefinegenerator.h"
+#include "generators/canopen/extdeclgenerator.h"
+#include "generators/canopen/extdeclgeneratorv4.h"
 #include "generators/canopen/gendefinegenerator.h"
 #include "generators/canopen/indicesgenerator.h"
 #include "generators/canopen/objdictgenerator.h"
@@ -65,6 +67,10 @@ QHash<QString, GeneratorRegistry::Entry> builtInGenerators()
                  {[](const GeneratorOptions&) -> AbstractGenerator* { return new PGNGenerator; }, {}});
     known.insert(QStringLiteral("PGNGeneratorV4"),
                  {[](const GeneratorOptions&) -> AbstractGenerator* { return new PGNGeneratorV4; }, {}});
+    known.insert(QStringLiteral("ExtDeclGenerator"),
+                 {[](const GeneratorOptions&) -> AbstractGenerator* { return new ExtDeclGenerator; }, {}});
+    known.insert(QStringLiteral("ExtDeclGeneratorV4"),
+                 {[](const GeneratorOptions&) -> AbstractGenerator* { return new ExtDeclGeneratorV4; }, {}});
     known.insert(QStringLiteral("EDSGenerator"),
                  {[](const GeneratorOptions& options) -> AbstractGenerator* {
                       return new EDSGenerator(options.edsDefine, options.canFd, options.classical);

@@ -28,6 +28,41 @@ QString withoutBanner(const QString& text)
     return text.section(QLatin1Char('\n'), 3);
 }
 
+void addPgn(ObjectDataBase& db, quint8 line, quint32 number, quint8 direction, quint8 priority,
+            QList<ObjectDataBase::SPN> spns, const QString& name)
+{
+    ObjectDataBase::PGN pgn;
+    pgn.name = name;
+    pgn.number = number;
+    pgn.direction = direction;
+    pgn.priority = priority;
+    pgn.cycletime_ms = 100;
+    pgn.mappingcount = quint16(spns.size());
+    db.addPGN(line, number, pgn);
+    quint16 bit = 0;
+    quint32 pos = 0;
+    for (ObjectDataBase::SPN& spn : spns) {
+        spn.pos = pos++;
+        spn.pgnnumber = number;
+        spn.direction = direction;
+        spn.bitposition = bit;
+        bit += spn.bitsize;
+        db.addSPN(line, number, direction, spn.spnnumber, spn);
+    }
+}
+
+ObjectDataBase::SPN spn(quint32 number, int dataType, quint16 bits, const QString& varname)
+{
+    ObjectDataBase::SPN record;
+    record.spnnumber = number;
+    record.name = QStringLiteral("SPN %1").arg(number);
+    record.datatype = dataType;
+    record.bitsize = bits;
+    record.implementation = varname.isEmpty() ? 0 : 2;
+    record.varname = varname;
+    return record;
+}
+
 void writeFile(const QString& path, const QString& text)
 {
     QFile file(path);
@@ -118,6 +153,20 @@ bool compileUnit(const QString& dir, const QStringList& headers, const QString& 
 }
 
 } // namespace
+
+::testing::AssertionResult compilesWithStack(const QString& dir, const QString& file, bool core,
+                                             const QString& compiler)
+{
+    QStringList arguments = {"-std=c99",      "-Wall", "-Werror",
+                             "-fsyntax-only", "-I.",   "-I" TRW_SOURCE_DIR "/tests/generators/stackdecl"};
+    if (core)
+        arguments << QStringLiteral("-DTEST_STACK_V4");
+    arguments << file;
+    QString output;
+    if (runCompiler(arguments, dir, output, compiler))
+        return ::testing::AssertionSuccess();
+    return ::testing::AssertionFailure() << compiler.toStdString() << ": " << output.toStdString();
+}
 
 ::testing::AssertionResult compileHeaders(const QString& dir, const QStringList& headers,
                                           const QString& prelude)

@@ -25,6 +25,12 @@ namespace generatortest {
 using projectbuilder::addLine;
 using projectbuilder::addObject;
 using projectbuilder::cacheLines;
+
+// Adds a PGN with its SPNs, which get their place and first bit in list order.
+void addPgn(ObjectDataBase& db, quint8 line, quint32 number, quint8 direction, quint8 priority,
+            QList<ObjectDataBase::SPN> spns, const QString& name = QStringLiteral("Signals"));
+// An SPN; a variable name makes it the application's own variable.
+ObjectDataBase::SPN spn(quint32 number, int dataType, quint16 bits, const QString& varname = QString());
 using projectbuilder::Sub;
 
 // Configures the generator as the pipeline does, runs it to its end and
@@ -48,6 +54,11 @@ bool runCompiler(const QStringList& arguments, const QString& dir, QString& outp
 // that includes the headers of `dir` and uses each of their value defines in an
 // initialiser, so that every value must be a valid C constant. A failure
 // carries the compiler's output.
+// A syntax-only C99 compile of `file` in `dir` against the test declarations
+// of the stack, in its V4 vocabulary for `core`.
+::testing::AssertionResult compilesWithStack(const QString& dir, const QString& file, bool core,
+                                             const QString& compiler);
+
 ::testing::AssertionResult compileHeaders(const QString& dir, const QStringList& headers,
                                           const QString& prelude = QString());
 

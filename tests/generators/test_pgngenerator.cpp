@@ -1,8 +1,9 @@
 #include "generatortestsupport.h"
 
-#include "canopenlib/cohelper.h"
 #include "common/testhelpers.h"
 #include "generators/canopen/codefinegenerator.h"
+#include "generators/canopen/extdeclgenerator.h"
+#include "generators/canopen/extdeclgeneratorv4.h"
 #include "generators/canopen/gendefinegenerator.h"
 #include "generators/multiprotocol/pgngenerator.h"
 #include "generators/multiprotocol/pgngeneratorv4.h"
@@ -25,8 +26,8 @@ struct Files
     QString pgn;
 };
 
-// gen_define.h and then gen_pgn.c, in the order of the pipeline, which
-// deletes the address claim PGN ahead of both.
+// gen_define.h, gen_pgn.c and gen_extern_decl.h, in the order of the
+// pipeline, which deletes the address claim PGN ahead of them.
 Files generateBoth(ObjectDataBase& db, const QString& dir, bool core)
 {
     db.deletePGN(0, 60928, ObjectDataBase::Transmit);
@@ -37,42 +38,9 @@ Files generateBoth(ObjectDataBase& db, const QString& dir, bool core)
     files.define = runGenerator(*define, db, dir, QStringLiteral("gen_define.h"));
     std::unique_ptr<PGNGenerator> pgn(core ? new PGNGeneratorV4 : new PGNGenerator);
     files.pgn = runGenerator(*pgn, db, dir, QStringLiteral("gen_pgn.c"));
+    std::unique_ptr<ExtDeclGenerator> declarations(core ? new ExtDeclGeneratorV4 : new ExtDeclGenerator);
+    runGenerator(*declarations, db, dir, QStringLiteral("gen_extern_decl.h"));
     return files;
-}
-
-void addPgn(ObjectDataBase& db, quint8 line, quint32 number, quint8 direction, quint8 priority,
-            QList<ObjectDataBase::SPN> spns, const QString& name = QStringLiteral("Signals"))
-{
-    ObjectDataBase::PGN pgn;
-    pgn.name = name;
-    pgn.number = number;
-    pgn.direction = direction;
-    pgn.priority = priority;
-    pgn.cycletime_ms = 100;
-    pgn.mappingcount = quint16(spns.size());
-    db.addPGN(line, number, pgn);
-    quint16 bit = 0;
-    quint32 pos = 0;
-    for (ObjectDataBase::SPN& spn : spns) {
-        spn.pos = pos++;
-        spn.pgnnumber = number;
-        spn.direction = direction;
-        spn.bitposition = bit;
-        bit += spn.bitsize;
-        db.addSPN(line, number, direction, spn.spnnumber, spn);
-    }
-}
-
-ObjectDataBase::SPN spn(quint32 number, int dataType, quint16 bits, const QString& varname = QString())
-{
-    ObjectDataBase::SPN record;
-    record.spnnumber = number;
-    record.name = QStringLiteral("SPN %1").arg(number);
-    record.datatype = dataType;
-    record.bitsize = bits;
-    record.implementation = varname.isEmpty() ? 0 : 2;
-    record.varname = varname;
-    return record;
 }
 
 void setNameFields(ObjectDataBase& db, const QString& identity, const QString& address)
@@ -135,43 +103,6 @@ void makeUdsProject(ObjectDataBase& db)
     db.setUDSServiceActive(0, 0x31, true);
     db.setUDSServiceUserLevels(0, 0x31, "2");
     addPgn(db, 0, 65262, ObjectDataBase::Transmit, 6, {spn(110, 5, 8, "coolant"), spn(175, 6, 16)});
-}
-
-// The application's variables, as gen_extern_decl.h declares them.
-void writeExternDeclarations(ObjectDataBase& db, const QString& dir)
-{
-    QStringList names;
-    QString text;
-    for (quint8 line : db.getNodeList()) {
-        for (quint8 direction : {ObjectDataBase::Receive, ObjectDataBase::Transmit}) {
-            for (quint32 pgn : db.getPGNList(line, direction)) {
-                for (quint32 number : db.getSPNList(line, pgn, direction)) {
-                    ObjectDataBase::SPN record;
-                    db.getSPN(line, pgn, direction, number, record);
-                    if (record.implementation == 0 || names.contains(record.varname))
-                        continue;
-                    names << record.varname;
-                    const int bits = COHelper::getDataLengthBits(CAN::CANopenDataType(record.datatype));
-                    const char* type = bits <= 8 ? "UNSIGNED8" : bits <= 16 ? "UNSIGNED16" : "UNSIGNED32";
-                    text += QStringLiteral("extern %1 %2;\n").arg(QLatin1String(type), record.varname);
-                }
-            }
-        }
-    }
-    writeFile(dir + QStringLiteral("/gen_extern_decl.h"), text);
-}
-
-::testing::AssertionResult compiles(const QString& dir, bool core, const QString& compiler)
-{
-    QStringList arguments = {"-std=c99",      "-Wall", "-Werror",
-                             "-fsyntax-only", "-I.",   "-I" TRW_SOURCE_DIR "/tests/generators/stackdecl"};
-    if (core)
-        arguments << QStringLiteral("-DTEST_STACK_V4");
-    arguments << QStringLiteral("gen_pgn.c");
-    QString output;
-    if (runCompiler(arguments, dir, output, compiler))
-        return ::testing::AssertionSuccess();
-    return ::testing::AssertionFailure() << compiler.toStdString() << ": " << output.toStdString();
 }
 
 // A count as the C code says it: a number, or the value of a define of gen_define.h.
@@ -273,9 +204,8 @@ TEST_P(J1939Project, CompilesWithGccAndClangAndAgreesWithItsDefines)
         QTemporaryDir dir;
         const Files files = generateBoth(db, dir.path(), core);
         ASSERT_TRUE(files.pgn.endsWith("\n\treturn RET_OK;\n}\n")) << files.pgn.toStdString();
-        writeExternDeclarations(db, dir.path());
-        EXPECT_TRUE(compiles(dir.path(), core, "gcc"));
-        EXPECT_TRUE(compiles(dir.path(), core, "clang"));
+        EXPECT_TRUE(compilesWithStack(dir.path(), "gen_pgn.c", core, "gcc"));
+        EXPECT_TRUE(compilesWithStack(dir.path(), "gen_pgn.c", core, "clang"));
         expectConsistent(files, core);
         EXPECT_TRUE(compileHeaders(dir.path(), {"gen_define.h"}));
     }
@@ -500,7 +430,8 @@ TEST(PGNGenerator, J1939OnlyRunWritesItsFilesInOrderAndRenewsTheAddressClaim)
     QRegularExpressionMatchIterator it = startedLine.globalMatch(result.out);
     while (it.hasNext())
         started << it.next().captured(1);
-    EXPECT_EQ(started, (QStringList{"gen_indices.h", "gen_define.h", "gen_pgn.c", "DBC_file"}))
+    EXPECT_EQ(started,
+              (QStringList{"gen_indices.h", "gen_define.h", "gen_pgn.c", "DBC_file", "gen_extern_decl.h"}))
         << result.out.toStdString();
     EXPECT_FALSE(QFileInfo::exists(dir.filePath(QStringLiteral("gen_indication.h"))));
     const QString pgn = QString::fromUtf8(testhelpers::readFile(dir.filePath(QStringLiteral("gen_pgn.c"))));

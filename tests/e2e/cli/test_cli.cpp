@@ -8,10 +8,13 @@
 #include <QFileInfo>
 #include <QProcess>
 #include <QSettings>
+#include <QSqlDatabase>
 #include <QSqlQuery>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
+
+#include <functional>
 
 #include <unistd.h>
 
@@ -219,6 +222,18 @@ void writeFile(const QString& path, const QByteArray& content)
     file.write(content);
 }
 
+// A run that is asked to save the project fails to open it, and neither the file nor its ".bak" changes.
+void expectRefusedAndUntouched(const QString& path)
+{
+    const FileState before = stateOf(path);
+    const FileState backupBefore = stateOf(path + QStringLiteral(".bak"));
+    const auto r = runTrw({"-project", path, "-s"});
+    EXPECT_EQ(r.exitCode, 3);
+    EXPECT_EQ(r.out, QStringLiteral("Error - Open project failed.\n"));
+    EXPECT_TRUE(stateOf(path) == before);
+    EXPECT_TRUE(stateOf(path + QStringLiteral(".bak")) == backupBefore);
+}
+
 // Files that are no project: nothing is opened, the file is left as it was, even when saving is asked for.
 TEST(CommandLine, BrokenProjectFilesFailToOpenAndStayUntouched)
 {
@@ -249,13 +264,91 @@ TEST(CommandLine, BrokenProjectFilesFailToOpenAndStayUntouched)
 
     for (const QString& path : {notSqlite, empty, folder, noNodeRows, noNodesTable, missing, missingText}) {
         SCOPED_TRACE(path.toStdString());
-        const FileState before = stateOf(path);
-        const FileState backupBefore = stateOf(path + QStringLiteral(".bak"));
-        const auto r = runTrw({"-project", path, "-s"});
-        EXPECT_EQ(r.exitCode, 3);
-        EXPECT_EQ(r.out, QStringLiteral("Error - Open project failed.\n"));
-        EXPECT_TRUE(stateOf(path) == before);
-        EXPECT_TRUE(stateOf(path + QStringLiteral(".bak")) == backupBefore);
+        expectRefusedAndUntouched(path);
+    }
+}
+
+// Runs statements on a project file over a connection of its own, as a tool other than trw would.
+void changeWithSql(const QString& path, const QStringList& statements)
+{
+    {
+        QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("damage"));
+        db.setDatabaseName(path);
+        ASSERT_TRUE(db.open());
+        QSqlQuery query(db);
+        for (const QString& statement : statements)
+            ASSERT_TRUE(query.exec(statement)) << statement.toStdString();
+    }
+    QSqlDatabase::removeDatabase(QStringLiteral("damage"));
+}
+
+// The per-line tables of line 0 with the columns a row cannot be without.
+const QList<QPair<QString, QStringList>> lineTableKeys{
+    {"Objects0", {"objectindex", "datatype", "objecttype"}},
+    {"SubObjects0", {"objectindex", "subindex", "datatype", "accesstype", "implementation"}},
+    {"PGNs0", {"number"}},
+    {"SPNs0", {"pgnnumber", "spnnumber"}},
+    {"CANIDs0", {"id"}},
+    {"DataElements0", {"canid", "number"}},
+    {"UDSSettings0", {"sid"}},
+};
+
+// One row of NULLs in a table. The table loses its NOT NULL constraints first, as an outside tool can
+// leave it.
+QStringList nullRow(const QString& table)
+{
+    return {QStringLiteral("alter table %1 rename to %1_old").arg(table),
+            QStringLiteral("create table %1 as select * from %1_old").arg(table),
+            QStringLiteral("drop table %1_old").arg(table),
+            QStringLiteral("insert into %1 default values").arg(table)};
+}
+
+// One row whose keys hold the largest integer SQLite knows.
+QStringList hugeRow(const QString& table, const QStringList& keys)
+{
+    QStringList values;
+    for (qsizetype i = 0; i < keys.size(); ++i)
+        values << QStringLiteral("9223372036854775807");
+    return {QStringLiteral("insert into %1 (%2) values (%3)").arg(table, keys.join(','), values.join(','))};
+}
+
+// Project files damaged on disk or by other tools: nothing is opened, and neither the file nor its ".bak"
+// changes, even when saving is asked for.
+TEST(CommandLine, CorruptProjectFilesFailToOpenAndStayUntouched)
+{
+    const auto cutInHalf = [](QByteArray& bytes) { bytes.truncate(bytes.size() / 2); };
+    const auto flipSecondPage = [](QByteArray& bytes) {
+        for (qsizetype i = 4096; i < 8192 && i < bytes.size(); ++i)
+            bytes[i] = static_cast<char>(~bytes[i]);
+    };
+    struct Case
+    {
+        QString name;
+        std::function<void(QByteArray&)> bytes;
+        QStringList statements;
+    };
+    QList<Case> cases{
+        {"truncated", cutInHalf, {}},
+        {"flippedpage", flipSecondPage, {}},
+        {"droppedtable", nullptr, {"drop table SubObjects0"}},
+        {"wrongtype", nullptr, {"update SubObjects0 set subindex = 'zero' where objectindex = 4096"}},
+    };
+    for (const auto& table : lineTableKeys) {
+        cases.append({"nulls in " + table.first, nullptr, nullRow(table.first)});
+        cases.append({"huge numbers in " + table.first, nullptr, hugeRow(table.first, table.second)});
+    }
+    for (const auto& c : std::as_const(cases)) {
+        SCOPED_TRACE(c.name.toStdString());
+        QTemporaryDir dir;
+        const QString path = makeProject(dir.path());
+        changeWithSql(path, c.statements);
+        if (c.bytes) {
+            QByteArray bytes = readFile(path);
+            c.bytes(bytes);
+            writeFile(path, bytes);
+        }
+        ASSERT_TRUE(QFile::copy(path, path + QStringLiteral(".bak")));
+        expectRefusedAndUntouched(path);
     }
 }
 
