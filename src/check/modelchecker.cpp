@@ -77,16 +77,6 @@ int ModelChecker::checkCANopenLine(quint8 line, QSharedPointer<ObjectDataBase> d
     return m_errorCount;
 }
 
-int ModelChecker::checkJ1939Line(int, quint8, QSharedPointer<ObjectDataBase>, const QList<quint32>&)
-{
-    return 0;
-}
-
-int ModelChecker::checkRawCANLine(quint8, QSharedPointer<ObjectDataBase>)
-{
-    return 0;
-}
-
 bool ModelChecker::valueConvertible(int dataType, const QString& text)
 {
     if (text.isEmpty() || dataType == 0 || dataType > CAN::Unsigned7)
@@ -116,6 +106,26 @@ QString ModelChecker::markCobIdInvalid(const QString& cobId)
     if (value & 0x80000000u)
         return cobId;
     return match.captured(1) + QStringLiteral("0x%1").arg(value | 0x80000000u, 8, 16, QLatin1Char('0'));
+}
+
+quint32 ModelChecker::signalBits(int dataType, quint16 bitSize)
+{
+    if (bitSize != 0)
+        return bitSize;
+    return COHelper::getDataLengthBits(static_cast<CAN::CANopenDataType>(dataType));
+}
+
+bool ModelChecker::BitRanges::add(quint32 start, quint32 end)
+{
+    bool overlaps = false;
+    for (const auto& [usedStart, usedEnd] : std::as_const(m_ranges)) {
+        if (start < usedEnd && end > usedStart) {
+            overlaps = true;
+            break;
+        }
+    }
+    m_ranges.append({start, end});
+    return overlaps;
 }
 
 void ModelChecker::reportError(const QString& text)

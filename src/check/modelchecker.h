@@ -27,6 +27,10 @@ public:
                        const QList<quint32>& reservedPgns);
     int checkRawCANLine(quint8 line, QSharedPointer<ObjectDataBase> database);
 
+    // The PGNs that the J1939 stack answers by itself (request, address claim, transport protocol and
+    // the like), in the order the driver hands them to checkJ1939Line.
+    static const QList<quint32>& stackHandledPgns();
+
     // The test a default value or a numeric setting must pass for its data type code.
     static bool valueConvertible(int dataType, const QString& text);
     // Sets bit 31 of the number in a COB-ID text, keeping a "$nodeid+" prefix.
@@ -117,6 +121,36 @@ private:
     void checkStaticPdoIndication();
     void checkEmcyRouting();
     void checkPredefinedConnectionSet();
+
+    // The bits a J1939 SPN or raw CAN data element takes: its own size, or its type's when that is 0.
+    static quint32 signalBits(int dataType, quint16 bitSize);
+    // The bit ranges of one message used so far; add tells whether the new range overlaps one of them.
+    class BitRanges
+    {
+    public:
+        bool add(quint32 start, quint32 end);
+
+    private:
+        QList<QPair<quint32, quint32>> m_ranges;
+    };
+
+    // J1939 rules; the records of the line are read once into the state.
+    struct J1939Line;
+    void readJ1939Line(J1939Line& state);
+    void checkJ1939Settings();
+    void checkJ1939Name(const J1939Line& state);
+    void checkReservedPgns(const J1939Line& state);
+    void checkPgnContents(J1939Line& state);
+    void checkSpnLayout(const J1939Line& state);
+    void checkSpnVariableNames(const J1939Line& state);
+    static QString pgnText(quint32 number);
+
+    // Raw CAN rules
+    struct RawCanLine;
+    void readRawCanLine(RawCanLine& state);
+    void checkIdsInBothDirections(const RawCanLine& state);
+    void checkRawCanMessages(const RawCanLine& state);
+    void checkElementVariableNames(const RawCanLine& state);
 
     // Access to the line's structure and records
     bool objectExists(quint16 index) const;

@@ -103,9 +103,5 @@ void MCPRequestDispatcher::callTool(int id, const QJsonObject& params)
         m_session.sendError(id, MCPSession::MethodNotFound, tr("Unknown tool: %1").arg(name));
         return;
     }
-    if (!tool.handler) {
-        m_session.sendToolText(id, tr("Tool %1 is not available in this build yet.").arg(name), true);
-        return;
-    }
     tool.handler(m_session, id, params.value(QStringLiteral("arguments")).toObject());
 }

@@ -103,6 +103,31 @@ bool MCPSession::ensureCanopenLine(int id, ObjectDataBase& database, quint8 line
     return false;
 }
 
+bool MCPSession::ensureJ1939Line(int id, ObjectDataBase& database, quint8 line)
+{
+    const int type = database.lineType(line);
+    if (Line::carriesJ1939(type))
+        return true;
+    sendToolText(id,
+                 tr("Line %1 is not a J1939 line (lineTypeCode=%2) - this tool only applies to J1939 lines.")
+                     .arg(line)
+                     .arg(type),
+                 true);
+    return false;
+}
+
+bool MCPSession::ensureRawCanLine(int id, ObjectDataBase& database, quint8 line)
+{
+    const int type = database.lineType(line);
+    if (Line::carriesRawCan(type))
+        return true;
+    sendToolText(id,
+                 tr("Line %1 is not a RAW-CAN-compatible line for this build (%2, lineTypeCode=%3).")
+                     .arg(QString::number(line), QCoreApplication::applicationName(), QString::number(type)),
+                 true);
+    return false;
+}
+
 QString MCPSession::modelCheckSummary()
 {
     QStringList messages;

@@ -57,6 +57,9 @@ public:
     // The object dictionary tools work on lines that carry CANopen only; a
     // line that does not exist has type 0 and fails here too.
     bool ensureCanopenLine(int id, ObjectDataBase& database, quint8 line);
+    // The PGN tools work on lines that carry J1939, the CAN-ID tools on lines that carry raw CAN.
+    bool ensureJ1939Line(int id, ObjectDataBase& database, quint8 line);
+    bool ensureRawCanLine(int id, ObjectDataBase& database, quint8 line);
 
     // Appended to the reply of every successful edit, so the client learns
     // whether the project would still generate.

@@ -1,5 +1,6 @@
 #include "mcp/mcptooltable.h"
 
+#include "mcp/mcpj1939tools.h"
 #include "mcp/mcpobjecttools.h"
 #include "mcp/mcpprofiletools.h"
 #include "mcp/mcpprojecttools.h"
@@ -438,30 +439,32 @@ QList<MCPTool> j1939Tools()
     return {
         {QStringLiteral("list_pgns"),
          QStringLiteral("List the J1939 PGNs defined on a line. Only valid for J1939 lines."),
-         inputSchema(listProperties, {QStringLiteral("line")})},
+         inputSchema(listProperties, {QStringLiteral("line")}), &MCPJ1939Tools::listPgns},
         {QStringLiteral("get_pgn"),
          QStringLiteral("Get a J1939 PGN, including its SPNs, for a line. Only valid for J1939 lines."),
-         inputSchema(linePgnDirection(), pgnKeys)},
+         inputSchema(linePgnDirection(), pgnKeys), &MCPJ1939Tools::getPgn},
         {QStringLiteral("add_pgn"),
          QStringLiteral(
              "Add a new J1939 PGN to a line. Fails if the (pgn, direction) already exists, or the line "
              "isn't J1939. The line must already exist."),
-         inputSchema(addPgnProperties, pgnKeys + QStringList{QStringLiteral("name")})},
+         inputSchema(addPgnProperties, pgnKeys + QStringList{QStringLiteral("name")}),
+         &MCPJ1939Tools::addPgn},
         {QStringLiteral("delete_pgn"), QStringLiteral("Delete a J1939 PGN and all its SPNs from a line."),
-         inputSchema(linePgnDirection(), pgnKeys)},
+         inputSchema(linePgnDirection(), pgnKeys), &MCPJ1939Tools::deletePgn},
         {QStringLiteral("list_spns"),
          QStringLiteral("List the SPNs defined on a PGN. Only valid for J1939 lines."),
-         inputSchema(linePgnDirection(), pgnKeys)},
+         inputSchema(linePgnDirection(), pgnKeys), &MCPJ1939Tools::listSpns},
         {QStringLiteral("get_spn"), QStringLiteral("Get a single SPN of a PGN. Only valid for J1939 lines."),
-         inputSchema(linePgnDirectionSpn(), spnKeys)},
+         inputSchema(linePgnDirectionSpn(), spnKeys), &MCPJ1939Tools::getSpn},
         {QStringLiteral("add_spn"),
          QStringLiteral(
              "Add a new SPN to an existing PGN. Fails if the PGN doesn't exist yet, or the SPN already "
              "exists."),
          inputSchema(addSpnProperties,
-                     spnKeys + QStringList{QStringLiteral("name"), QStringLiteral("dataType")})},
+                     spnKeys + QStringList{QStringLiteral("name"), QStringLiteral("dataType")}),
+         &MCPJ1939Tools::addSpn},
         {QStringLiteral("delete_spn"), QStringLiteral("Delete a single SPN from a PGN."),
-         inputSchema(linePgnDirectionSpn(), spnKeys)},
+         inputSchema(linePgnDirectionSpn(), spnKeys), &MCPJ1939Tools::deleteSpn},
     };
 }
 
@@ -486,28 +489,30 @@ QList<MCPTool> rawCanTools()
     return {
         {QStringLiteral("list_can_ids"),
          QStringLiteral("List the raw CAN-IDs defined on a line. Only valid for RAW-CAN-compatible lines."),
-         inputSchema(listProperties, {QStringLiteral("line")})},
+         inputSchema(listProperties, {QStringLiteral("line")}), &MCPJ1939Tools::listCanIds},
         {QStringLiteral("get_can_id"),
          QStringLiteral("Get a raw CAN-ID, including its data elements, for a line. Only valid for "
                         "RAW-CAN-compatible lines."),
-         inputSchema(lineCanIdDirection(), canIdKeys)},
+         inputSchema(lineCanIdDirection(), canIdKeys), &MCPJ1939Tools::getCanId},
         {QStringLiteral("add_can_id"),
          QStringLiteral(
              "Add a new raw CAN-ID to a line. Fails if the (canId, direction) already exists, or the "
              "line isn't RAW-CAN-compatible. The line must already exist."),
-         inputSchema(addCanIdProperties, canIdKeys + QStringList{QStringLiteral("name")})},
+         inputSchema(addCanIdProperties, canIdKeys + QStringList{QStringLiteral("name")}),
+         &MCPJ1939Tools::addCanId},
         {QStringLiteral("delete_can_id"),
          QStringLiteral("Delete a raw CAN-ID and all its data elements from a line."),
-         inputSchema(lineCanIdDirection(), canIdKeys)},
+         inputSchema(lineCanIdDirection(), canIdKeys), &MCPJ1939Tools::deleteCanId},
         {QStringLiteral("add_data_element"),
          QStringLiteral(
              "Add a new data element to an existing raw CAN-ID. Fails if the CAN-ID doesn't exist yet, "
              "or the data element number already exists."),
          inputSchema(addElementProperties,
-                     elementKeys + QStringList{QStringLiteral("name"), QStringLiteral("dataType")})},
+                     elementKeys + QStringList{QStringLiteral("name"), QStringLiteral("dataType")}),
+         &MCPJ1939Tools::addDataElement},
         {QStringLiteral("delete_data_element"),
          QStringLiteral("Delete a single data element from a raw CAN-ID."),
-         inputSchema(lineCanIdDirectionNumber(), elementKeys)},
+         inputSchema(lineCanIdDirectionNumber(), elementKeys), &MCPJ1939Tools::deleteDataElement},
     };
 }
 

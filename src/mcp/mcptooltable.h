@@ -11,14 +11,13 @@ class MCPSession;
 // the session.
 using MCPToolHandler = void (*)(MCPSession& session, int id, const QJsonObject& arguments);
 
-// One tool as tools/list shows it, and the handler behind its name. A tool
-// without a handler is listed but answers that it is not available.
+// One tool as tools/list shows it, and the handler behind its name.
 struct MCPTool
 {
     QString name;
     QString description;
     QJsonObject inputSchema;
-    MCPToolHandler handler = nullptr;
+    MCPToolHandler handler;
 };
 
 // The tools of the server, in the order that tools/list gives them.

@@ -23,14 +23,6 @@
 
 #include <memory>
 
-namespace {
-
-// PGNs the J1939 stack answers by itself: request, address claim, transport
-// protocol and the like.
-const QList<quint32> stackHandledPgns = {59904, 60928, 60416, 60160, 59392, 3584, 65240, 9472};
-
-} // namespace
-
 GeneratorMainHandler::GeneratorMainHandler(OutputHandlerBase* output, QObject* parent,
                                            QSharedPointer<PostGenProgressHandler> progressHandler)
     : QObject(parent), m_database(new ObjectDataBase()), m_output(output), m_progressHandler(progressHandler)
@@ -267,7 +259,8 @@ bool GeneratorMainHandler::runModelCheck(const RunFacts& facts, bool ignoreCheck
         if (Line::carriesCANopen(type))
             errorCount += checker.checkCANopenLine(line, m_database, corrected);
         if (Line::carriesJ1939(type))
-            errorCount += checker.checkJ1939Line(facts.lineList.size(), line, m_database, stackHandledPgns);
+            errorCount += checker.checkJ1939Line(facts.lineList.size(), line, m_database,
+                                                 ModelChecker::stackHandledPgns());
         if (Line::carriesRawCan(type))
             errorCount += checker.checkRawCANLine(line, m_database);
         if (!Line::carriesCANopen(type) && !Line::carriesJ1939(type) && !Line::carriesRawCan(type))
@@ -314,7 +307,8 @@ int GeneratorMainHandler::checkModel(QStringList& messages)
         if (Line::carriesCANopen(type))
             errorCount += checker.checkCANopenLine(line, m_database, corrected);
         if (Line::carriesJ1939(type))
-            errorCount += checker.checkJ1939Line(lineList.size(), line, m_database, stackHandledPgns);
+            errorCount +=
+                checker.checkJ1939Line(lineList.size(), line, m_database, ModelChecker::stackHandledPgns());
         if (Line::carriesRawCan(type))
             errorCount += checker.checkRawCANLine(line, m_database);
         if (!Line::carriesCANopen(type) && !Line::carriesJ1939(type) && !Line::carriesRawCan(type))

@@ -3,6 +3,7 @@
 #include "common/testhelpers.h"
 #include "pipeline/generatormainhandler.h"
 
+#include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
 #include <QTemporaryDir>
@@ -105,11 +106,16 @@ TEST(CheckRun, SaveBehindAFailedCheckKeepsExitCode7AndStoresTheCorrections)
     EXPECT_EQ(stored.getGeneralSetting("use_core_headers"), QString("V4"));
 }
 
-// Each example is checked on a copy, so that corrections and outputs stay out of the repository.
+// Each example, in the text form or as a project file, is checked and generated on a copy, so that
+// corrections and outputs stay out of the repository.
 TEST(CheckRun, EveryExampleProjectPassesTheCheck)
 {
-    const QStringList examples = testhelpers::exampleProjects();
-    ASSERT_FALSE(examples.isEmpty());
+    QStringList examples = testhelpers::exampleProjects();
+    QDirIterator projectFiles(TRW_SOURCE_DIR "/examples", {"*.trwp"}, QDir::Files,
+                              QDirIterator::Subdirectories);
+    while (projectFiles.hasNext())
+        examples << projectFiles.next();
+    ASSERT_EQ(examples.filter(".trwp").size(), 2);
 
     for (const QString& example : std::as_const(examples)) {
         SCOPED_TRACE(example.toStdString());

@@ -142,8 +142,14 @@ CheckOutcome TestProject::run()
         m_db->cacheAllSubs(line, 0);
     outcome.errors = checker.checkProject(m_db, folder());
     for (quint8 line : std::as_const(lines)) {
-        if (Line::carriesCANopen(m_db->lineType(line)))
+        const int type = m_db->lineType(line);
+        if (Line::carriesCANopen(type))
             outcome.errors += checker.checkCANopenLine(line, m_db, outcome.corrected);
+        if (Line::carriesJ1939(type))
+            outcome.errors +=
+                checker.checkJ1939Line(lines.size(), line, m_db, ModelChecker::stackHandledPgns());
+        if (Line::carriesRawCan(type))
+            outcome.errors += checker.checkRawCANLine(line, m_db);
     }
 
     settings.remove(QStringLiteral("General/disableautocorrection"));

@@ -21,6 +21,13 @@ SUBINDEX_DATA_T subRecord(int dataType, const QString& access, const QString& va
 void addProjectSettings(ObjectDataBase& db)
 {
     db.setGeneralSetting(QStringLiteral("co_timer_interval"), QStringLiteral("1000"));
+    // The J1939 NAME and address; one entry stands for every line.
+    const std::pair<const char*, const char*> name[] = {
+        {"identitynumber", "4660"}, {"manufacturercode", "291"}, {"ecuinstance", "0"},
+        {"functioninstance", "0"},  {"function", "128"},         {"vehiclesystem", "0"},
+        {"vehicleinstance", "0"},   {"industrygroup", "0"},      {"startaddress", "128"}};
+    for (const auto& [key, value] : name)
+        db.setJ1939Setting(QLatin1String(key), QLatin1String(value));
 }
 
 void addLineSettings(ObjectDataBase& db, quint8 line)

@@ -118,12 +118,6 @@ INSTANTIATE_TEST_SUITE_P(
         ExchangeCase{"ProjectGuardBeforeArguments",
                      ln(R"({"id":1,"method":"tools/call","params":{"name":"get_index","arguments":7}})"),
                      mcpserverrun::toolReply(1, "No project open. Call open_project first.", true)},
-        // A listed tool whose handler this build lacks is a tool failure,
-        // not an unknown tool.
-        ExchangeCase{
-            "ListedToolWithoutHandler",
-            ln(R"({"id":1,"method":"tools/call","params":{"name":"list_pgns","arguments":{"line":0}}})"),
-            mcpserverrun::toolReply(1, "Tool list_pgns is not available in this build yet.", true)},
         ExchangeCase{"CarriageReturnLineFeed", ping + "\r\n", methodNotFound(9, "ping")},
         ExchangeCase{"PaddedWithBlanks", "  \t" + ping + " \t \n", methodNotFound(9, "ping")},
         ExchangeCase{"NoFinalLineFeed", ping, methodNotFound(9, "ping")},

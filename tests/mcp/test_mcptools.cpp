@@ -15,6 +15,11 @@
 namespace {
 
 const QByteArray summaryOk = "check_model: OK (0 errors).";
+// A summary with one error lists every message of the check, the note of the CANopen line 0 first.
+const QByteArray oneError =
+    "check_model: 1 error(s):\nInfo: Path to protocol stack not specified. Cannot check if "
+    "generated code fits to installed stack/framework.\nSpecify path to protocol stack at "
+    "Options -> Settings.\n";
 
 enum class Reply
 {
@@ -360,3 +365,132 @@ TEST_F(McpToolSession, InputClosedDuringGenerateEndsCleanly)
 }
 
 } // namespace
+
+TEST_F(McpToolSession, PgnAndSpnToolsGuardEditAndReadBack)
+{
+    const QByteArray noSpns =
+        oneError + "<strong>Error: </strong>PG (61444/0xf004) does not contain any SPNs.";
+    const QByteArray eec1Tx = R"({"line":1,"pgn":61444,"direction":"Transmit"})";
+    const QByteArray engineSpeed =
+        R"({"bitPosition":24,"bitSize":16,"dataTypeCode":6,"defaultValue":"0","description":"",)"
+        R"("name":"Engine speed","pos":0,"slotDf":0,"spn":190,"varname":"engineSpeed"})";
+    const QByteArray addSpeed =
+        R"("spn":190,"name":"Engine speed","dataType":6,"bitSize":16,"bitPosition":24,"varname":"engineSpeed"})";
+    runSteps({
+        {"list_pgns", R"({"line":0})", Reply::Failure, "No project open. Call open_project first."},
+        openIt,
+        {"list_pgns", "{}", Reply::InvalidParams, "Missing required argument: line"},
+        // The direction word is read before the line is looked at, except by the lists.
+        {"add_pgn", R"({"line":9,"pgn":61444,"direction":"Both","name":"EEC1"})", Reply::InvalidParams,
+         "Invalid direction: expected Transmit, Receive or Invalid"},
+        {"add_pgn", R"({"line":1,"pgn":61444,"direction":"Transmit","name":"EEC1"})", Reply::Failure,
+         "Line 1 does not exist."},
+        {"add_pgn", R"({"line":0,"pgn":61444,"direction":"Transmit","name":"EEC1"})", Reply::Failure,
+         "Line 0 is not a J1939 line (lineTypeCode=1) - this tool only applies to J1939 lines."},
+        {"list_pgns", R"({"line":0,"direction":"Both"})", Reply::Failure,
+         "Line 0 is not a J1939 line (lineTypeCode=1) - this tool only applies to J1939 lines."},
+        {"add_pgn", R"({"line":0,"pgn":61444,"direction":"Transmit"})", Reply::InvalidParams,
+         "Missing required argument: line, pgn, direction and/or name"},
+        edited("add_line", R"({"line":1,"lineType":"J1939+RawCAN"})", "Line 1 added."),
+        {"add_pgn",
+         R"({"line":257,"pgn":61444,"direction":"Transmit","name":"EEC1","priority":3,"cycleTimeMs":20})",
+         Reply::Text, "PGN 61444 (Transmit) added on line 1.\n\n" + noSpns},
+        {"add_pgn", R"({"line":1,"pgn":61444,"direction":"Transmit","name":"Again"})", Reply::Failure,
+         "PGN 61444 (Transmit) already exists on line 1."},
+        {"add_spn", R"({"line":1,"pgn":61443,"direction":"Transmit",)" + addSpeed, Reply::Failure,
+         "PGN 61443 (Transmit) does not exist on line 1."},
+        edited("add_spn", R"({"line":1,"pgn":61444,"direction":"Transmit",)" + addSpeed,
+               "SPN 190 added on PGN 61444 (Transmit), line 1."),
+        {"add_spn", R"({"line":1,"pgn":61444,"direction":"Transmit",)" + addSpeed, Reply::Failure,
+         "SPN 190 already exists on PGN 61444 (Transmit), line 1."},
+        // The same number received is another PGN, with SPNs of its own.
+        {"add_pgn", R"({"line":1,"pgn":61444,"direction":"Receive","name":"EEC1 of the engine"})",
+         Reply::Text, "PGN 61444 (Receive) added on line 1.\n\n" + noSpns},
+        edited(
+            "add_spn",
+            R"({"line":1,"pgn":61444,"direction":"Receive","spn":190,"name":"Speed","dataType":6,"varname":"rx"})",
+            "SPN 190 added on PGN 61444 (Receive), line 1."),
+        {"list_pgns", R"({"line":1})", Reply::Text,
+         R"([{"directions":["Transmit","Receive"],"name":"EEC1","pgn":61444}])"},
+        {"list_pgns", R"({"line":1,"direction":"Receive"})", Reply::Text,
+         R"([{"directions":["Receive"],"name":"EEC1 of the engine","pgn":61444}])"},
+        {"get_pgn", eec1Tx, Reply::Text,
+         R"({"cycleTimeMs":20,"description":"","direction":"Transmit","inhibitTimeMs":0,"line":1,)"
+         R"("name":"EEC1","pgn":61444,"priority":3,"spns":[)" +
+             engineSpeed + "]}"},
+        {"get_pgn", R"({"line":0,"pgn":61444,"direction":"transmit"})", Reply::InvalidParams,
+         "Invalid direction: expected Transmit, Receive or Invalid"},
+        {"list_spns", eec1Tx, Reply::Text, R"([{"name":"Engine speed","spn":190}])"},
+        {"get_spn", R"({"line":1,"pgn":61444,"direction":"Transmit","spn":190})", Reply::Text, engineSpeed},
+        {"get_spn", R"({"line":1,"pgn":61444,"direction":"Transmit","spn":"190"})", Reply::Failure,
+         "SPN 0 does not exist on PGN 61444 (Transmit), line 1."},
+        {"delete_spn", R"({"line":1,"pgn":61444,"direction":"Transmit","spn":190})", Reply::Text,
+         "SPN 190 deleted from PGN 61444 (Transmit), line 1.\n\n" + noSpns},
+        edited("delete_pgn", eec1Tx, "PGN 61444 (Transmit) deleted from line 1."),
+        {"delete_pgn", eec1Tx, Reply::Failure, "PGN 61444 (Transmit) does not exist on line 1."},
+        {"add_pgn", R"({"line":1,"pgn":59904,"direction":"Receive","name":"Request"})", Reply::Text,
+         // The line feed that ends this message is trimmed with the reply.
+         "PGN 59904 (Receive) added on line 1.\n\n" + oneError +
+             "<strong>Error: </strong>Special PGN 59904/0xea00 is handled by the J1939 stack directly and "
+             "may not "
+             "be included in the signal definitions."},
+    });
+}
+
+TEST_F(McpToolSession, CanIdAndDataElementToolsGuardEditAndReadBack)
+{
+    const QByteArray tx181 = R"({"line":1,"canId":385,"direction":"Transmit")";
+    const QByteArray notExtended = oneError +
+                                   "<strong><font color='red'>Error: </font></strong> CAN-ID 0x800 is "
+                                   "higher then 0x7ff, but extended flag is not set.";
+    const QByteArray element =
+        R"({"bitPosition":0,"bitSize":8,"dataTypeCode":5,"defaultValue":"it's","description":"",)"
+        R"("name":"Mode","number":0,"pos":0,"varname":"mode"})";
+    runSteps({
+        openIt,
+        {"add_can_id", R"({"line":0,"canId":385,"direction":"Transmit","name":"Status"})", Reply::Failure,
+         "Line 0 is not a RAW-CAN-compatible line for this build (CANopen Tarnwick, lineTypeCode=1)."},
+        edited("add_line", R"({"line":1,"lineType":"RawCAN"})", "Line 1 added."),
+        {"add_can_id", tx181 + "}", Reply::InvalidParams,
+         "Missing required argument: line, canId, direction and/or name"},
+        edited("add_can_id", tx181 + R"(,"name":"Status","cycleTimeMs":100})",
+               "CAN-ID 0X181 (Transmit) added on line 1."),
+        // The warning about both directions is dropped from a summary without errors.
+        edited("add_can_id", R"({"line":1,"canId":385,"direction":"Receive","name":"Echo"})",
+               "CAN-ID 0X181 (Receive) added on line 1."),
+        {"add_can_id", tx181 + R"(,"name":"Again"})", Reply::Failure,
+         "CAN-ID 0X181 (Transmit) already exists on line 1."},
+        edited(
+            "add_data_element",
+            tx181 +
+                R"(,"number":0,"name":"Mode","dataType":5,"bitSize":8,"varname":"mode","defaultValue":"it's"})",
+            "Data element 0 added on CAN-ID 0X181 (Transmit), line 1."),
+        {"add_data_element", tx181 + R"(,"number":0,"name":"Mode","dataType":5})", Reply::Failure,
+         "Data element 0 already exists on CAN-ID 0X181 (Transmit), line 1."},
+        {"add_data_element",
+         tx181 + R"(,"number":1,"name":"Level","dataType":6,"bitPosition":4,"varname":"level"})", Reply::Text,
+         "Data element 1 added on CAN-ID 0X181 (Transmit), line 1.\n\n" + oneError +
+             "<strong>Warning: </strong>CAN-ID 0x181 appears in both TX and RX \xE2\x80\x94 this is unusual "
+             "and may be "
+             "a configuration error.\n<strong><font color='red'>Error: </font></strong> Signal 'Level' in "
+             "CAN-ID "
+             "0x181 overlaps with another signal in the same message."},
+        {"get_can_id", tx181 + "}", Reply::Text,
+         R"({"canId":"0X181","canIdDec":385,"cycleTimeMs":100,"dataElements":[)" + element +
+             R"(,{"bitPosition":4,"bitSize":0,"dataTypeCode":6,"defaultValue":"0","description":"","name":"Level",)"
+             R"("number":1,"pos":0,"varname":"level"}],"description":"","direction":"Transmit","inhibitTimeMs":0,)"
+             R"("line":1,"name":"Status"})"},
+        {"list_can_ids", R"({"line":1})", Reply::Text,
+         R"([{"canId":"0X181","canIdDec":385,"directions":["Transmit","Receive"],"name":"Status"}])"},
+        {"delete_data_element", tx181 + R"(,"number":7})", Reply::Failure,
+         "Data element 7 does not exist on CAN-ID 0X181 (Transmit), line 1."},
+        edited("delete_data_element", tx181 + R"(,"number":1})",
+               "Data element 1 deleted from CAN-ID 0X181 (Transmit), line 1."),
+        edited("delete_can_id", tx181 + "}", "CAN-ID 0X181 (Transmit) deleted from line 1."),
+        {"get_can_id", tx181 + "}", Reply::Failure, "CAN-ID 0X181 (Transmit) does not exist on line 1."},
+        {"add_can_id", R"({"line":1,"canId":2048,"direction":"Transmit","name":"Wide"})", Reply::Text,
+         "CAN-ID 0X800 (Transmit) added on line 1.\n\n" + notExtended},
+        {"add_can_id", R"({"line":1,"canId":536872960,"direction":"Transmit","name":"Extended"})",
+         Reply::Text, "CAN-ID 0X20000800 (Transmit) added on line 1.\n\n" + notExtended},
+    });
+}

@@ -44,11 +44,11 @@ async function callJson(client, name, args = {}) {
 }
 
 // A copy of an example project in a folder of its own, removed afterwards.
-function exampleCopy(t) {
+function exampleCopy(t, name = 'cia402_servo_drive', suffix = 'trwt') {
   const folder = mkdtempSync(join(tmpdir(), 'trw-mcp-e2e-'));
   t.after(() => rmSync(folder, { recursive: true, force: true }));
-  const project = join(folder, 'cia402_servo_drive.trwt');
-  copyFileSync(join(sourceDir, 'examples/cia402_servo_drive/cia402_servo_drive.trwt'), project);
+  const project = join(folder, `${name}.${suffix}`);
+  copyFileSync(join(sourceDir, `examples/${name}/${name}.${suffix}`), project);
   return { folder, project };
 }
 
@@ -183,5 +183,68 @@ test('bad calls are answered as errors and the session goes on', async (t) => {
     assert.deepEqual(client.streamErrors, []);
   } finally {
     await client.close();
+  }
+});
+
+test('a PGN and a CAN identifier are added with their signals, saved and read back', async (t) => {
+  const j1939 = exampleCopy(t, 'j1939_engine_ecu');
+  const rawCan = exampleCopy(t, 'rawcan_sensor_gateway', 'trwp');
+  const pgn = { line: 0, pgn: 61455, direction: 'Transmit' };
+  const spns = [
+    { spn: 3226, name: 'Aftertreatment 1 Outlet NOx', dataType: 6, pos: 0, bitSize: 16, bitPosition: 0, varname: 'outletNox' },
+    { spn: 3227, name: 'Aftertreatment 1 Outlet O2', dataType: 6, pos: 1, bitSize: 16, bitPosition: 16, varname: 'outletO2' },
+  ];
+  // An extended identifier: bit 29 of the stored value is the flag.
+  const canId = { line: 0, canId: 0x20000000 + 0x18ff3021, direction: 'Transmit' };
+  const elements = [
+    { number: 0, name: 'Flow', dataType: 6, pos: 0, bitSize: 16, bitPosition: 0, varname: 'gwFlow' },
+    { number: 1, name: 'Valve open', dataType: 100, pos: 1, bitSize: 2, bitPosition: 16, varname: 'gwValveOpen' },
+  ];
+  const summaryOk = /\n\ncheck_model: OK \(0 errors\)\.$/;
+
+  const client = await connect();
+  try {
+    await callOk(client, 'open_project', { path: j1939.project });
+    const added = await callOk(client, 'add_pgn', { ...pgn, name: 'AT1O1', priority: 6, cycleTimeMs: 50 });
+    assert.match(added, /^PGN 61455 \(Transmit\) added on line 0\.\n\ncheck_model: 1 error\(s\):\n.*does not contain any SPNs\.$/);
+    for (const spn of spns) assert.match(await callOk(client, 'add_spn', { ...pgn, ...spn }), summaryOk);
+    assert.equal((await callJson(client, 'check_model')).errorCount, 0);
+    await callOk(client, 'save_project');
+
+    await callOk(client, 'open_project', { path: rawCan.project });
+    assert.match(await callOk(client, 'add_can_id', { ...canId, name: 'Flow meter' }), summaryOk);
+    for (const element of elements) assert.match(await callOk(client, 'add_data_element', { ...canId, ...element }), summaryOk);
+    assert.equal((await callJson(client, 'check_model')).errorCount, 0);
+    await callOk(client, 'save_project');
+    assert.deepEqual(client.streamErrors, []);
+  } finally {
+    await client.close();
+  }
+
+  const reopened = await connect();
+  try {
+    await callOk(reopened, 'open_project', { path: j1939.project });
+    const readPgn = await callJson(reopened, 'get_pgn', pgn);
+    assert.equal(readPgn.name, 'AT1O1');
+    assert.deepEqual(
+      readPgn.spns.map(({ spn, name, dataTypeCode, pos, bitSize, bitPosition, varname }) => ({
+        spn, name, dataType: dataTypeCode, pos, bitSize, bitPosition, varname,
+      })),
+      spns,
+    );
+
+    await callOk(reopened, 'open_project', { path: rawCan.project });
+    const readId = await callJson(reopened, 'get_can_id', canId);
+    assert.equal(readId.canId, '0X38FF3021');
+    assert.deepEqual(
+      readId.dataElements.map(({ number, name, dataTypeCode, pos, bitSize, bitPosition, varname }) => ({
+        number, name, dataType: dataTypeCode, pos, bitSize, bitPosition, varname,
+      })),
+      elements,
+    );
+    assert.equal((await callJson(reopened, 'check_model')).errorCount, 0);
+    assert.deepEqual(reopened.streamErrors, []);
+  } finally {
+    await reopened.close();
   }
 });
