@@ -19,11 +19,14 @@ CC=clang CXX=clang++ cmake -S "$root" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Re
     -DCMAKE_CXX_FLAGS_RELWITHDEBINFO="-O1 -gline-tables-only -DNDEBUG" \
     -DTRW_FUZZ=ON -DTRW_BUILD_BENCH=OFF
 cmake --build "$build" -j "$(nproc)"
+echo "Sanitized build: $SECONDS s"
 
 export ASAN_OPTIONS="detect_leaks=1:abort_on_error=0:strict_string_checks=1:detect_stack_use_after_return=1"
 export UBSAN_OPTIONS="print_stacktrace=1:halt_on_error=1"
 
+started=$SECONDS
 ctest --test-dir "$build" --output-on-failure -j 2 --timeout 1200
+echo "Sanitized suite: $((SECONDS - started)) s"
 
 findings="$build/fuzz-findings"
 rm -rf "$findings"
@@ -52,9 +55,13 @@ fuzz() {
     grep -E '^stat::number_of_executed_units|^stat::peak_rss_mb' "$work/$name.log" || true
 }
 
+started=$SECONDS
 status=0
 fuzz edsimport "$corpus/eds" || status=1
 fuzz codbimport || status=1
 fuzz textproject "$root/examples"/*/ || status=1
 fuzz mcpline || status=1
+fuzz dbcread "$corpus/dbc" || status=1
+fuzz csvimport || status=1
+echo "Fuzzing: $((SECONDS - started)) s"
 exit $status

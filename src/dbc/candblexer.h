@@ -73,7 +73,6 @@ private:
     bool m_pushedBack = false;
     bool m_atLineStart = true;
     bool m_lastWasEndOfLine = true;
-    bool m_endOfLineSent = false;
     QByteArray m_text;
     qint64 m_integer = 0;
     double m_number = 0;

@@ -163,6 +163,8 @@ TEST(DbcReader, ReportsDamagedInputWithItsLineAndReadsOn)
          "Signal W at bit 20000 with 0 bits out of range", 2},
         {"comment for a missing message", "CM_ BO_ 99 \"x\";\n" + oneMessage, CANdbFileIo::Error, 1,
          "No message found for comment line", 1},
+        {"attribute definition of an unknown type", "BA_DEF_ BO_ \"Quad\" QUAD 0 1;\n" + oneMessage,
+         CANdbFileIo::Error, 1, "Attribute type expected", 1},
         {"value of an unknown attribute", oneMessage + "BA_ \"Nope\" BO_ 100 1;\n", CANdbFileIo::Error, 3,
          "Attribute 'Nope' not found", 1},
         {"signal type of a missing message", "SIG_VALTYPE_ 5 S : 1;\n" + oneMessage, CANdbFileIo::Error, 1,
