@@ -157,6 +157,7 @@ struct EdgeCase
     std::function<void(ObjectDataBase&)> extra;
     const char* file;
     QStringList pieces;
+    bool core = false;
 };
 
 class MixedEdge : public testing::TestWithParam<EdgeCase>
@@ -178,12 +179,12 @@ TEST_P(MixedEdge, WritesWhatTheLinesAskForAndCompiles)
     if (edge.extra)
         edge.extra(db);
     QTemporaryDir dir;
-    const MpFiles files = generate(db, dir.path(), false);
+    const MpFiles files = generate(db, dir.path(), edge.core);
     EXPECT_EQ(files.name, QLatin1String(edge.file));
     for (const QString& piece : edge.pieces)
         EXPECT_TRUE(files.source.contains(piece)) << piece.toStdString() << "\n"
                                                   << files.source.toStdString();
-    EXPECT_TRUE(compiles(dir.path(), files, false));
+    EXPECT_TRUE(compiles(dir.path(), files, edge.core));
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -229,7 +230,23 @@ INSTANTIATE_TEST_SUITE_P(
                      addCanId(db, 0, 0x300, {managed, managed});
                  },
                  "gen_mp.c",
-                 {"static UNSIGNED16\tmv_u16[2]", "&mv_u16[1]"}}),
+                 {"static UNSIGNED16\tmv_u16[2]", "&mv_u16[1]"}},
+        EdgeCase{"CanIdWithoutElementsOnTheCore",
+                 {4},
+                 [](ObjectDataBase& db) { addCanId(db, 0, 0x200, {}); },
+                 "gen_rawcan.c",
+                 {"RET_T rawcanStackInit(void) {\n", "        retVal = rawcanStackInit_line0(0);\n",
+                  "\tNULL, /* no mappings */\n"},
+                 true},
+        EdgeCase{"ProtocolOfACombinedLineOnTheCore",
+                 {6},
+                 [](ObjectDataBase& db) { addCanId(db, 0, 0x181, {element(5, 8, "level")}); },
+                 "gen_mp.c",
+                 {"    if ((commonInitVars.protocolType[canLine] & CORE_PROT_TYPE_RAWCAN) == "
+                  "CORE_PROT_TYPE_RAWCAN) "
+                  "{\n        retVal = rawcanStackInit_line(&rawcanConfig);\n",
+                  "\t&tx_mapping_385[0], \n\t&tx_mapping_385_data[0], \n"},
+                 true}),
     [](const testing::TestParamInfo<EdgeCase>& info) { return std::string(info.param.name); });
 
 } // namespace

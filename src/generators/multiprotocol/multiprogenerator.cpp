@@ -332,12 +332,12 @@ void MultiProGenerator::writeRawCanTable(SectionStream& out, quint8 line, bool t
                 out << "\t" << canId.cycletime_ms << "u, /* monitoring time in ms (0 .. acyclic) */ \n";
         }
         const QString mapping = prefix + (transmit ? "tx_mapping_" : "rx_mapping_") + QString::number(id);
-        if (!coreForm())
-            out << "\t&" << mapping << "[0], \n";
-        else if (m_database->getDataElementList(line, id, direction).isEmpty())
-            out << "\tNULL, /* no mappings */\n\tNULL, \n";
-        else
-            out << "\t&" << mapping << "[0], \n\t&" << mapping << "_data[0], \n";
+        out << "\t&" << mapping << "[0], \n";
+        // The V4 stack finds the variables in a pointer table of their own, as for a PGN.
+        if (coreForm() && m_database->getDataElementList(line, id, direction).isEmpty())
+            out << "\tNULL, /* no mappings */\n";
+        else if (coreForm())
+            out << "\t&" << mapping << "_data[0], \n";
         if (transmit) {
             out << "\t" << canId.cycletime_ms << "u, /* cycletime in ms */ \n";
             out << "\t" << canId.inhibittime_ms << "u, /* inhibit time in ms */ \n";
