@@ -42,11 +42,12 @@ MpFiles generate(ObjectDataBase& db, const QString& dir, bool core)
     files.objdict = objdicttest::generate(db, dir, {core, false, false, false}).objdict;
     QFile::remove(dir + QStringLiteral("/gen_objdict.c"));
     std::unique_ptr<MultiProGenerator> mp(core ? new MultiProGeneratorV4 : new MultiProGenerator);
-    files.source = runGenerator(*mp, db, dir, QStringLiteral("gen_mp.c"));
-    files.name = QStringLiteral("gen_mp.c");
-    if (files.source.isEmpty()) {
-        files.name = QStringLiteral("gen_rawcan.c");
-        files.source = QString::fromUtf8(testhelpers::readFile(dir + QStringLiteral("/gen_rawcan.c")));
+    runGenerator(*mp, db, dir, QString());
+    for (const char* name : {"gen_mp.c", "gen_rawcan.c", "gen_uds.c"}) {
+        if (QFile::exists(dir + QLatin1Char('/') + QLatin1String(name))) {
+            files.name = QLatin1String(name);
+            files.source = QString::fromUtf8(testhelpers::readFile(dir + QLatin1Char('/') + files.name));
+        }
     }
     cacheLines(db);
     std::unique_ptr<CoDefineGenerator> define(core ? new GenDefineGenerator : new CoDefineGenerator);
@@ -260,6 +261,21 @@ INSTANTIATE_TEST_SUITE_P(
                  "gen_mp.c",
                  {"#include <iso_tp.h>\n#include <uds_uds.h>\n", "retVal = udsStackInit_common(",
                   "retVal = udsStackInit_line(1, &udsLine1);\n"}},
+        EdgeCase{"BootLoaderOnTheCore",
+                 {4},
+                 [](ObjectDataBase& db) {
+                     for (const auto& [key, value] : {std::pair{"udsserver_supported", "1"},
+                                                      {"udsserver_version", "5"},
+                                                      {"uds_bl_setting", "1"},
+                                                      {"isotp_supported", "1"}})
+                         db.setGeneralSetting(key, value);
+                     db.setUDSServiceActive(0, 0x27, true);
+                     db.setUDSServiceAuthentication(0, 0x27, "1");
+                 },
+                 "gen_uds.c",
+                 {"RET_T udsStackInit(void) {\n", "UDS_CONFIG_INIT_VAL_T\tudsLine0 = {\n",
+                  "    /* setup CAN-IDs */\n    if (udsLine0.serverPhysAddrReqCanID == 0u)  {\n"},
+                 true},
         EdgeCase{"CanIdWithoutElementsOnTheCore",
                  {4},
                  [](ObjectDataBase& db) { addCanId(db, 0, 0x200, {}); },
