@@ -38,7 +38,8 @@ typedef UNSIGNED8 BOOL_T;
 #define CO_TRUE 1u
 #define CO_FALSE 0u
 
-typedef enum { RET_OK, RET_INVALID_PARAMETER, RET_PARAMETER_INVALID, RET_CO_MAP_ERROR, RET_MAP_ERROR } RET_T;
+typedef enum { RET_OK, RET_INVALID_PARAMETER, RET_PARAMETER_INVALID, RET_CO_MAP_ERROR, RET_MAP_ERROR,
+               RET_IDX_NOT_FOUND } RET_T;
 
 /* Attributes of a description row. */
 #define CO_ATTR_NUM 0x0001u
