@@ -39,7 +39,7 @@ typedef UNSIGNED8 BOOL_T;
 #define CO_FALSE 0u
 
 typedef enum { RET_OK, RET_INVALID_PARAMETER, RET_PARAMETER_INVALID, RET_CO_MAP_ERROR, RET_MAP_ERROR,
-               RET_IDX_NOT_FOUND } RET_T;
+               RET_SERVICE_NOT_INITIALIZED, RET_NOT_INITIALIZED, RET_IDX_NOT_FOUND } RET_T;
 
 /* Attributes of a description row. */
 #define CO_ATTR_NUM 0x0001u
@@ -250,7 +250,7 @@ typedef struct {
     UNSIGNED16 recBuffers[TEST_LINES];
     UNSIGNED16 trBuffers[TEST_LINES];
     UNSIGNED16 cobs[TEST_LINES];
-    UNSIGNED8 protocols[TEST_LINES];
+    UNSIGNED8 protocolType[TEST_LINES];
 #ifdef ISOTP_SUPPORTED
     UNSIGNED8 isoTpClients[TEST_LINES];
     UNSIGNED8 isoTpServers[TEST_LINES];
