@@ -112,8 +112,8 @@ void SDMGenerator::layOut()
     std::sort(m_lines.begin(), m_lines.end());
     m_multiLine = lineCount > 1;
     for (quint8 line : std::as_const(m_lines)) {
-        const int type = m_database->lineType(line);
-        if (type != Line::J1939 && type != Line::CANopenJ1939)
+        // Every line with J1939, as gen_define.h counts the SDGs.
+        if (!Line::carriesJ1939(m_database->lineType(line)))
             continue;
         m_receive << safePgns(line, false);
         m_transmit << safePgns(line, true);
