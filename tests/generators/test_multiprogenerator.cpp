@@ -234,10 +234,23 @@ INSTANTIATE_TEST_SUITE_P(
                  {"static UNSIGNED16\tmv_u16[2]", "&mv_u16[1]"}},
         EdgeCase{"CanFdLinesTakeTheirMode",
                  {1, 2},
-                 [](ObjectDataBase& db) { db.setGeneralSetting("canfd_supported", "1"); },
+                 [](ObjectDataBase& db) {
+                     db.setGeneralSetting("canfd_supported", "1");
+                     db.setGeneralSetting("usdo_client_cnt", "1");
+                 },
                  "gen_mp.c",
                  {"        retVal = mpStackInit_line0(0, pProtType[0], pModes[0]);\n",
-                  "    if (fdMode == CO_TRUE) {\n        retVal = coUsdoServerInit(canLine);\n"}},
+                  "    if (fdMode == CO_TRUE) {\n        retVal = coUsdoServerInit(canLine);\n",
+                  "    if (fdMode == CO_TRUE) {\n        retVal = coUsdoClientInit(canLine);\n"}},
+        EdgeCase{"CanFdOnASingleLine",
+                 {5},
+                 [](ObjectDataBase& db) {
+                     db.setGeneralSetting("canfd_supported", "1");
+                     db.setGeneralSetting("usdo_client_cnt", "1");
+                 },
+                 "gen_mp.c",
+                 {"    commonInitVars.fdMode[0] = *pModes;\n",
+                  "        if (fdMode == CO_TRUE) {\n            retVal = coUsdoServerInit();\n"}},
         EdgeCase{"CanFdLinesTakeTheirModeOnTheCore",
                  {1, 2},
                  [](ObjectDataBase& db) { db.setGeneralSetting("canfd_supported", "1"); },

@@ -38,6 +38,7 @@ protected:
     const StackWords* stackWords() const override;
     virtual std::unique_ptr<PGNGenerator> createPgnGenerator() const;
     void writeSdoServerInits(SectionStream& out, quint8 line, bool perLine) override;
+    void writeSdoClientInits(SectionStream& out, quint8 line, bool perLine) override;
 
 private:
     // The protocols of the project's lines, read at the file head.
