@@ -25,11 +25,12 @@ packages=(
     groff-base
 )
 
-# The test run judges the HTML pages in a real browser, and builds the
-# sanitized suite and the fuzz programs with clang's runtimes (llvm for the
-# symbolizer that names the lines of a finding); the main job needs none.
+# The test run judges the HTML pages in a real browser, parses the C# side
+# of the J1939 adapter with mcs, and builds the sanitized suite and the fuzz
+# programs with clang's runtimes (llvm for the symbolizer that names the lines
+# of a finding); the main job needs none of them.
 if [ "${TRW_WITH_TEST_TOOLS:-0}" = 1 ]; then
-    packages+=(chromium python3 libclang-rt-14-dev llvm)
+    packages+=(chromium python3 mono-mcs libclang-rt-14-dev llvm)
 fi
 
 missing=()
