@@ -3,6 +3,7 @@
 #include "generators/abstractgenerator.h"
 #include "generators/sectionstream.h"
 
+#include "database/linetypes.h"
 #include "database/objectdatabase.h"
 
 #include <QHash>
@@ -90,7 +91,8 @@ private:
         // "l%1_" in front of table names, "_l%1" behind configuration names.
         QString prefix;
         QString suffix;
-        bool j1939() const { return type == 2 || type == 5; }
+        // A line that carries raw CAN beside J1939 gets no PGN tables.
+        bool j1939() const { return Line::carriesJ1939(type) && type != Line::J1939RawCan; }
     };
     // The managed arrays in the order they are written.
     enum ManagedArray
