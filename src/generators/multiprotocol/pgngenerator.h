@@ -49,7 +49,8 @@ public:
     void writeTransmitTables(SectionStream& out);
     void writeReceiveTables(SectionStream& out);
     void writeAddressClaimConfig(SectionStream& out);
-    void writeLineConfig(SectionStream& out);
+    // False when no line carries J1939.
+    bool writeLineConfig(SectionStream& out);
     void writeStackInit(SectionStream& out);
 
     // Key of a managed variable: line, PGN or CAN-ID, SPN or element number.
@@ -91,8 +92,7 @@ private:
         // "l%1_" in front of table names, "_l%1" behind configuration names.
         QString prefix;
         QString suffix;
-        // A line that carries raw CAN beside J1939 gets no PGN tables.
-        bool j1939() const { return Line::carriesJ1939(type) && type != Line::J1939RawCan; }
+        bool j1939() const { return Line::carriesJ1939(type); }
     };
     // The managed arrays in the order they are written.
     enum ManagedArray
