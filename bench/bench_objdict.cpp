@@ -2,7 +2,7 @@
 // in the classic and the V4 form, with the peak memory of the process.
 
 #include "benchsupport.h"
-#include "database/linetypes.h"
+#include "canopenlib/canopentypes.h"
 #include "database/objectdatabase.h"
 #include "generators/canopen/objdictgenerator.h"
 #include "generators/canopen/objdictgeneratorv4.h"
@@ -28,22 +28,26 @@ constexpr int rounds = 5;
 // that every table and the slot maps are filled.
 SUBINDEX_DATA_T subFor(int object, int subindex, quint8 line)
 {
-    static const int types[] = {5, 6, 7, 2, 3, 4, 8, 22, 27};
+    static const int types[] = {CAN::Unsigned8, CAN::Unsigned16, CAN::Unsigned32,
+                                CAN::Integer8,  CAN::Integer16,  CAN::Integer32,
+                                CAN::Real32,    CAN::Unsigned24, CAN::Unsigned64};
     SUBINDEX_DATA_T sub;
     sub.name = QStringLiteral("sub %1").arg(subindex);
     sub.accesstype = QStringLiteral("rw");
     if (subindex == 0) {
-        sub.datatype = 5;
+        sub.datatype = CAN::Unsigned8;
         sub.defaultvalue = QString::number(subsPerObject - 1);
         sub.accesstype = QStringLiteral("ro");
         return sub;
     }
     sub.datatype = types[(object + subindex) % int(std::size(types))];
     sub.defaultvalue = QString::number((object * 7 + subindex) % 200);
-    sub.implementation = (object % 5 == 4) ? 2 : (object % 5 == 3 ? 1 : 0);
-    if (sub.implementation == 1)
+    sub.implementation = (object % 5 == 4)   ? CANopen::ApplicationVariable
+                         : (object % 5 == 3) ? CANopen::ManagedConst
+                                             : CANopen::ManagedVariable;
+    if (sub.implementation == CANopen::ManagedConst)
         sub.accesstype = QStringLiteral("const");
-    if (sub.implementation == 2)
+    if (sub.implementation == CANopen::ApplicationVariable)
         sub.varname = QStringLiteral("app_%1_%2_l%3").arg(object).arg(subindex).arg(line);
     return sub;
 }
@@ -51,22 +55,7 @@ SUBINDEX_DATA_T subFor(int object, int subindex, quint8 line)
 void fillProject(ObjectDataBase& db)
 {
     db.createNewDataBase();
-    QList<ObjectDataBase::SubEntry> entries;
-    for (quint8 line = 0; line < lines; ++line) {
-        if (line != 0)
-            db.addNode(line, NODE_DATA_T());
-        db.setLineType(line, Line::CANopen);
-        for (int object = 0; object < objectsPerLine; ++object) {
-            const quint16 index = quint16(0x2000 + object);
-            INDEX_DATA_T data;
-            data.name = QStringLiteral("object %1").arg(object);
-            data.objecttype = 9;
-            db.addIndex(line, index, data);
-            for (int subindex = 0; subindex < subsPerObject; ++subindex)
-                entries.append({line, index, quint8(subindex), subFor(object, subindex, line)});
-        }
-    }
-    db.addSubIndices(entries);
+    benchsupport::addRecordLines(db, lines, objectsPerLine, subsPerObject, subFor);
     db.setGeneralSetting(QStringLiteral("init_static_variables"), QStringLiteral("1"));
     db.setGeneralSetting(QStringLiteral("new_init_structure"), QStringLiteral("1"));
     db.setGeneralSetting(QStringLiteral("compact_array_description"), QStringLiteral("1"));

@@ -1,18 +1,31 @@
 #pragma once
 
+#include "database/objectdatabase.h"
+
 #include <QList>
 #include <QString>
 #include <QStringList>
 
-class ObjectDataBase;
-
-class ObjectDataBase;
+#include <functional>
 
 namespace benchsupport {
 
 // Fills the caches of every line as the pipeline does before its first
 // generator: sub-indices, their names and the string pool.
 void cacheAsThePipelineDoes(ObjectDataBase& db);
+
+// The sub-indices of a bench object, by object number, sub-index and line.
+using SubFactory = std::function<SUBINDEX_DATA_T(int object, int subindex, quint8 line)>;
+
+// Sub-indices 0 to subs-1 of `objects` objects from 0x2000 up on the line,
+// as one bulk write takes them.
+QList<ObjectDataBase::SubEntry> objectEntries(quint8 line, int objects, int subs, const SubFactory& sub);
+
+// CANopen lines 0 to lines-1, each with `objects` RECORDs from 0x2000 up,
+// named "object <n>" and described by `description` when given; their
+// sub-indices go in in one bulk write, as an import writes them.
+void addRecordLines(ObjectDataBase& db, int lines, int objects, int subs, const SubFactory& sub,
+                    const std::function<QString(int object)>& description = {});
 
 // Gives the running program the tool's identity, so that settings and
 // folders resolve as they do for trw itself.
