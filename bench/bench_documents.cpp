@@ -3,6 +3,7 @@
 // and the CAN FD device description of every line, one after the other as
 // the pipeline runs them.
 
+#include "benchprojects.h"
 #include "benchsupport.h"
 #include "canopenlib/canopentypes.h"
 #include "database/objectdatabase.h"
@@ -45,7 +46,7 @@ SUBINDEX_DATA_T subFor(int object, int subindex, quint8)
 void fillProject(ObjectDataBase& db)
 {
     db.createNewDataBase();
-    benchsupport::addRecordLines(db, lines, objectsPerLine, subsPerObject, subFor, [](int object) {
+    benchprojects::addRecordLines(db, {0, 1, 2, 3}, objectsPerLine, subsPerObject, subFor, [](int object) {
         return QStringLiteral("Record %1 <of the bench>,\nwith two lines").arg(object);
     });
 }

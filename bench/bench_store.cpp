@@ -2,6 +2,7 @@
 // objects of 10 sub-indices each, written in bulk, cached per line and read
 // back once through the cache.
 
+#include "benchprojects.h"
 #include "benchsupport.h"
 #include "canopenlib/canopentypes.h"
 #include "database/objectdatabase.h"
@@ -62,7 +63,7 @@ int main(int argc, char** argv)
             index.objecttype = CANopen::Array;
             db.addIndex(line, quint16(firstIndex + object), index);
         }
-        entries += benchsupport::objectEntries(line, objectsPerLine, subsPerObject, subFor);
+        entries += benchprojects::objectEntries(line, objectsPerLine, subsPerObject, subFor);
     }
 
     QElapsedTimer timer;

@@ -1,7 +1,5 @@
 #include "benchsupport.h"
 
-#include "canopenlib/canopentypes.h"
-#include "database/linetypes.h"
 #include "database/objectdatabase.h"
 
 #include <QCoreApplication>
@@ -21,38 +19,6 @@ void cacheAsThePipelineDoes(ObjectDataBase& db)
         db.cacheSubNames(line, 0);
     }
     db.loadStringPool();
-}
-
-QList<ObjectDataBase::SubEntry> objectEntries(quint8 line, int objects, int subs, const SubFactory& sub)
-{
-    QList<ObjectDataBase::SubEntry> entries;
-    entries.reserve(objects * subs);
-    for (int object = 0; object < objects; ++object) {
-        for (int subindex = 0; subindex < subs; ++subindex)
-            entries.append({line, quint16(0x2000 + object), quint8(subindex), sub(object, subindex, line)});
-    }
-    return entries;
-}
-
-void addRecordLines(ObjectDataBase& db, int lines, int objects, int subs, const SubFactory& sub,
-                    const std::function<QString(int object)>& description)
-{
-    QList<ObjectDataBase::SubEntry> entries;
-    for (quint8 line = 0; line < lines; ++line) {
-        if (line != 0)
-            db.addNode(line, NODE_DATA_T());
-        db.setLineType(line, Line::CANopen);
-        for (int object = 0; object < objects; ++object) {
-            INDEX_DATA_T data;
-            data.name = QStringLiteral("object %1").arg(object);
-            data.objecttype = CANopen::Record;
-            if (description)
-                data.description = description(object);
-            db.addIndex(line, quint16(0x2000 + object), data);
-        }
-        entries += objectEntries(line, objects, subs, sub);
-    }
-    db.addSubIndices(entries);
 }
 
 namespace {

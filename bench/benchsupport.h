@@ -1,31 +1,17 @@
 #pragma once
 
-#include "database/objectdatabase.h"
-
+#include <QElapsedTimer>
 #include <QList>
 #include <QString>
 #include <QStringList>
 
-#include <functional>
+class ObjectDataBase;
 
 namespace benchsupport {
 
 // Fills the caches of every line as the pipeline does before its first
 // generator: sub-indices, their names and the string pool.
 void cacheAsThePipelineDoes(ObjectDataBase& db);
-
-// The sub-indices of a bench object, by object number, sub-index and line.
-using SubFactory = std::function<SUBINDEX_DATA_T(int object, int subindex, quint8 line)>;
-
-// Sub-indices 0 to subs-1 of `objects` objects from 0x2000 up on the line,
-// as one bulk write takes them.
-QList<ObjectDataBase::SubEntry> objectEntries(quint8 line, int objects, int subs, const SubFactory& sub);
-
-// CANopen lines 0 to lines-1, each with `objects` RECORDs from 0x2000 up,
-// named "object <n>" and described by `description` when given; their
-// sub-indices go in in one bulk write, as an import writes them.
-void addRecordLines(ObjectDataBase& db, int lines, int objects, int subs, const SubFactory& sub,
-                    const std::function<QString(int object)>& description = {});
 
 // Gives the running program the tool's identity, so that settings and
 // folders resolve as they do for trw itself.
@@ -48,6 +34,38 @@ struct WorkerClock
 };
 
 qint64 median(QList<qint64> values);
+
+struct GeneratorTiming
+{
+    qint64 wallMs;
+    // The generator's own thread: the process's time less that of the main
+    // thread, which spins in waitUntilDone.
+    qint64 workerMs;
+};
+
+// The medians of `rounds` runs of a generator that `make` creates, run as the
+// pipeline runs it on the project, into `dir`.
+template <typename Make>
+GeneratorTiming timeGenerator(const Make& make, ObjectDataBase& db, const QString& dir, int rounds)
+{
+    QList<qint64> wallTimes;
+    QList<qint64> workerTimes;
+    for (int round = 0; round < rounds; ++round) {
+        auto generator = make();
+        generator->setOutputDir(dir);
+        generator->setDatabase(&db);
+        generator->setDeviceName(QStringLiteral("bench"));
+        generator->setLine(0);
+        QElapsedTimer timer;
+        timer.start();
+        const WorkerClock clock;
+        generator->start();
+        generator->waitUntilDone();
+        wallTimes << timer.elapsed();
+        workerTimes << clock.elapsed();
+    }
+    return {median(wallTimes), median(workerTimes)};
+}
 
 // The most memory the process has held resident so far, -1 where unknown.
 qint64 peakMemoryKb();

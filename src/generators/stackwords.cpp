@@ -102,30 +102,30 @@ const StackWords& StackWords::genPgn()
 // each line after the core layer.
 const StackWords& StackWords::genMp()
 {
-    static const StackWords words(
-        {
-            {"CO_CONST", "CORE_CONST"},
-            {"CO_STORAGE_CLASS", "CORE_STORAGE_CLASS"},
-            {"CO_CONST_STORAGE_CLASS", "CORE_CONST_STORAGE_CLASS"},
-            {"CO_HANDLE_WATCHDOG", "CORE_HANDLE_WATCHDOG"},
-            {"CO_LINE", "CAN_LINE"},
-            {"CO_LINE_TYPE", "CAN_LINE_TYPE"},
-            {"CO_MULTI_LINE_CNT", "CAN_MULTI_LINE_CNT"},
-            {"RET_INVALID_PARAMETER", "RET_PARAMETER_INVALID"},
-            {"RET_SERVICE_NOT_INITIALIZED", "RET_NOT_INITIALIZED"},
-            {"commonStackInit", "coreStackInit"},
-            {"MP_PROT_TYPE_CANOPEN", "CORE_PROT_TYPE_CANOPEN"},
-            {"MP_PROT_TYPE_J1939", "CORE_PROT_TYPE_J1939"},
-            {"MP_PROT_TYPE_RAWCAN", "CORE_PROT_TYPE_RAWCAN"},
-            {"MP_PROTOCOL_TYPE_T", "CORE_PROTOCOL_TYPE_T"},
-        },
-        {{"<iso_tp.h>", "<core_isotp.h>"}, {"<mp_mp.h>", "<core_common.h>"}});
+    static const StackWords words(genObjdict(),
+                                  {
+                                      {"RET_SERVICE_NOT_INITIALIZED", "RET_NOT_INITIALIZED"},
+                                      {"MP_PROT_TYPE_CANOPEN", "CORE_PROT_TYPE_CANOPEN"},
+                                      {"MP_PROT_TYPE_J1939", "CORE_PROT_TYPE_J1939"},
+                                      {"MP_PROT_TYPE_RAWCAN", "CORE_PROT_TYPE_RAWCAN"},
+                                      {"MP_PROTOCOL_TYPE_T", "CORE_PROTOCOL_TYPE_T"},
+                                  },
+                                  {{"<mp_mp.h>", "<core_common.h>"}});
     return words;
 }
 
 StackWords::StackWords(std::initializer_list<Word> words, std::initializer_list<Word> pieces)
     : m_pieces(pieces)
 {
+    for (const Word& word : words)
+        m_words.insert(QLatin1String(word.classic), QLatin1String(word.core));
+}
+
+StackWords::StackWords(const StackWords& base, std::initializer_list<Word> words,
+                       std::initializer_list<Word> pieces)
+    : m_words(base.m_words), m_pieces(base.m_pieces)
+{
+    m_pieces.append(pieces);
     for (const Word& word : words)
         m_words.insert(QLatin1String(word.classic), QLatin1String(word.core));
 }

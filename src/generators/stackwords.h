@@ -32,6 +32,8 @@ public:
 
 private:
     StackWords(std::initializer_list<Word> words, std::initializer_list<Word> pieces);
+    // The words of `base` and more.
+    StackWords(const StackWords& base, std::initializer_list<Word> words, std::initializer_list<Word> pieces);
 
     QHash<QString, QString> m_words;
     QList<Word> m_pieces;

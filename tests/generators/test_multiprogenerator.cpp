@@ -42,11 +42,12 @@ MpFiles generate(ObjectDataBase& db, const QString& dir, bool core)
     files.objdict = objdicttest::generate(db, dir, {core, false, false, false}).objdict;
     QFile::remove(dir + QStringLiteral("/gen_objdict.c"));
     std::unique_ptr<MultiProGenerator> mp(core ? new MultiProGeneratorV4 : new MultiProGenerator);
-    files.source = runGenerator(*mp, db, dir, QStringLiteral("gen_mp.c"));
-    files.name = QStringLiteral("gen_mp.c");
-    if (files.source.isEmpty()) {
-        files.name = QStringLiteral("gen_rawcan.c");
-        files.source = QString::fromUtf8(testhelpers::readFile(dir + QStringLiteral("/gen_rawcan.c")));
+    runGenerator(*mp, db, dir, QString());
+    for (const char* name : {"gen_mp.c", "gen_rawcan.c", "gen_uds.c"}) {
+        if (QFile::exists(dir + QLatin1Char('/') + QLatin1String(name))) {
+            files.name = QLatin1String(name);
+            files.source = QString::fromUtf8(testhelpers::readFile(dir + QLatin1Char('/') + files.name));
+        }
     }
     cacheLines(db);
     std::unique_ptr<CoDefineGenerator> define(core ? new GenDefineGenerator : new CoDefineGenerator);
@@ -157,6 +158,7 @@ struct EdgeCase
     std::function<void(ObjectDataBase&)> extra;
     const char* file;
     QStringList pieces;
+    bool core = false;
 };
 
 class MixedEdge : public testing::TestWithParam<EdgeCase>
@@ -178,12 +180,12 @@ TEST_P(MixedEdge, WritesWhatTheLinesAskForAndCompiles)
     if (edge.extra)
         edge.extra(db);
     QTemporaryDir dir;
-    const MpFiles files = generate(db, dir.path(), false);
+    const MpFiles files = generate(db, dir.path(), edge.core);
     EXPECT_EQ(files.name, QLatin1String(edge.file));
     for (const QString& piece : edge.pieces)
         EXPECT_TRUE(files.source.contains(piece)) << piece.toStdString() << "\n"
                                                   << files.source.toStdString();
-    EXPECT_TRUE(compiles(dir.path(), files, false));
+    EXPECT_TRUE(compiles(dir.path(), files, edge.core));
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -229,7 +231,80 @@ INSTANTIATE_TEST_SUITE_P(
                      addCanId(db, 0, 0x300, {managed, managed});
                  },
                  "gen_mp.c",
-                 {"static UNSIGNED16\tmv_u16[2]", "&mv_u16[1]"}}),
+                 {"static UNSIGNED16\tmv_u16[2]", "&mv_u16[1]"}},
+        EdgeCase{"CanFdLinesTakeTheirMode",
+                 {1, 2},
+                 [](ObjectDataBase& db) {
+                     db.setGeneralSetting("canfd_supported", "1");
+                     db.setGeneralSetting("usdo_client_cnt", "1");
+                 },
+                 "gen_mp.c",
+                 {"        retVal = mpStackInit_line0(0, pProtType[0], pModes[0]);\n",
+                  "    if (fdMode == CO_TRUE) {\n        retVal = coUsdoServerInit(canLine);\n",
+                  "    if (fdMode == CO_TRUE) {\n        retVal = coUsdoClientInit(canLine);\n"}},
+        EdgeCase{"CanFdOnASingleLine",
+                 {5},
+                 [](ObjectDataBase& db) {
+                     db.setGeneralSetting("canfd_supported", "1");
+                     db.setGeneralSetting("usdo_client_cnt", "1");
+                 },
+                 "gen_mp.c",
+                 {"    commonInitVars.fdMode[0] = *pModes;\n",
+                  "        if (fdMode == CO_TRUE) {\n            retVal = coUsdoServerInit();\n"}},
+        EdgeCase{"CanFdLinesTakeTheirModeOnTheCore",
+                 {1, 2},
+                 [](ObjectDataBase& db) { db.setGeneralSetting("canfd_supported", "1"); },
+                 "gen_mp.c",
+                 {"        retVal = mpStackInit_line0(0, pModes);\n"},
+                 true},
+        EdgeCase{"UdsServerOnTheJ1939Line",
+                 {1, 2},
+                 [](ObjectDataBase& db) {
+                     for (const auto& [key, value] : {std::pair{"udsserver_supported", "1"},
+                                                      {"udsserver_version", "5"},
+                                                      {"uds_physical_request_id", "0x7e0,0x7e1"},
+                                                      {"uds_physical_response_id", "0x7e8,0x7e9"},
+                                                      {"uds_functional_request_id", "0x7df,0x7df"},
+                                                      {"uds_server_active", "0,1"},
+                                                      {"isotp_supported", "1"}})
+                         db.setGeneralSetting(key, value);
+                     db.setUDSServiceActive(1, 0x10, true);
+                     db.setUDSServiceSessions(1, 0x10, "1,3");
+                 },
+                 "gen_mp.c",
+                 {"#include <iso_tp.h>\n#include <uds_uds.h>\n", "retVal = udsStackInit_common(",
+                  "retVal = udsStackInit_line(1, &udsLine1);\n"}},
+        EdgeCase{"BootLoaderOnTheCore",
+                 {4},
+                 [](ObjectDataBase& db) {
+                     for (const auto& [key, value] : {std::pair{"udsserver_supported", "1"},
+                                                      {"udsserver_version", "5"},
+                                                      {"uds_bl_setting", "1"},
+                                                      {"isotp_supported", "1"}})
+                         db.setGeneralSetting(key, value);
+                     db.setUDSServiceActive(0, 0x27, true);
+                     db.setUDSServiceAuthentication(0, 0x27, "1");
+                 },
+                 "gen_uds.c",
+                 {"RET_T udsStackInit(void) {\n", "UDS_CONFIG_INIT_VAL_T\tudsLine0 = {\n",
+                  "    /* setup CAN-IDs */\n    if (udsLine0.serverPhysAddrReqCanID == 0u)  {\n"},
+                 true},
+        EdgeCase{"CanIdWithoutElementsOnTheCore",
+                 {4},
+                 [](ObjectDataBase& db) { addCanId(db, 0, 0x200, {}); },
+                 "gen_rawcan.c",
+                 {"RET_T rawcanStackInit(void) {\n", "        retVal = rawcanStackInit_line0(0);\n",
+                  "\tNULL, /* no mappings */\n"},
+                 true},
+        EdgeCase{"ProtocolOfACombinedLineOnTheCore",
+                 {6},
+                 [](ObjectDataBase& db) { addCanId(db, 0, 0x181, {element(5, 8, "level")}); },
+                 "gen_mp.c",
+                 {"    if ((commonInitVars.protocolType[canLine] & CORE_PROT_TYPE_RAWCAN) == "
+                  "CORE_PROT_TYPE_RAWCAN) "
+                  "{\n        retVal = rawcanStackInit_line(&rawcanConfig);\n",
+                  "\t&tx_mapping_385[0], \n\t&tx_mapping_385_data[0], \n"},
+                 true}),
     [](const testing::TestParamInfo<EdgeCase>& info) { return std::string(info.param.name); });
 
 } // namespace

@@ -6,6 +6,7 @@
 
 #include "database/linetypes.h"
 #include "database/objectdatabase.h"
+#include "generators/multiprotocol/commongeneratorhelper.h"
 #include "generators/multiprotocol/pgngenerator.h"
 #include "generators/multiprotocol/pgngeneratorv4.h"
 #include "generators/stackwords.h"
@@ -63,7 +64,11 @@ void MultiProGenerator::doJob()
     readSrdoEntries();
     readRunSettings();
     countRows();
-    if (m_pgn && openOutputFile(fileName())) {
+    if (m_pgn && m_udsOnly && openOutputFile(fileName())) {
+        SectionStream out(this);
+        writeUdsOnlyFile(out);
+        m_file->flush();
+    } else if (m_pgn && openOutputFile(fileName())) {
         {
             SectionStream out(this);
             writeFileHead(out);
@@ -112,10 +117,14 @@ void MultiProGenerator::readProtocols()
     }
     m_projectMultiLine = projectLines > 1;
     m_rawCanOnly = m_hasRawCan && !m_hasCanopen && !m_hasJ1939;
+    m_udsOnly = coreForm() && !m_projectMultiLine && udsInUse() &&
+                setting(QStringLiteral("uds_bl_setting")) == QLatin1String("1");
 }
 
 QString MultiProGenerator::fileName() const
 {
+    if (m_udsOnly)
+        return QStringLiteral("gen_uds.c");
     return m_rawCanOnly ? QStringLiteral("gen_rawcan.c") : QStringLiteral("gen_mp.c");
 }
 
@@ -182,13 +191,7 @@ void MultiProGenerator::writeFileHead(SectionStream& out)
             out << "#include <" << header << ">\n";
         out << "\n";
     }
-    out << R"(/* definition of watchdog handle during initialization */
-#ifndef CO_HANDLE_WATCHDOG
-#define CO_HANDLE_WATCHDOG
-#endif /* CO_HANDLE_WATCHDOG */
-
-
-)";
+    writeWatchdogDefinition(out);
     if (overwritesPredefinedSet() || settingInt(QStringLiteral("generate_string_defaults")) > 0) {
         out << "#include <gen_user.h>\n";
         writeUserHeader();
@@ -215,6 +218,17 @@ void MultiProGenerator::writeFileHead(SectionStream& out)
     out << "#define CO_OD_ASSIGN_CNT " << m_assignCount << "u\n";
     out << "#define CO_OBJ_DESC_CNT " << m_descriptionCount << "u\n";
     out << "\n";
+}
+
+void MultiProGenerator::writeWatchdogDefinition(SectionStream& out)
+{
+    out << R"(/* definition of watchdog handle during initialization */
+#ifndef CO_HANDLE_WATCHDOG
+#define CO_HANDLE_WATCHDOG
+#endif /* CO_HANDLE_WATCHDOG */
+
+
+)";
 }
 
 // A multi-line application may start a part of the lines only; a C99
@@ -332,12 +346,12 @@ void MultiProGenerator::writeRawCanTable(SectionStream& out, quint8 line, bool t
                 out << "\t" << canId.cycletime_ms << "u, /* monitoring time in ms (0 .. acyclic) */ \n";
         }
         const QString mapping = prefix + (transmit ? "tx_mapping_" : "rx_mapping_") + QString::number(id);
-        if (!coreForm())
-            out << "\t&" << mapping << "[0], \n";
-        else if (m_database->getDataElementList(line, id, direction).isEmpty())
-            out << "\tNULL, /* no mappings */\n\tNULL, \n";
-        else
-            out << "\t&" << mapping << "[0], \n\t&" << mapping << "_data[0], \n";
+        out << "\t&" << mapping << "[0], \n";
+        // The V4 stack finds the variables in a pointer table of their own, as for a PGN.
+        if (coreForm() && m_database->getDataElementList(line, id, direction).isEmpty())
+            out << "\tNULL, /* no mappings */\n";
+        else if (coreForm())
+            out << "\t&" << mapping << "_data[0], \n";
         if (transmit) {
             out << "\t" << canId.cycletime_ms << "u, /* cycletime in ms */ \n";
             out << "\t" << canId.inhibittime_ms << "u, /* inhibit time in ms */ \n";
@@ -346,6 +360,45 @@ void MultiProGenerator::writeRawCanTable(SectionStream& out, quint8 line, bool t
         out << (i + 1 < ids.size() ? "    },\n" : "    }\n");
     }
     out << "};\n";
+}
+
+// The device of a boot loader speaks UDS alone; the boot loader's own
+// configuration gives the CAN-IDs that the project leaves at 0.
+void MultiProGenerator::writeUdsOnlyFile(SectionStream& out)
+{
+    out << banner(QStringLiteral("Initialization for"), QStringLiteral("\n */\n"));
+    if (!QFileInfo::exists(QStringLiteral("%1/no_stdlib_include.txt").arg(m_outputDir)))
+        out << "#include <stdlib.h>\n\n";
+    out << R"(#include <gen_define.h>
+#include <core_common.h>
+#include <core_isotp.h>
+#include <uds_uds.h>
+#include <uds_indication.h>
+
+)";
+    writeWatchdogDefinition(out);
+    const std::unique_ptr<CommonGeneratorHelper> helper = commonHelper();
+    out << helper->commonDeclarations();
+    out << helper->udsDefinitions();
+    out << "RET_T udsStackInit(void) {\n";
+    out << "    RET_T retVal;\n\n";
+    out << R"(    /* setup CAN-IDs */
+    if (udsLine0.serverPhysAddrReqCanID == 0u)  {
+        udsLine0.serverPhysAddrReqCanID = CFG_UDS_REQ_ID();
+    }
+    if (udsLine0.serverPhysAddrRespCanID == 0u)  {
+        udsLine0.serverPhysAddrRespCanID = CFG_UDS_RES_ID();
+    }
+    if (udsLine0.serverFuncAddrReqCanID == 0u)  {
+        udsLine0.serverFuncAddrReqCanID = CFG_UDS_FUNC_ID();
+    })";
+    out << "\n\n";
+    out << "    retVal = commonStackInit(&commonInitVars);\n";
+    writeCheck(out);
+    out << helper->commonUdsCall();
+    out << helper->lineUdsCall(0, false);
+    out << "    return(retVal);\n";
+    out << "}\n";
 }
 
 // The sections that gen_objdict.c writes behind its start-up code.

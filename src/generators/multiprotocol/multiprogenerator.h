@@ -14,7 +14,8 @@ class PGNGenerator;
 // gen_objdict.c), the PGN tables of the J1939 lines (by the sections of
 // gen_pgn.c, written into this file), the CAN-ID tables of the raw CAN lines
 // and mpStackInit with one start function per line. A device of raw CAN
-// lines only gets the same file as gen_rawcan.c with rawcanStackInit.
+// lines only gets the same file as gen_rawcan.c with rawcanStackInit, and the
+// boot loader of the V4 stack, which speaks UDS alone, gen_uds.c.
 //
 // File order: head, managed variables and mapping tables of the J1939 and
 // raw CAN lines, address claim, PGN tables, J1939 line configuration, the
@@ -37,6 +38,7 @@ protected:
     const StackWords* stackWords() const override;
     virtual std::unique_ptr<PGNGenerator> createPgnGenerator() const;
     void writeSdoServerInits(SectionStream& out, quint8 line, bool perLine) override;
+    void writeSdoClientInits(SectionStream& out, quint8 line, bool perLine) override;
 
 private:
     // The protocols of the project's lines, read at the file head.
@@ -45,6 +47,7 @@ private:
 
     // Sections, in file order.
     void writeFileHead(SectionStream& out);
+    void writeWatchdogDefinition(SectionStream& out);
     void writePrototypes(SectionStream& out);
     void writeJ1939Tables();
     void writeObjectDictionary();
@@ -60,6 +63,8 @@ private:
     void writeRawCanLineStart(SectionStream& out, quint8 line);
     void writeFinishFunction(SectionStream& out);
     void writeClosing();
+    // gen_uds.c of a V4 boot loader, instead of all of the above.
+    void writeUdsOnlyFile(SectionStream& out);
 
     // "mpStackInit", or for the V4 raw CAN stack "rawcanStackInit".
     QString functionName(const char* part) const;
@@ -74,5 +79,6 @@ private:
     bool m_hasJ1939 = false;
     bool m_hasRawCan = false;
     bool m_rawCanOnly = false;
+    bool m_udsOnly = false;
     bool m_projectMultiLine = false;
 };

@@ -400,22 +400,46 @@ void MultiProGenerator::writeCanopenSequence(SectionStream& out, quint8 line, in
 }
 
 // The first SDO server of a CAN FD line is a USDO server when the line runs
-// in FD mode; the line's start gets that mode as its own argument.
+// in FD mode, and so are its USDO clients; the line's start gets that mode as
+// an argument of its own.
 void MultiProGenerator::writeSdoServerInits(SectionStream& out, quint8 line, bool perLine)
 {
-    if (settingInt(QStringLiteral("canfd_supported")) <= 0 || coreForm() || !perLine) {
+    if (settingInt(QStringLiteral("canfd_supported")) <= 0 || coreForm()) {
         ObjDictGenerator::writeSdoServerInits(out, line, perLine);
         return;
     }
+    const QString canLine = perLine ? QStringLiteral("canLine") : QString();
+    const QString first = perLine ? QStringLiteral("canLine, ") : QString();
     out << "    /* initialize (u)sdo server(s) */\n";
     out << "    if (fdMode == CO_TRUE) {\n";
-    out << "        retVal = coUsdoServerInit(canLine);\n";
+    out << "        retVal = coUsdoServerInit(" << canLine << ");\n";
     out << "    } else {\n";
-    out << "        retVal = coSdoServerInit(canLine, 1u);\n";
+    out << "        retVal = coSdoServerInit(" << first << "1u);\n";
     out << "    }\n";
     writeCheck(out);
     for (quint16 index : indicesIn(line, 0x1201, 0x127F)) {
-        out << "    retVal = coSdoServerInit(canLine, " << (index - 0x11FF) << "u);\n";
+        out << "    retVal = coSdoServerInit(" << first << (index - 0x11FF) << "u);\n";
+        writeCheck(out);
+    }
+}
+
+void MultiProGenerator::writeSdoClientInits(SectionStream& out, quint8 line, bool perLine)
+{
+    if (settingInt(QStringLiteral("canfd_supported")) <= 0 || coreForm() ||
+        settingInt(QStringLiteral("usdo_client_cnt")) == 0) {
+        ObjDictGenerator::writeSdoClientInits(out, line, perLine);
+        return;
+    }
+    const QString first = perLine ? QStringLiteral("canLine, ") : QString();
+    if (has(line, 0x1280))
+        out << "    /* initialize sdo clients(s) */\n";
+    out << "    /* initialize (u)sdo clients(s) */\n";
+    out << "    if (fdMode == CO_TRUE) {\n";
+    out << "        retVal = coUsdoClientInit(" << (perLine ? "canLine" : "") << ");\n";
+    writeCheck(out, 4);
+    out << "    }\n";
+    for (quint16 index : indicesIn(line, 0x1280, 0x12FF)) {
+        out << "    retVal = coSdoClientInit(" << first << (index - 0x127F) << "u);\n";
         writeCheck(out);
     }
 }
