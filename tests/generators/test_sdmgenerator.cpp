@@ -249,6 +249,22 @@ INSTANTIATE_TEST_SUITE_P(
                     {structureError, typeError, typeError, "        v = pBuffer[0];\n"}}),
     [](const testing::TestParamInfo<MappingCase>& info) { return std::string(info.param.name); });
 
+// A safe PGN longer than the message, as an unchecked project may hold it:
+// the file is whole, and the #error line stops its compilation.
+TEST(SDMGenerator, PgnLongerThanTheMessageGivesAnErrorLineNotACrash)
+{
+    ObjectDataBase db;
+    makeSafetyProject(db, false, true);
+    addSafePgn(db, 0, 65290, ObjectDataBase::Transmit, 3,
+               {spn(520220, 7, 32, "sdgA"), spn(520221, 7, 32, "sdgB"), spn(520222, 5, 8, "sdgC")});
+    cacheLines(db);
+    QTemporaryDir dir;
+    SDMGeneratorV4 sdg;
+    const QString text = runGenerator(sdg, db, dir.path(), "gen_sdg.c");
+    EXPECT_EQ(text.count("#error SDM structure not supported\n"), 1);
+    EXPECT_TRUE(text.endsWith("\treturn(genSdgReceiveMapping(recSdg, pData));\n}\n")) << text.toStdString();
+}
+
 // The whole command-line run of a device with safety data messages: the
 // step runs behind gen_extern_decl.h and its completion line carries the
 // summary.
