@@ -1,6 +1,7 @@
 #pragma once
 
 #include "generators/abstractgenerator.h"
+#include "generators/canopen/objdictlayout.h"
 #include "generators/sectionstream.h"
 
 #include "canopenlib/cohelper.h"
@@ -36,10 +37,9 @@ public:
     bool canWrite() override;
     GeneratorStatus start() override;
 
-    // Line in bits 24 to 31, index in bits 8 to 23, subindex in bits 0 to 7.
     static quint32 objectKey(quint8 line, quint16 index, quint8 subindex)
     {
-        return (quint32(line) << 24) | (quint32(index) << 8) | subindex;
+        return ObjDictLayout::objectKey(line, index, subindex);
     }
 
     // The compact array rule: the lowest subindex of the run of equal
@@ -50,23 +50,7 @@ protected Q_SLOTS:
     void doJob() override;
 
 protected:
-    struct DictObject
-    {
-        quint16 index = 0;
-        int objectType = 7;
-        QList<quint8> subindices;
-        // Parallel to subindices.
-        QList<SUBINDEX_DATA_T> subs;
-        // The compact array limit, 255 when the object isn't compacted.
-        quint8 compactEnd = 255;
-    };
-
-    // A table of values in output order, with the object keys of its entries.
-    struct ValueTable
-    {
-        QStringList entries;
-        QList<quint32> keys;
-    };
+    using DictObject = ObjDictLayout::Object;
 
     // The V4 stack renames some words and extends some tables.
     virtual bool coreForm() const { return false; }
@@ -76,6 +60,9 @@ protected:
     void readDictionary();
     void readSrdoEntries();
     void readRunSettings();
+    // Works out the layout of the tables; the sections only read it.
+    void layOutDictionary();
+    const ObjDictLayout& layout() const { return m_layout; }
 
     // Sections, in file order.
     bool prepareOutputFile();
@@ -127,12 +114,6 @@ protected:
     QString serviceSuffix(quint8 line, quint16 index, quint8 subindex, const SUBINDEX_DATA_T& sub) const;
     QString attributeWord(quint32 key, const SUBINDEX_DATA_T& sub, bool compactEnd) const;
     int valueSlot(quint8 line, quint16 index, quint8 subindex, const SUBINDEX_DATA_T& sub) const;
-    // The text of a pointer to the value of a sub-object, "NULL" when it doesn't exist.
-    QString valuePointer(quint8 line, quint16 index, quint8 subindex) const;
-    void writeMappingGroup(SectionStream& out, quint8 line, quint16 commIndex, bool transmit, int maxEntries);
-    // The count and the entries of a static mapping table, up to the closing "\t}\n".
-    QString mappingBody(quint8 line, quint16 mapIndex, quint64 count, bool transmit, int maxEntries) const;
-    QString routingList(quint8 line, quint32 mapping) const;
 
     // Project facts.
     bool multiLineForm() const { return m_multiLine || m_generateML; }
@@ -140,51 +121,30 @@ protected:
     const QList<DictObject>& objectsOf(quint8 line) const;
     const DictObject* findObject(quint8 line, quint16 index) const;
     const SUBINDEX_DATA_T* findSub(quint8 line, quint16 index, quint8 subindex) const;
+    const SUBINDEX_DATA_T& subOf(quint32 key) const;
     bool has(quint8 line, quint16 index) const { return findObject(line, index) != nullptr; }
     QList<quint16> indicesIn(quint8 line, quint16 from, quint16 to) const;
     bool isSrdoEntry(quint8 line, quint16 index, quint8 subindex) const;
-    bool isStaticPdo(quint8 line, quint16 commIndex) const;
     QString variableName(quint8 line, quint16 index, quint8 subindex, const SUBINDEX_DATA_T& sub) const;
     QString entryComment(quint8 line, quint16 index, quint8 subindex) const;
     QString lineMarker(quint8 line) const;
     int constSlotOf(quint8 line, quint16 index, quint8 subindex) const;
-    // Positions in the object's lists of the subindices that the description section writes.
-    QList<qsizetype> describedPositions(quint8 line, const DictObject& object) const;
-    void countRows();
     bool usesOptions() const;
+    // The project setting limit_check: descriptions carry limit slots.
+    int limitCheck() const { return m_limitCheck; }
     bool overwritesPredefinedSet() const;
 
     static QString objectTypeWord(int objectType);
-    static bool isNumeric(int dataType) { return COHelper::valueGroup(quint16(dataType)) != CAN::NoGroup; }
-
-    QPointer<QFile> m_userFile;
-    QHash<quint32, int> m_varSlot;
-    QHash<quint32, int> m_constSlot;
-    QHash<quint32, int> m_lowLimitSlot;
-    QHash<quint32, int> m_upLimitSlot;
-    QHash<quint32, int> m_descriptionStart;
-    // Tables written, by name ("od_u8", "od_const_vis_string_len", ...).
-    QSet<QString> m_writtenTables;
-    // The static PDO mapping table of each PDO, by its own name; a receive
-    // table that equals one of another line is replaced by that one.
-    QHash<QString, QString> m_mappingTables;
-    QHash<QString, QString> m_uniqueReceiveTables;
-    QList<quint8> m_usedLines;
-    bool m_compactDescription;
-    bool m_canFd = false;
-    bool m_staticSrdo = false;
-    bool m_camServerMode;
-    QSet<quint32> m_srdoEntries;
-    int m_limitCheck = 0;
-    int m_assignCount = 0;
-    int m_descriptionCount = 0;
-    QHash<quint8, int> m_lineAssignCounts;
-    QHash<quint8, int> m_lineDescriptionCounts;
-    // Offset and length in stringDefaultValues, by object key, in table order.
-    QList<quint32> m_stringDefaultKeys;
-    QHash<quint32, QPair<int, int>> m_stringDefaults;
 
 private:
-    // Objects from 0x1000 upward of the lines 0 to 31 that have any, ascending.
-    QMap<quint8, QList<DictObject>> m_objects;
+    QPointer<QFile> m_userFile;
+    QList<quint8> m_usedLines;
+    bool m_compactDescription;
+    bool m_camServerMode;
+    int m_limitCheck = 0;
+    bool m_canFd = false;
+    bool m_staticSrdo = false;
+    QSet<quint32> m_srdoEntries;
+    ObjDictLayout::Dictionary m_objects;
+    ObjDictLayout m_layout;
 };

@@ -244,7 +244,7 @@ QString VobjDictGenerator::rowOf(const VirtualEntry& entry) const
     if (entry.compactEnd)
         row += QStringLiteral(" | CO_ATTR_COMPACT");
     row += QStringLiteral(",  (UNSIGNED16)0");
-    if (m_limitCheck > 0)
+    if (limitCheck() > 0)
         row += QStringLiteral("u, (UNSIGNED16)0u, (UNSIGNED16)0");
     row += QStringLiteral("u},");
     if (multiLineForm())

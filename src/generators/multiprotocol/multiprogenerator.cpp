@@ -63,7 +63,7 @@ void MultiProGenerator::doJob()
     readDictionary();
     readSrdoEntries();
     readRunSettings();
-    countRows();
+    layOutDictionary();
     if (m_pgn && m_udsOnly && openOutputFile(fileName())) {
         SectionStream out(this);
         writeUdsOnlyFile(out);
@@ -215,8 +215,8 @@ void MultiProGenerator::writeFileHead(SectionStream& out)
     out << "/* definition of static indication function pointers */\n";
     writeStaticIndications(out);
     out << "\n/* number of objects */\n";
-    out << "#define CO_OD_ASSIGN_CNT " << m_assignCount << "u\n";
-    out << "#define CO_OBJ_DESC_CNT " << m_descriptionCount << "u\n";
+    out << "#define CO_OD_ASSIGN_CNT " << layout().assignCount() << "u\n";
+    out << "#define CO_OBJ_DESC_CNT " << layout().descriptionCount() << "u\n";
     out << "\n";
 }
 
