@@ -110,36 +110,55 @@ void ObjDictGenerator::doJob()
 {
     beginJob();
     readGenerateML();
-    readDictionary();
-    readSrdoEntries();
-    readRunSettings();
-    layOutDictionary();
+    readProject(true);
     prepareOutputFile();
-    writeManagedVariables();
-    writeConstants();
-    if (settingInt(QStringLiteral("generate_string_defaults")) > 0)
-        writeStringDefaultValues();
-    writeApplicationVariables();
-    Q_EMIT progress(25);
-    writeObjectDescriptions();
-    Q_EMIT progress(50);
-    writeAssignTable();
+    writeDictionaryTables();
     Q_EMIT progress(75);
-    if (!m_camServerMode)
-        writePdoMappingTables();
-    writeDataVariables();
     if (m_camServerMode)
         writeJ1939OdInit();
     else if (multiLineForm())
         writeStackInitMultiLine();
     else
         writeStackInitSingleLine();
-    if (!m_camServerMode) {
-        writeServiceVariables();
-        if (settingInt(QStringLiteral("generate_string_defaults")) > 0)
-            writeStringDefaultFunction();
-    }
+    if (!m_camServerMode)
+        writeClosingSections();
     finishJob();
+}
+
+void ObjDictGenerator::readProject(bool layOut)
+{
+    readDictionary();
+    readSrdoEntries();
+    readRunSettings();
+    if (!layOut)
+        return;
+    ObjDictLayout::Options options;
+    options.multiLine = multiLineForm();
+    options.coreForm = coreForm();
+    options.limitCheck = m_limitCheck;
+    options.srdoEntries = m_srdoEntries;
+    m_layout = ObjDictLayout(m_objects, options);
+}
+
+void ObjDictGenerator::writeDictionaryTables()
+{
+    writeManagedVariables();
+    writeConstants();
+    if (settingInt(QStringLiteral("generate_string_defaults")) > 0)
+        writeStringDefaultValues();
+    writeApplicationVariables();
+    writeObjectDescriptions();
+    writeAssignTable();
+    if (!m_camServerMode)
+        writePdoMappingTables();
+    writeDataVariables();
+}
+
+void ObjDictGenerator::writeClosingSections()
+{
+    writeServiceVariables();
+    if (settingInt(QStringLiteral("generate_string_defaults")) > 0)
+        writeStringDefaultFunction();
 }
 
 const StackWords* ObjDictGenerator::stackWords() const
@@ -223,16 +242,6 @@ void ObjDictGenerator::readRunSettings()
     m_limitCheck = settingInt(QStringLiteral("limit_check"));
 }
 
-void ObjDictGenerator::layOutDictionary()
-{
-    ObjDictLayout::Options options;
-    options.multiLine = multiLineForm();
-    options.coreForm = coreForm();
-    options.limitCheck = m_limitCheck;
-    options.srdoEntries = m_srdoEntries;
-    m_layout = ObjDictLayout(m_objects, options);
-}
-
 bool ObjDictGenerator::prepareOutputFile()
 {
     const bool noStdlib = QFileInfo::exists(QStringLiteral("%1/no_stdlib_include.txt").arg(m_outputDir));
@@ -259,10 +268,7 @@ bool ObjDictGenerator::prepareOutputFile()
         }
     }
     out << "#include <gen_indication.h>\n";
-    if (overwritesPredefinedSet() || settingInt(QStringLiteral("generate_string_defaults")) > 0) {
-        out << "#include <gen_user.h>\n";
-        writeUserHeader();
-    }
+    writeUserInclude(out);
     if (multiLineForm() && !m_camServerMode) {
         out << "/* these functions may be used by the application to initialize only a sub set of all "
                "lines.*/\n";
@@ -311,12 +317,26 @@ bool ObjDictGenerator::prepareOutputFile()
     out << "#ifndef CO_HANDLE_WATCHDOG\n";
     out << "#define CO_HANDLE_WATCHDOG\n";
     out << "#endif /* CO_HANDLE_WATCHDOG */\n\n";
+    writeIndicationsAndCounts(out);
+    return true;
+}
+
+// The user header declares the functions that overwrite COB-IDs and string defaults.
+void ObjDictGenerator::writeUserInclude(SectionStream& out)
+{
+    if (!overwritesPredefinedSet() && settingInt(QStringLiteral("generate_string_defaults")) <= 0)
+        return;
+    out << "#include <gen_user.h>\n";
+    writeUserHeader();
+}
+
+void ObjDictGenerator::writeIndicationsAndCounts(SectionStream& out)
+{
     out << "/* definition of static indication function pointers */\n";
     writeStaticIndications(out);
     out << "\n/* number of objects */\n";
     out << "#define CO_OD_ASSIGN_CNT " << m_layout.assignCount() << "u\n";
     out << "#define CO_OBJ_DESC_CNT " << m_layout.descriptionCount() << "u\n";
-    return true;
 }
 
 void ObjDictGenerator::writeUserHeader()

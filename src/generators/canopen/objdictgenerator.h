@@ -22,9 +22,11 @@ class CommonGeneratorHelper;
 
 // Writes gen_objdict.c: the object dictionary of the device as C data (value
 // tables, object descriptions, assign table, static PDO mapping tables) and
-// the start-up code of the CANopen stack. Each section of the file has its own
-// protected writer, so that the multi-protocol generator can put the same
-// sections into gen_mp.c.
+// the start-up code of the CANopen stack. The layout of the tables is worked
+// out once after reading the dictionary; each section of the file has its
+// own writer that reads it. The multi-protocol generator puts the data
+// sections, the start-up pieces and the closing sections into gen_mp.c
+// through the protected interface.
 class ObjDictGenerator : public AbstractGenerator
 {
     Q_OBJECT
@@ -56,13 +58,53 @@ protected:
     virtual bool coreForm() const { return false; }
     const StackWords* stackWords() const override;
 
-    // Reading the project, done once per run before the first section.
+    // Reads the dictionary and the settings of the run, once per run before
+    // the first section; with layOut also works out the layout of the tables.
+    void readProject(bool layOut);
+    const ObjDictLayout& layout() const { return m_layout; }
+
+    // Pieces of the file head: the user header with its include, the static
+    // indication pointers and the object counts.
+    void writeUserInclude(SectionStream& out);
+    void writeIndicationsAndCounts(SectionStream& out);
+    // The data sections, from the managed variables to od_data_variables.
+    void writeDictionaryTables();
+    // The sections behind the start-up code.
+    void writeClosingSections();
+
+    // Pieces of the stack initialisation.
+    void writeServiceTable(SectionStream& out, const QString& indent);
+    std::unique_ptr<CommonGeneratorHelper> commonHelper() const;
+    void writeCheck(SectionStream& out, int indent = 0);
+    void writeServiceInits(SectionStream& out, quint8 line, bool perLine);
+    virtual void writeSdoServerInits(SectionStream& out, quint8 line, bool perLine);
+    virtual void writeSdoClientInits(SectionStream& out, quint8 line, bool perLine);
+    void writeLoadParameter(SectionStream& out);
+    // The NMT start of the classic stack or of one line of the multi-line one.
+    void writeNmtInit(SectionStream& out, bool master, bool perLine);
+
+    // Pieces of a description row.
+    QString serviceSuffix(quint8 line, quint16 index, quint8 subindex, const SUBINDEX_DATA_T& sub) const;
+    QString attributeWord(quint32 key, const SUBINDEX_DATA_T& sub, bool compactEnd) const;
+    int valueSlot(quint8 line, quint16 index, quint8 subindex, const SUBINDEX_DATA_T& sub) const;
+    static QString objectTypeWord(int objectType);
+
+    // Project facts.
+    bool multiLineForm() const { return m_multiLine || m_generateML; }
+    QList<quint8> dictionaryLines() const { return m_objects.keys(); }
+    const QList<DictObject>& objectsOf(quint8 line) const;
+    const DictObject* findObject(quint8 line, quint16 index) const;
+    const SUBINDEX_DATA_T* findSub(quint8 line, quint16 index, quint8 subindex) const;
+    bool has(quint8 line, quint16 index) const { return findObject(line, index) != nullptr; }
+    QList<quint16> indicesIn(quint8 line, quint16 from, quint16 to) const;
+    QString entryComment(quint8 line, quint16 index, quint8 subindex) const;
+    // The project setting limit_check: descriptions carry limit slots.
+    int limitCheck() const { return m_limitCheck; }
+
+private:
     void readDictionary();
     void readSrdoEntries();
     void readRunSettings();
-    // Works out the layout of the tables; the sections only read it.
-    void layOutDictionary();
-    const ObjDictLayout& layout() const { return m_layout; }
 
     // Sections, in file order.
     bool prepareOutputFile();
@@ -84,18 +126,9 @@ protected:
 
     // Pieces of the stack initialisation.
     void writeInitDeclarations(SectionStream& out, bool fileLevel);
-    void writeServiceTable(SectionStream& out, const QString& indent);
     void writeCommonDeclarations(SectionStream& out);
-    std::unique_ptr<CommonGeneratorHelper> commonHelper() const;
-    void writeCheck(SectionStream& out, int indent = 0);
-    void writeServiceInits(SectionStream& out, quint8 line, bool perLine);
-    virtual void writeSdoServerInits(SectionStream& out, quint8 line, bool perLine);
-    virtual void writeSdoClientInits(SectionStream& out, quint8 line, bool perLine);
-    void writeLoadParameter(SectionStream& out);
     void writeNmtSingleLine(SectionStream& out);
     void writeNmtForLine(SectionStream& out, quint8 line);
-    // The NMT start of the classic stack or of one line of the multi-line one.
-    void writeNmtInit(SectionStream& out, bool master, bool perLine);
     void writeTopFunction(SectionStream& out);
     void writeCommonFunction(SectionStream& out);
     void writeLineDispatcher(SectionStream& out);
@@ -107,36 +140,19 @@ protected:
     void writeCobIdGroup(SectionStream& out, quint8 line, quint16 from, quint16 to, const char* heading,
                          bool bothSubindices, bool perLine);
 
-    // Pieces of the description and mapping sections.
     QString descriptionRow(quint8 line, quint16 index, quint8 subindex, const SUBINDEX_DATA_T& sub,
                            bool compactEnd);
     QString dataTypeWord(quint8 line, quint16 index, quint8 subindex, const SUBINDEX_DATA_T& sub) const;
-    QString serviceSuffix(quint8 line, quint16 index, quint8 subindex, const SUBINDEX_DATA_T& sub) const;
-    QString attributeWord(quint32 key, const SUBINDEX_DATA_T& sub, bool compactEnd) const;
-    int valueSlot(quint8 line, quint16 index, quint8 subindex, const SUBINDEX_DATA_T& sub) const;
 
-    // Project facts.
-    bool multiLineForm() const { return m_multiLine || m_generateML; }
-    QList<quint8> dictionaryLines() const { return m_objects.keys(); }
-    const QList<DictObject>& objectsOf(quint8 line) const;
-    const DictObject* findObject(quint8 line, quint16 index) const;
-    const SUBINDEX_DATA_T* findSub(quint8 line, quint16 index, quint8 subindex) const;
+    // The sub-object of a key of the layout, which names only sub-objects that exist.
     const SUBINDEX_DATA_T& subOf(quint32 key) const;
-    bool has(quint8 line, quint16 index) const { return findObject(line, index) != nullptr; }
-    QList<quint16> indicesIn(quint8 line, quint16 from, quint16 to) const;
     bool isSrdoEntry(quint8 line, quint16 index, quint8 subindex) const;
     QString variableName(quint8 line, quint16 index, quint8 subindex, const SUBINDEX_DATA_T& sub) const;
-    QString entryComment(quint8 line, quint16 index, quint8 subindex) const;
     QString lineMarker(quint8 line) const;
     int constSlotOf(quint8 line, quint16 index, quint8 subindex) const;
     bool usesOptions() const;
-    // The project setting limit_check: descriptions carry limit slots.
-    int limitCheck() const { return m_limitCheck; }
     bool overwritesPredefinedSet() const;
 
-    static QString objectTypeWord(int objectType);
-
-private:
     QPointer<QFile> m_userFile;
     QList<quint8> m_usedLines;
     bool m_compactDescription;

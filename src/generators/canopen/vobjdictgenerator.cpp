@@ -95,9 +95,7 @@ void VobjDictGenerator::doJob()
 {
     beginJob();
     readGenerateML();
-    readDictionary();
-    readSrdoEntries();
-    readRunSettings();
+    readProject(false);
     layOut();
     if (openOutputFile(QStringLiteral("gen_vobjdict.c"))) {
         writeHead();
