@@ -16,15 +16,6 @@ QString args(bool perLine, const QString& rest = QString())
     return rest.isEmpty() ? QStringLiteral("canLine") : QStringLiteral("canLine, ") + rest;
 }
 
-quint64 defaultNumber(const SUBINDEX_DATA_T* sub)
-{
-    if (!sub)
-        return 0;
-    bool ok = false;
-    const quint64 value = COHelper::parseUnsigned(sub->defaultvalue.trimmed(), &ok);
-    return ok ? value : 0;
-}
-
 bool hasNodeIdDefault(const SUBINDEX_DATA_T* sub)
 {
     return sub && sub->defaultvalue.contains(QLatin1String("$NODEID+"), Qt::CaseInsensitive);
@@ -290,7 +281,7 @@ void ObjDictGenerator::writeServiceInits(SectionStream& out, quint8 line, bool p
         writeCheck(out);
     }
     if (has(line, 0x1012)) {
-        const quint64 cobId = defaultNumber(findSub(line, 0x1012, 0));
+        const quint64 cobId = ObjDictLayout::defaultNumber(findSub(line, 0x1012, 0));
         out << "    /* initialize Time service */\n";
         out << "    retVal = coTimeInit("
             << args(perLine, QStringLiteral("%1, %2").arg((cobId & (1u << 31)) ? "CO_TRUE" : "CO_FALSE",

@@ -49,15 +49,6 @@ void parseNumber(const QString& text, quint64& unsignedValue, qint64& signedValu
     unsignedValue = quint64(signedValue);
 }
 
-quint64 numberOf(const SUBINDEX_DATA_T* sub)
-{
-    if (!sub)
-        return 0;
-    bool ok = false;
-    const quint64 value = COHelper::parseUnsigned(sub->defaultvalue.trimmed(), &ok);
-    return ok ? value : 0;
-}
-
 // A text that begins with "|x" holds the bytes as hexadecimal digits.
 QByteArray stringBytes(const QString& text)
 {
@@ -169,6 +160,15 @@ const QList<ObjDictLayout::Object>& ObjDictLayout::objectsOf(const Dictionary& d
     static const QList<Object> none;
     const auto it = dictionary.constFind(line);
     return it == dictionary.constEnd() ? none : it.value();
+}
+
+quint64 ObjDictLayout::defaultNumber(const SUBINDEX_DATA_T* sub)
+{
+    if (!sub)
+        return 0;
+    bool ok = false;
+    const quint64 value = COHelper::parseUnsigned(sub->defaultvalue.trimmed(), &ok);
+    return ok ? value : 0;
 }
 
 const ObjDictLayout::Object* ObjDictLayout::findObject(const Dictionary& dictionary, quint8 line,
@@ -406,7 +406,7 @@ void ObjDictLayout::layOutMappingTables(const Dictionary& dictionary, const Opti
         // A PDO whose mapping may change at run time has no static table.
         if (!countSub || countSub->accesstype == QLatin1String("rw"))
             return;
-        const quint64 count = numberOf(countSub);
+        const quint64 count = defaultNumber(countSub);
         if (count == 0)
             return;
         MappingTable table;
@@ -449,7 +449,7 @@ QString ObjDictLayout::mappingBody(const Dictionary& dictionary, quint8 line, qu
     body += QStringLiteral("\t{\n");
     const int rows = count > 64 ? 1 : int(count);
     for (int s = 1; s <= rows; ++s) {
-        const quint32 mapping = quint32(numberOf(findSub(dictionary, line, mapIndex, quint8(s))));
+        const quint32 mapping = quint32(defaultNumber(findSub(dictionary, line, mapIndex, quint8(s))));
         const quint16 index = quint16(mapping >> 16);
         const quint8 subindex = quint8(mapping >> 8);
         const SUBINDEX_DATA_T* mapped = findSub(dictionary, line, index, subindex);

@@ -76,6 +76,8 @@ public:
     {
         return (quint32(line) << 24) | (quint32(index) << 8) | subindex;
     }
+    // The default value of a sub-object as a number, 0 when it has none or it isn't one.
+    static quint64 defaultNumber(const SUBINDEX_DATA_T* sub);
     static const QList<Object>& objectsOf(const Dictionary& dictionary, quint8 line);
     static const Object* findObject(const Dictionary& dictionary, quint8 line, quint16 index);
     static const SUBINDEX_DATA_T* findSub(const Dictionary& dictionary, quint8 line, quint16 index,
