@@ -7,7 +7,6 @@
 #include "generators/documents/csvcells.h"
 
 #include <QTextStream>
-#include <QThread>
 
 CSVGenerator::CSVGenerator(QObject* parent) : DocumentGenerator(parent) {}
 
@@ -30,15 +29,9 @@ QString CSVGenerator::checkedFileName() const
 void CSVGenerator::writeDocument(QTextStream& out)
 {
     writeColumnLine(out);
-    const QList<quint16> indices = objectIndices();
-    for (quint16 index : indices) {
-        if (aborted())
-            break;
-        for (int border = areaBordersPassed(index); border > 0; --border)
-            out << " \n";
-        writeObjectRows(out, index);
-        QThread::yieldCurrentThread();
-    }
+    writeObjects(out, " \n", [this, &out](quint16 index, const INDEX_DATA_T& object) {
+        writeObjectRows(out, index, object);
+    });
 }
 
 void CSVGenerator::writeColumnLine(QTextStream& out)
@@ -47,10 +40,8 @@ void CSVGenerator::writeColumnLine(QTextStream& out)
            "refuseWrite,defaultInEDS,implementation,Size,ObjectCode,mapable\n";
 }
 
-void CSVGenerator::writeObjectRows(QTextStream& out, quint16 index)
+void CSVGenerator::writeObjectRows(QTextStream& out, quint16 index, const INDEX_DATA_T& object)
 {
-    INDEX_DATA_T object;
-    m_database->getIndex(m_line, index, object);
     const QList<quint8> subs = m_database->getSubIndexList(m_line, index);
     for (quint8 subindex : subs) {
         SUBINDEX_DATA_T sub;
@@ -65,7 +56,9 @@ void CSVGenerator::writeObjectRows(QTextStream& out, quint16 index)
         out << COHelper::index2DataTypeString(sub.datatype) << ",";
         out << CsvCells::plain(sub.accesstype) << ",";
         out << CsvCells::typedValue(sub, true);
-        out << (sub.implementation == 2 ? CsvCells::plain(sub.varname) : QStringLiteral("NONE")) << ",";
+        out << (sub.implementation == CANopen::ApplicationVariable ? CsvCells::plain(sub.varname)
+                                                                   : QStringLiteral("NONE"))
+            << ",";
         out << CsvCells::plain(sub.lowlimit) << ",";
         out << CsvCells::plain(sub.uplimit) << ",";
         out << CsvCells::yesNo(sub.defaultineds) << ",";

@@ -157,7 +157,7 @@ void HTMLGenerator::writeSubIndexTable(QTextStream& out, quint16 index, quint8 s
              encoded(Helper::substituteVariables(sub.name, index, subindex, m_line)));
     writeRow(out, "    <td>Data Type</td>\n", COHelper::index2DataTypeString(sub.datatype));
     writeRow(out, "    <td>Access </td>\n", encoded(sub.accesstype));
-    if (sub.defaultineds || sub.implementation == 1)
+    if (sub.defaultineds || sub.implementation == CANopen::ManagedConst)
         writeRow(out, "    <td>Defaultvalue </td>\n", encoded(sub.defaultvalue));
     if (sub.limitineds) {
         writeRow(out, "    <td>Low Limit </td>\n", encoded(sub.lowlimit));
@@ -169,7 +169,7 @@ void HTMLGenerator::writeSubIndexTable(QTextStream& out, quint16 index, quint8 s
     if (m_implementationInfo) {
         writeRow(out, "    <td>Implementation Type</td>\n",
                  COHelper::implementation2String(sub.implementation));
-        if (sub.implementation == 2)
+        if (sub.implementation == CANopen::ApplicationVariable)
             writeRow(out, "    <td>Variable Name</td>\n", encoded(sub.varname));
         if (sub.size != 0)
             writeRow(out, "    <td>Size in bytes </td>\n", QString::number(sub.size));

@@ -8,7 +8,6 @@
 
 #include <QRegularExpression>
 #include <QTextStream>
-#include <QThread>
 
 ICSVGenerator::ICSVGenerator(bool withDescription, QObject* parent)
     : DocumentGenerator(parent), m_withDescription(withDescription)
@@ -34,19 +33,11 @@ QString ICSVGenerator::checkedFileName() const
 void ICSVGenerator::writeDocument(QTextStream& out)
 {
     writeHead(out);
-    const QList<quint16> indices = objectIndices();
-    for (quint16 index : indices) {
-        if (aborted())
-            break;
-        for (int border = areaBordersPassed(index); border > 0; --border)
-            out << " \n";
-        INDEX_DATA_T object;
-        m_database->getIndex(m_line, index, object);
+    writeObjects(out, " \n", [this, &out](quint16 index, const INDEX_DATA_T& object) {
         if (object.objecttype != CANopen::Var)
             writeObjectHeadRow(out, index, object);
         writeSubIndexRows(out, index, object);
-        QThread::yieldCurrentThread();
-    }
+    });
 }
 
 void ICSVGenerator::writeHead(QTextStream& out)
@@ -94,7 +85,8 @@ void ICSVGenerator::writeSubIndexRows(QTextStream& out, quint16 index, const IND
         out << (subindex == 0 && object.objecttype == CANopen::Var ? "VARIABLE," : ",");
         out << COHelper::index2DataTypeString(arrayHead ? object.datatype : sub.datatype) << ",";
         out << CsvCells::plain(sub.name) << ",";
-        out << (sub.implementation == 2 ? CsvCells::plain(sub.varname) : QString()) << ",";
+        out << (sub.implementation == CANopen::ApplicationVariable ? CsvCells::plain(sub.varname) : QString())
+            << ",";
         out << CsvCells::plain(sub.accesstype) << ",";
         out << sub.pdomapping.getCSVStringValue() << ",";
         out << (sub.defaultineds ? "1" : "0") << ",";
