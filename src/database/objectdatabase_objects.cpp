@@ -14,6 +14,10 @@ namespace {
 // Stream version of the metadata blob; files written by older tools use it, so it must not follow Qt.
 const int metadataStreamVersion = 17;
 
+const char* const indexColumns =
+    "select name,datatype,objecttype,description,category,device_class,fwsupported,metadata,objectindex "
+    "from Objects%1";
+
 const char* const subIndexColumns =
     "select name,datatype,accesstype,allowedaccesstypes,currentvalue, defaultineds,defaultvalue,description,"
     "implementation,limitineds, lowlimit,pdomapping,refuseread,refusewrite,size,uplimit,varname,category,"
@@ -280,16 +284,19 @@ bool ObjectDataBase::getIndex(quint8 line, quint16 index, INDEX_DATA_T& out)
 {
     QSqlQuery query(m_db);
     const QString statement =
-        QStringLiteral("select name,datatype,objecttype,description,category,device_class,"
-                       "fwsupported,metadata from Objects%1 where objectindex = %2")
-            .arg(line)
-            .arg(index);
+        QString::fromLatin1(indexColumns).arg(line) + QStringLiteral(" where objectindex = %1").arg(index);
     if (!exec(query, statement)) {
         qDebug() << Q_FUNC_INFO << statement << query.lastError().text();
         return false;
     }
     if (!query.next())
         return false;
+    fillIndexFromRow(query, out);
+    return true;
+}
+
+void ObjectDataBase::fillIndexFromRow(const QSqlQuery& query, INDEX_DATA_T& out)
+{
     out.name = stringById(query.value(0).toInt());
     out.datatype = query.value(1).toInt();
     out.objecttype = query.value(2).toInt();
@@ -298,7 +305,6 @@ bool ObjectDataBase::getIndex(quint8 line, quint16 index, INDEX_DATA_T& out)
     out.device_class = stringById(query.value(5).toInt());
     out.fwsupported = query.value(6).toInt();
     out.metadata = decodeMetadata(query.value(7));
-    return true;
 }
 
 bool ObjectDataBase::indexExists(quint8 line, quint16 index)
@@ -328,6 +334,39 @@ QList<quint16> ObjectDataBase::getIndexList(quint8 line, quint32 from, quint32 t
     while (query.next())
         indices.append(quint16(query.value(0).toUInt()));
     return indices;
+}
+
+QList<ObjectDataBase::ObjectEntry> ObjectDataBase::getObjects(quint8 line, quint32 from, quint32 to)
+{
+    QList<ObjectEntry> objects;
+    QHash<quint16, qsizetype> positions;
+    QSqlQuery query(m_db);
+    query.setForwardOnly(true);
+    const QString range = QStringLiteral(" where objectindex >= %1 and objectindex <= %2").arg(from).arg(to);
+    QString statement =
+        QString::fromLatin1(indexColumns).arg(line) + range + QStringLiteral(" order by objectindex asc");
+    if (!exec(query, statement)) {
+        qDebug() << Q_FUNC_INFO << statement << query.lastError().text();
+        return objects;
+    }
+    while (query.next()) {
+        ObjectEntry& entry = objects.emplaceBack();
+        entry.index = quint16(query.value(8).toUInt());
+        fillIndexFromRow(query, entry.data);
+        positions.insert(entry.index, objects.size() - 1);
+    }
+    statement = QStringLiteral("select objectindex,subindex from SubObjects%1").arg(line) + range +
+                QStringLiteral(" order by objectindex asc, subindex asc");
+    if (!exec(query, statement)) {
+        qDebug() << Q_FUNC_INFO << statement << query.lastError().text();
+        return objects;
+    }
+    while (query.next()) {
+        const auto position = positions.constFind(quint16(query.value(0).toUInt()));
+        if (position != positions.constEnd())
+            objects[position.value()].subindices.append(quint8(query.value(1).toUInt()));
+    }
+    return objects;
 }
 
 bool ObjectDataBase::deleteIndex(quint8 line, quint16 index, bool keepConnections)

@@ -30,13 +30,13 @@ QString CSVGenerator::checkedFileName() const
 void CSVGenerator::writeDocument(QTextStream& out)
 {
     writeColumnLine(out);
-    const QList<quint16> indices = objectIndices();
-    for (quint16 index : indices) {
+    const QList<ObjectDataBase::ObjectEntry> entries = objects();
+    for (const ObjectDataBase::ObjectEntry& object : entries) {
         if (aborted())
             break;
-        for (int border = areaBordersPassed(index); border > 0; --border)
+        for (int border = areaBordersPassed(object.index); border > 0; --border)
             out << " \n";
-        writeObjectRows(out, index);
+        writeObjectRows(out, object);
         QThread::yieldCurrentThread();
     }
 }
@@ -47,16 +47,14 @@ void CSVGenerator::writeColumnLine(QTextStream& out)
            "refuseWrite,defaultInEDS,implementation,Size,ObjectCode,mapable\n";
 }
 
-void CSVGenerator::writeObjectRows(QTextStream& out, quint16 index)
+void CSVGenerator::writeObjectRows(QTextStream& out, const ObjectDataBase::ObjectEntry& object)
 {
-    INDEX_DATA_T object;
-    m_database->getIndex(m_line, index, object);
-    const QList<quint8> subs = m_database->getSubIndexList(m_line, index);
-    for (quint8 subindex : subs) {
+    const quint16 index = object.index;
+    for (quint8 subindex : object.subindices) {
         SUBINDEX_DATA_T sub;
         m_database->getSubIndex(m_line, index, subindex, sub);
-        QString name = Helper::substituteVariables(object.name, index, subindex, m_line);
-        if (object.objecttype != CANopen::Var)
+        QString name = Helper::substituteVariables(object.data.name, index, subindex, m_line);
+        if (object.data.objecttype != CANopen::Var)
             name += QLatin1Char(' ') + Helper::substituteVariables(sub.name, index, subindex, m_line);
 
         out << "0x" << hex(index, 4) << ",";
@@ -75,9 +73,9 @@ void CSVGenerator::writeObjectRows(QTextStream& out, quint16 index)
         out << int(sub.writedefaulttoeds) << ",";
         out << CsvCells::implementation(sub.implementation);
         out << sub.size << ",";
-        if (subindex == 0 && object.objecttype == CANopen::Array)
+        if (subindex == 0 && object.data.objecttype == CANopen::Array)
             out << "ARRAY,";
-        else if (subindex == 0 && object.objecttype == CANopen::Record)
+        else if (subindex == 0 && object.data.objecttype == CANopen::Record)
             out << "RECORD,";
         else
             out << ",";

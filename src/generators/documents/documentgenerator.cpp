@@ -1,7 +1,5 @@
 #include "generators/documents/documentgenerator.h"
 
-#include "database/objectdatabase.h"
-
 #include <QDate>
 #include <QDebug>
 #include <QTextStream>
@@ -61,9 +59,9 @@ QString DocumentGenerator::perLineName(const QString& ending, const QString& lin
     return m_deviceName + ending;
 }
 
-QList<quint16> DocumentGenerator::objectIndices() const
+QList<ObjectDataBase::ObjectEntry> DocumentGenerator::objects() const
 {
-    return m_database->getIndexList(m_line, 0x1000, 0xFFFF);
+    return m_database->getObjects(m_line, 0x1000, 0xFFFF);
 }
 
 QString DocumentGenerator::descriptionSetting(const QString& key) const

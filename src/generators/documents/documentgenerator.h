@@ -1,5 +1,6 @@
 #pragma once
 
+#include "database/objectdatabase.h"
 #include "generators/abstractgenerator.h"
 
 #include <QList>
@@ -39,8 +40,8 @@ protected:
     bool aborted() const;
     // "<base><ending>", or "<base>_<line><lineEnding>" in a project of several lines.
     QString perLineName(const QString& ending, const QString& lineEnding) const;
-    // The objects of the line from 0x1000 on, ascending.
-    QList<quint16> objectIndices() const;
+    // The objects of the line from 0x1000 on, ascending, with their subindices.
+    QList<ObjectDataBase::ObjectEntry> objects() const;
     QString descriptionSetting(const QString& key) const;
     // How many of the area borders 0x2000 and 0x6000 the walk over the objects
     // passes at this index: the tables and lists set the three areas apart.

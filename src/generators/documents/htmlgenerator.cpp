@@ -12,12 +12,12 @@ HTMLGenerator::HTMLGenerator(QObject* parent) : HtmlPageGenerator(Layout::Object
 
 void HTMLGenerator::writeBody(QTextStream& out)
 {
-    const QList<quint16> indices = objectIndices();
+    const QList<ObjectDataBase::ObjectEntry> entries = objects();
     writeGenerationTable(out);
     writeCommentTable(out);
     writeTitleTable(out);
-    writeContents(out, indices);
-    writeObjectTables(out, indices);
+    writeContents(out, entries);
+    writeObjectTables(out, entries);
 }
 
 void HTMLGenerator::writeGenerationTable(QTextStream& out)
@@ -86,31 +86,29 @@ void HTMLGenerator::writeTitleTable(QTextStream& out)
 }
 
 // Gaps set the manufacturer and the profile areas apart from what precedes them.
-void HTMLGenerator::writeContents(QTextStream& out, const QList<quint16>& indices)
+void HTMLGenerator::writeContents(QTextStream& out, const QList<ObjectDataBase::ObjectEntry>& entries)
 {
     out << " <div class=\"toc\">\n";
     out << "<a href=\"#gen\">Generation Information</a><br />\n";
     out << "<a href=\"#com\">Comment</a><br />\n";
-    for (quint16 index : indices) {
+    for (const ObjectDataBase::ObjectEntry& object : entries) {
         if (aborted())
             break;
-        for (int border = areaBordersPassed(index); border > 0; --border)
+        for (int border = areaBordersPassed(object.index); border > 0; --border)
             out << "<br>\n";
-        INDEX_DATA_T object;
-        m_database->getIndex(m_line, index, object);
-        out << "<a href=\"#" << index << "\">0x" << hex(index, 4) << " " << objectName(index, object)
+        out << "<a href=\"#" << object.index << "\">0x" << hex(object.index, 4) << " " << objectName(object)
             << "</a><br>\n";
     }
     out << "  </div>\n";
 }
 
-void HTMLGenerator::writeObjectTables(QTextStream& out, const QList<quint16>& indices)
+void HTMLGenerator::writeObjectTables(QTextStream& out, const QList<ObjectDataBase::ObjectEntry>& entries)
 {
     out << "  <div class=\"center\">\n";
-    for (quint16 index : indices) {
+    for (const ObjectDataBase::ObjectEntry& object : entries) {
         if (aborted())
             break;
-        writeObjectTable(out, index);
+        writeObjectTable(out, object);
         QThread::yieldCurrentThread();
     }
     out << "  </div>\n";
@@ -118,27 +116,25 @@ void HTMLGenerator::writeObjectTables(QTextStream& out, const QList<quint16>& in
     out << " </html>\n";
 }
 
-void HTMLGenerator::writeObjectTable(QTextStream& out, quint16 index)
+void HTMLGenerator::writeObjectTable(QTextStream& out, const ObjectDataBase::ObjectEntry& object)
 {
-    INDEX_DATA_T object;
-    m_database->getIndex(m_line, index, object);
     out << " <p>\n";
     out << "  <table border=\"1\" width=\"70%\">\n";
     out << "   <tr>\n";
-    out << "    <th colspan=\"2\" id=\"" << index << "\"> Object: 0x" << hex(index, 4) << " "
-        << objectName(index, object) << "</th>\n";
+    out << "    <th colspan=\"2\" id=\"" << object.index << "\"> Object: 0x" << hex(object.index, 4) << " "
+        << objectName(object) << "</th>\n";
     out << "   </tr>\n";
     out << "   <tr>\n";
     out << "    <td>Object Code</td>\n";
-    out << "    <td>" << COHelper::objectCode2String(CANopen::ObjectCode(object.objecttype)) << "</td>\n";
+    out << "    <td>" << COHelper::objectCode2String(CANopen::ObjectCode(object.data.objecttype))
+        << "</td>\n";
     out << "   </tr>\n";
-    if (!object.description.isEmpty())
-        writeRow(out, "    <td>Description</td>\n", encoded(object.description));
+    if (!object.data.description.isEmpty())
+        writeRow(out, "    <td>Description</td>\n", encoded(object.data.description));
     out << "  </table>\n";
-    const QList<quint8> subs = m_database->getSubIndexList(m_line, index);
-    for (quint8 subindex : subs) {
+    for (quint8 subindex : object.subindices) {
         out << " <br/>\n";
-        writeSubIndexTable(out, index, subindex);
+        writeSubIndexTable(out, object.index, subindex);
     }
     out << " </p>\n";
     out << "  <hr />\n";
@@ -177,7 +173,7 @@ void HTMLGenerator::writeSubIndexTable(QTextStream& out, quint16 index, quint8 s
     out << "  </table>\n";
 }
 
-QString HTMLGenerator::objectName(quint16 index, const INDEX_DATA_T& object) const
+QString HTMLGenerator::objectName(const ObjectDataBase::ObjectEntry& object) const
 {
-    return encoded(Helper::substituteVariables(object.name, index, 0, m_line));
+    return encoded(Helper::substituteVariables(object.data.name, object.index, 0, m_line));
 }
