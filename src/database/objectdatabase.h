@@ -344,6 +344,18 @@ private:
         QList<SUBINDEX_DATA_T> records;
     };
     QMap<quint8, SubIndexCacheLine> m_subIndexCache;
+    // The objects of a line as running generators read them, each object and its sub-index list many
+    // times: filled in two statements on the first read of a generator's thread and dropped when the
+    // last generator leaves. Generators never write objects, so it can't go stale while they run.
+    struct ObjectReadCacheLine
+    {
+        QList<quint16> indices;
+        QHash<quint16, INDEX_DATA_T> objects;
+        QHash<quint16, QList<quint8>> subindices;
+    };
+    QMap<quint8, ObjectReadCacheLine> m_objectReadCache;
+    // The read cache of the line when the caller is a running generator, else null.
+    const ObjectReadCacheLine* objectReadCache(quint8 line);
     // Display names keyed by index * 65536 + line * 256 + sub-index.
     QHash<quint32, QString> m_subNameCache;
     bool m_hashMismatch = false;

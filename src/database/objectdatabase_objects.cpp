@@ -8,6 +8,9 @@
 #include <QIODevice>
 #include <QSqlError>
 #include <QSqlQuery>
+#include <QThread>
+
+#include <algorithm>
 
 namespace {
 
@@ -282,6 +285,13 @@ bool ObjectDataBase::addIndex(quint8 line, quint16 index, INDEX_DATA_T data)
 
 bool ObjectDataBase::getIndex(quint8 line, quint16 index, INDEX_DATA_T& out)
 {
+    if (const ObjectReadCacheLine* cached = objectReadCache(line)) {
+        const auto found = cached->objects.constFind(index);
+        if (found == cached->objects.constEnd())
+            return false;
+        out = found.value();
+        return true;
+    }
     QSqlQuery query(m_db);
     const QString statement =
         QString::fromLatin1(indexColumns).arg(line) + QStringLiteral(" where objectindex = %1").arg(index);
@@ -318,6 +328,11 @@ bool ObjectDataBase::indexExists(quint8 line, quint16 index)
 
 QList<quint16> ObjectDataBase::getIndexList(quint8 line, quint32 from, quint32 to)
 {
+    if (const ObjectReadCacheLine* cached = objectReadCache(line)) {
+        const auto first = std::lower_bound(cached->indices.cbegin(), cached->indices.cend(), from);
+        const auto last = std::upper_bound(first, cached->indices.cend(), to);
+        return QList<quint16>(first, last);
+    }
     QString statement =
         QStringLiteral("select objectindex from Objects%1 where objectindex >= %2").arg(line).arg(from);
     if (to != quint32(-1))
@@ -619,6 +634,8 @@ bool ObjectDataBase::subIndexExists(quint8 line, quint16 index, quint8 subindex)
 
 QList<quint8> ObjectDataBase::getSubIndexList(quint8 line, quint16 index)
 {
+    if (const ObjectReadCacheLine* cached = objectReadCache(line))
+        return cached->subindices.value(index);
     QList<quint8> subindices;
     QSqlQuery query(m_db);
     const QString statement =
@@ -747,6 +764,41 @@ void ObjectDataBase::cacheAllSubs(unsigned char line, unsigned short index)
         fillSubIndexFromRow(query, cached.records.emplaceBack());
         cached.positions.insert(key, cached.records.size() - 1);
     }
+}
+
+// Rows come in the order the single reads give them, duplicates of old tables included; of two
+// rows of one object the first counts, as for a single read.
+const ObjectDataBase::ObjectReadCacheLine* ObjectDataBase::objectReadCache(quint8 line)
+{
+    {
+        QMutexLocker locker(&m_allowedThreadsMutex);
+        if (!m_allowedThreads.contains(QThread::currentThreadId()))
+            return nullptr;
+    }
+    const auto known = m_objectReadCache.constFind(line);
+    if (known != m_objectReadCache.constEnd())
+        return &known.value();
+    ObjectReadCacheLine& cached = m_objectReadCache[line];
+    QSqlQuery query(m_db);
+    query.setForwardOnly(true);
+    QString statement =
+        QString::fromLatin1(indexColumns).arg(line) + QStringLiteral(" order by objectindex asc");
+    if (!exec(query, statement))
+        qDebug() << Q_FUNC_INFO << statement << query.lastError().text();
+    while (query.next()) {
+        const quint16 index = quint16(query.value(8).toUInt());
+        cached.indices.append(index);
+        if (!cached.objects.contains(index))
+            fillIndexFromRow(query, cached.objects[index]);
+    }
+    statement =
+        QStringLiteral("select objectindex,subindex from SubObjects%1 order by objectindex asc, subindex asc")
+            .arg(line);
+    if (!exec(query, statement))
+        qDebug() << Q_FUNC_INFO << statement << query.lastError().text();
+    while (query.next())
+        cached.subindices[quint16(query.value(0).toUInt())].append(quint8(query.value(1).toUInt()));
+    return &cached;
 }
 
 void ObjectDataBase::cacheSubNames(unsigned char line, unsigned short index)

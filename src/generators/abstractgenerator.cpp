@@ -6,6 +6,7 @@
 #include <QCoreApplication>
 #include <QDateTime>
 #include <QDir>
+#include <QEventLoop>
 #include <QFileInfo>
 #include <QMetaObject>
 #include <QSettings>
@@ -86,8 +87,12 @@ void AbstractGenerator::waitUntilDone()
 {
     if (!m_workerThread)
         return;
-    while (m_workerThread && !m_workerThread->isFinished())
-        QCoreApplication::processEvents();
+    // Sleeps in an event loop that the thread's end quits: spinning here would take a core from the
+    // worker it waits for.
+    QEventLoop loop;
+    connect(m_workerThread, &QThread::finished, &loop, &QEventLoop::quit);
+    if (!m_workerThread->isFinished())
+        loop.exec();
     QCoreApplication::processEvents();
 }
 
