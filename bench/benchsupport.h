@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QElapsedTimer>
 #include <QList>
 #include <QProcess>
 #include <QString>
@@ -34,6 +35,38 @@ struct WorkerClock
 };
 
 qint64 median(QList<qint64> values);
+
+struct GeneratorTiming
+{
+    qint64 wallMs;
+    // The generator's own thread: the process's time less that of the main
+    // thread, which spins in waitUntilDone.
+    qint64 workerMs;
+};
+
+// The medians of `rounds` runs of a generator that `make` creates, run as the
+// pipeline runs it on the project, into `dir`.
+template <typename Make>
+GeneratorTiming timeGenerator(const Make& make, ObjectDataBase& db, const QString& dir, int rounds)
+{
+    QList<qint64> wallTimes;
+    QList<qint64> workerTimes;
+    for (int round = 0; round < rounds; ++round) {
+        auto generator = make();
+        generator->setOutputDir(dir);
+        generator->setDatabase(&db);
+        generator->setDeviceName(QStringLiteral("bench"));
+        generator->setLine(0);
+        QElapsedTimer timer;
+        timer.start();
+        const WorkerClock clock;
+        generator->start();
+        generator->waitUntilDone();
+        wallTimes << timer.elapsed();
+        workerTimes << clock.elapsed();
+    }
+    return {median(wallTimes), median(workerTimes)};
+}
 
 // The most memory the process has held resident so far, -1 where unknown.
 qint64 peakMemoryKb();

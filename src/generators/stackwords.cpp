@@ -76,9 +76,34 @@ const StackWords& StackWords::genPgn()
     return words;
 }
 
+// gen_mp.c holds the sections of gen_objdict.c and names the protocol of
+// each line after the core layer.
+const StackWords& StackWords::genMp()
+{
+    static const StackWords words(genObjdict(),
+                                  {
+                                      {"RET_SERVICE_NOT_INITIALIZED", "RET_NOT_INITIALIZED"},
+                                      {"MP_PROT_TYPE_CANOPEN", "CORE_PROT_TYPE_CANOPEN"},
+                                      {"MP_PROT_TYPE_J1939", "CORE_PROT_TYPE_J1939"},
+                                      {"MP_PROT_TYPE_RAWCAN", "CORE_PROT_TYPE_RAWCAN"},
+                                      {"MP_PROTOCOL_TYPE_T", "CORE_PROTOCOL_TYPE_T"},
+                                  },
+                                  {{"<mp_mp.h>", "<core_common.h>"}});
+    return words;
+}
+
 StackWords::StackWords(std::initializer_list<Word> words, std::initializer_list<Word> pieces)
     : m_pieces(pieces)
 {
+    for (const Word& word : words)
+        m_words.insert(QLatin1String(word.classic), QLatin1String(word.core));
+}
+
+StackWords::StackWords(const StackWords& base, std::initializer_list<Word> words,
+                       std::initializer_list<Word> pieces)
+    : m_words(base.m_words), m_pieces(base.m_pieces)
+{
+    m_pieces.append(pieces);
     for (const Word& word : words)
         m_words.insert(QLatin1String(word.classic), QLatin1String(word.core));
 }

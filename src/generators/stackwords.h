@@ -23,6 +23,7 @@ public:
     static const StackWords& genObjdict();
     static const StackWords& genVobjdict();
     static const StackWords& genPgn();
+    static const StackWords& genMp();
 
     // The literal with each whole word of the table in its V4 spelling, then
     // each piece of text of the table replaced.
@@ -30,6 +31,8 @@ public:
 
 private:
     StackWords(std::initializer_list<Word> words, std::initializer_list<Word> pieces);
+    // The words of `base` and more.
+    StackWords(const StackWords& base, std::initializer_list<Word> words, std::initializer_list<Word> pieces);
 
     QHash<QString, QString> m_words;
     QList<Word> m_pieces;

@@ -25,6 +25,8 @@
 #include "generators/documents/rawcantextdocgenerator.h"
 #include "generators/documents/textdocgenerator.h"
 #include "generators/documents/xddgenerator.h"
+#include "generators/multiprotocol/multiprogenerator.h"
+#include "generators/multiprotocol/multiprogeneratorv4.h"
 #include "generators/multiprotocol/pgngenerator.h"
 #include "generators/multiprotocol/pgngeneratorv4.h"
 
@@ -84,6 +86,10 @@ QHash<QString, GeneratorRegistry::Entry> builtInGenerators()
                  {[](const GeneratorOptions&) -> AbstractGenerator* { return new PGNGenerator; }, {}});
     known.insert(QStringLiteral("PGNGeneratorV4"),
                  {[](const GeneratorOptions&) -> AbstractGenerator* { return new PGNGeneratorV4; }, {}});
+    known.insert(QStringLiteral("MultiProGenerator"),
+                 {[](const GeneratorOptions&) -> AbstractGenerator* { return new MultiProGenerator; }, {}});
+    known.insert(QStringLiteral("MultiProGeneratorV4"),
+                 {[](const GeneratorOptions&) -> AbstractGenerator* { return new MultiProGeneratorV4; }, {}});
     known.insert(QStringLiteral("ExtDeclGenerator"),
                  {[](const GeneratorOptions&) -> AbstractGenerator* { return new ExtDeclGenerator; }, {}});
     known.insert(QStringLiteral("ExtDeclGeneratorV4"),

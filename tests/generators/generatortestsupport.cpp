@@ -23,6 +23,30 @@ QString runGenerator(AbstractGenerator& generator, ObjectDataBase& db, const QSt
     return QString::fromUtf8(testhelpers::readFile(dir + QLatin1Char('/') + fileName));
 }
 
+void addCanId(ObjectDataBase& db, quint8 line, quint32 id, QList<ObjectDataBase::DataElement> elements)
+{
+    ObjectDataBase::CANID canId;
+    canId.id = id;
+    canId.direction = ObjectDataBase::Transmit;
+    canId.mappingcount = quint16(elements.size());
+    db.addCANID(line, id, canId);
+    quint32 number = 0;
+    for (ObjectDataBase::DataElement& element : elements) {
+        element.canid = id;
+        element.direction = ObjectDataBase::Transmit;
+        db.addDataElement(line, id, ObjectDataBase::Transmit, number++, element);
+    }
+}
+
+ObjectDataBase::DataElement element(int dataType, quint16 bits, const QString& varname)
+{
+    ObjectDataBase::DataElement record;
+    record.datatype = dataType;
+    record.bitsize = bits;
+    record.varname = varname;
+    return record;
+}
+
 QString withoutBanner(const QString& text)
 {
     return text.section(QLatin1Char('\n'), 3);

@@ -32,6 +32,10 @@ void addPgn(ObjectDataBase& db, quint8 line, quint32 number, quint8 direction, q
 // An SPN; a variable name makes it the application's own variable.
 ObjectDataBase::SPN spn(quint32 number, int dataType, quint16 bits, const QString& varname = QString());
 using projectbuilder::Sub;
+// A transmit CAN-ID of a raw CAN line with its data elements, numbered in list order.
+void addCanId(ObjectDataBase& db, quint8 line, quint32 id, QList<ObjectDataBase::DataElement> elements);
+// A data element; a variable name makes it the application's own variable.
+ObjectDataBase::DataElement element(int dataType, quint16 bits, const QString& varname);
 
 // Configures the generator as the pipeline does, runs it to its end and
 // returns the file it wrote in `dir`.

@@ -17,30 +17,6 @@ using namespace generatortest;
 
 namespace {
 
-void addCanId(ObjectDataBase& db, quint8 line, quint32 id, QList<ObjectDataBase::DataElement> elements)
-{
-    ObjectDataBase::CANID canId;
-    canId.id = id;
-    canId.direction = ObjectDataBase::Transmit;
-    canId.mappingcount = quint16(elements.size());
-    db.addCANID(line, id, canId);
-    quint32 number = 0;
-    for (ObjectDataBase::DataElement& element : elements) {
-        element.canid = id;
-        element.direction = ObjectDataBase::Transmit;
-        db.addDataElement(line, id, ObjectDataBase::Transmit, number++, element);
-    }
-}
-
-ObjectDataBase::DataElement element(int dataType, quint16 bits, const QString& varname)
-{
-    ObjectDataBase::DataElement record;
-    record.datatype = dataType;
-    record.bitsize = bits;
-    record.varname = varname;
-    return record;
-}
-
 // A J1939 line and a raw CAN line that share a variable, with an expression,
 // a byte string and a narrow type that only the V4 stack widens.
 void makeMixedProject(ObjectDataBase& db, bool withCounter)

@@ -189,6 +189,16 @@ TEST_F(GenerationOrder, StepsFollowTheLineTypes)
          {"IndicesGenerator", "TextDocGenerator", "HTMLGenerator", "MultiProGeneratorV4",
           "J1939TextDocGenerator", "J1939HTMLGenerator", "DBCGenerator", "GenDefineGenerator",
           "ExtDeclGeneratorV4", "indicationgeneratorv4", "CSVGenerator", "ICSVGenerator", "EDSGenerator"}},
+        {"raw CAN line and CANopen line",
+         {4, 1},
+         {"IndicesGenerator", "TextDocGenerator", "HTMLGenerator", "MultiProGeneratorV4",
+          "RawCANTextDocGenerator", "RawCANDBCGenerator", "GenDefineGenerator", "ExtDeclGeneratorV4",
+          "indicationgeneratorv4", "CSVGenerator", "ICSVGenerator", "EDSGenerator"}},
+        {"J1939 line and raw CAN line",
+         {2, 4},
+         {"IndicesGenerator", "MultiProGeneratorV4", "J1939TextDocGenerator", "RawCANTextDocGenerator",
+          "RawCANDBCGenerator", "J1939HTMLGenerator", "DBCGenerator", "GenDefineGenerator",
+          "ExtDeclGeneratorV4"}},
         {"two CANopen lines",
          {1, 1},
          {"IndicesGenerator", "TextDocGenerator", "TextDocGenerator", "HTMLGenerator", "HTMLGenerator",
@@ -361,4 +371,63 @@ TEST(GenerationOrderOfRealGenerators, SingleCanFdLineWritesTheDocumentsInStepOrd
     for (const char* file : {"device_doc.txt", "device.html", "device.csv", "device.icsv", "device.eds",
                              "device_classical.eds", "00001234_device.xdd"})
         EXPECT_TRUE(QFile::exists(dir.filePath(QLatin1String(file)))) << file;
+}
+
+struct StackSourceCase
+{
+    const char* name;
+    QList<int> lineTypes;
+    const char* written;
+};
+
+// Mixed and raw CAN devices get their stack source from the multi-protocol
+// step alone: neither gen_objdict.c nor gen_pgn.c, and the source is started
+// ahead of gen_define.h, whose counts it names.
+TEST(GenerationOrderOfRealGenerators, MixedAndRawCanDevicesWriteOneStackSource)
+{
+    const QList<StackSourceCase> cases = {
+        {"raw CAN", {4}, "gen_rawcan.c"},
+        {"two raw CAN lines", {4, 4}, "gen_rawcan.c"},
+        {"raw CAN line and CANopen line", {4, 1}, "gen_mp.c"},
+        {"CANopen and J1939", {5}, "gen_mp.c"},
+        {"CANopen and raw CAN", {6}, "gen_mp.c"},
+        {"J1939 and raw CAN", {7}, "gen_mp.c"},
+        {"CANopen line and J1939 line", {1, 2}, "gen_mp.c"},
+    };
+    for (const StackSourceCase& c : cases) {
+        SCOPED_TRACE(c.name);
+        QTemporaryDir dir;
+        const QString path = dir.path() + QStringLiteral("/device.trwp");
+        {
+            ObjectDataBase db;
+            ASSERT_TRUE(db.createNewDataBase());
+            cleanproject::addProjectSettings(db);
+            for (int line = 0; line < c.lineTypes.size(); ++line) {
+                if (line > 0)
+                    db.addNode(line, NODE_DATA_T());
+                db.setGeneralSetting(QStringLiteral("line%1type").arg(line),
+                                     QString::number(c.lineTypes.at(line)));
+                cleanproject::addLineSettings(db, quint8(line));
+                cleanproject::addMandatoryObjects(db, quint8(line));
+            }
+            ASSERT_TRUE(db.saveDatabase(path));
+        }
+        CapturingOutput output;
+        GeneratorMainHandler handler(&output);
+        ASSERT_TRUE(handler.openProject(path));
+        handler.generate(true);
+        for (const char* file : {"gen_mp.c", "gen_rawcan.c", "gen_objdict.c", "gen_pgn.c"})
+            EXPECT_EQ(QFile::exists(dir.filePath(QLatin1String(file))), qstrcmp(file, c.written) == 0)
+                << file;
+        const qsizetype source =
+            output.text.indexOf(QStringLiteral("Generation of gen_mp.c in %1 started\n").arg(dir.path()));
+        const qsizetype done = output.text.indexOf(QStringLiteral("Generation of gen_mp.c completed. \n"));
+        const qsizetype define =
+            output.text.indexOf(QStringLiteral("Generation of gen_define.h in %1 started\n").arg(dir.path()));
+        EXPECT_GE(source, 0) << qPrintable(output.text);
+        EXPECT_LT(source, done);
+        EXPECT_LT(done, define);
+        EXPECT_FALSE(output.text.contains(QStringLiteral("ERROR - Generation of")))
+            << qPrintable(output.text);
+    }
 }

@@ -102,8 +102,8 @@ protected:
     std::unique_ptr<CommonGeneratorHelper> commonHelper() const;
     void writeCheck(SectionStream& out, int indent = 0);
     void writeServiceInits(SectionStream& out, quint8 line, bool perLine);
-    void writeSdoServerInits(SectionStream& out, quint8 line, bool perLine);
-    void writeSdoClientInits(SectionStream& out, quint8 line, bool perLine);
+    virtual void writeSdoServerInits(SectionStream& out, quint8 line, bool perLine);
+    virtual void writeSdoClientInits(SectionStream& out, quint8 line, bool perLine);
     void writeLoadParameter(SectionStream& out);
     void writeNmtSingleLine(SectionStream& out);
     void writeNmtForLine(SectionStream& out, quint8 line);

@@ -200,7 +200,10 @@ void PGNGenerator::doJob()
         section(&PGNGenerator::writeReceiveTables);
         Q_EMIT progress(90);
         section(&PGNGenerator::writeAddressClaimConfig);
-        section(&PGNGenerator::writeLineConfig);
+        {
+            SectionStream out(this);
+            writeLineConfig(out);
+        }
         section(&PGNGenerator::writeStackInit);
     }
     finishJob();

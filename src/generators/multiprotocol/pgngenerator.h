@@ -3,6 +3,7 @@
 #include "generators/abstractgenerator.h"
 #include "generators/sectionstream.h"
 
+#include "database/linetypes.h"
 #include "database/objectdatabase.h"
 
 #include <QHash>
@@ -48,7 +49,8 @@ public:
     void writeTransmitTables(SectionStream& out);
     void writeReceiveTables(SectionStream& out);
     void writeAddressClaimConfig(SectionStream& out);
-    void writeLineConfig(SectionStream& out);
+    // False when no line carries J1939.
+    bool writeLineConfig(SectionStream& out);
     void writeStackInit(SectionStream& out);
 
     // Key of a managed variable: line, PGN or CAN-ID, SPN or element number.
@@ -90,7 +92,7 @@ private:
         // "l%1_" in front of table names, "_l%1" behind configuration names.
         QString prefix;
         QString suffix;
-        bool j1939() const { return type == 2 || type == 5; }
+        bool j1939() const { return Line::carriesJ1939(type); }
     };
     // The managed arrays in the order they are written.
     enum ManagedArray

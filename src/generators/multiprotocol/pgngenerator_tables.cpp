@@ -109,7 +109,8 @@ void PGNGenerator::writeMappingDefinitions(SectionStream& out)
                 writePgnMapping(out, plan, entry, false);
             for (const PgnEntry& entry : plan.transmitPgns)
                 writePgnMapping(out, plan, entry, true);
-        } else if (plan.type == Line::RawCan) {
+        }
+        if (Line::carriesRawCan(plan.type)) {
             for (const CanIdEntry& entry : plan.receiveIds)
                 writeCanIdMapping(out, plan, entry, false);
             for (const CanIdEntry& entry : plan.transmitIds)
@@ -367,12 +368,14 @@ void PGNGenerator::writeAddressClaimConfig(SectionStream& out)
     }
 }
 
-void PGNGenerator::writeLineConfig(SectionStream& out)
+bool PGNGenerator::writeLineConfig(SectionStream& out)
 {
     out << "\n/*  J1939 PGN configuration */\n";
+    bool written = false;
     for (const LinePlan& plan : std::as_const(m_plans)) {
         if (!plan.j1939())
             continue;
+        written = true;
         out << "J1939_CONFIG_T  j1939Config" << plan.suffix << " = {\n";
         if (hasAnyTransmitTable(plan))
             out << "\t&jPgnTransmitConfig" << plan.suffix << "[0],\n";
@@ -394,6 +397,7 @@ void PGNGenerator::writeLineConfig(SectionStream& out)
         out << "\t" << startAddress(plan.line) << " \n";
         out << "};\n";
     }
+    return written;
 }
 
 // Without the address claim, which the stack sends by itself.

@@ -59,6 +59,11 @@ typedef struct {
 #endif
 } UDS_CONFIG_INIT_VAL_T;
 
+/* The CAN-IDs of a boot loader's own configuration. */
+UNSIGNED32 CFG_UDS_REQ_ID(void);
+UNSIGNED32 CFG_UDS_RES_ID(void);
+UNSIGNED32 CFG_UDS_FUNC_ID(void);
+
 RET_T udsStackInit_common(const UDS_SERVICE_INIT_VAL_T *pServices);
 RET_T udsStackInit_line(TEST_LINE_ARG const UDS_CONFIG_INIT_VAL_T *pLine);
 
