@@ -87,12 +87,13 @@ void AbstractGenerator::waitUntilDone()
 {
     if (!m_workerThread)
         return;
-    // Sleeps in an event loop that the thread's end quits: spinning here would take a core from the
-    // worker it waits for.
-    QEventLoop loop;
-    connect(m_workerThread, &QThread::finished, &loop, &QEventLoop::quit);
-    if (!m_workerThread->isFinished())
-        loop.exec();
+    // Sleeps until an event comes, and the thread's end posts one, so that the wait takes no core from
+    // the worker. A nested event loop would not do: once the application is told to exit, as the MCP
+    // server is at the end of its input, it returns at once while the generator still runs.
+    QObject waker;
+    connect(m_workerThread, &QThread::finished, &waker, [] {});
+    while (!m_workerThread->isFinished())
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     QCoreApplication::processEvents();
 }
 
