@@ -25,9 +25,10 @@ packages=(
     groff-base
 )
 
-# The test run judges the HTML pages in a real browser; the main job needs none.
+# The test run judges the HTML pages in a real browser and parses the C#
+# side of the J1939 adapter with mcs; the main job needs neither.
 if [ "${TRW_WITH_TEST_TOOLS:-0}" = 1 ]; then
-    packages+=(chromium python3)
+    packages+=(chromium python3 mono-mcs)
 fi
 
 missing=()

@@ -221,3 +221,11 @@ QString AbstractGenerator::dateTimeText()
         user.value(QStringLiteral("date_time_format"), QStringLiteral("dd MM yyyy HH:mm:ss")).toString();
     return QDateTime::currentDateTime().toString(format);
 }
+
+QString AbstractGenerator::resourceText(const QString& path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
+        return QString();
+    return QString::fromUtf8(file.readAll());
+}

@@ -88,6 +88,9 @@ protected:
                    const QString& afterVersion = QString()) const;
     // The current local time in the user's date format, as the banners show it.
     static QString dateTimeText();
+    // The text of a fixed part of a generated file among the program's
+    // resources; empty when it can't be read.
+    static QString resourceText(const QString& path);
 
     quint8 m_line = 0;
     bool m_cancelRequested = false;

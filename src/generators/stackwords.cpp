@@ -92,6 +92,19 @@ const StackWords& StackWords::genMp()
     return words;
 }
 
+const StackWords& StackWords::genSdg()
+{
+    static const StackWords words(
+        {
+            {"CO_LINE", "CAN_LINE"},
+            {"CO_LINE_TYPE", "CAN_LINE_TYPE"},
+            {"CO_MULTI_LINE_CNT", "CAN_MULTI_LINE_CNT"},
+            {"RET_INVALID_PARAMETER", "RET_PARAMETER_INVALID"},
+        },
+        {});
+    return words;
+}
+
 StackWords::StackWords(std::initializer_list<Word> words, std::initializer_list<Word> pieces)
     : m_pieces(pieces)
 {

@@ -29,6 +29,8 @@
 #include "generators/multiprotocol/multiprogeneratorv4.h"
 #include "generators/multiprotocol/pgngenerator.h"
 #include "generators/multiprotocol/pgngeneratorv4.h"
+#include "generators/multiprotocol/sdmgenerator.h"
+#include "generators/multiprotocol/sdmgeneratorv4.h"
 
 namespace {
 
@@ -94,6 +96,10 @@ QHash<QString, GeneratorRegistry::Entry> builtInGenerators()
                  {[](const GeneratorOptions&) -> AbstractGenerator* { return new ExtDeclGenerator; }, {}});
     known.insert(QStringLiteral("ExtDeclGeneratorV4"),
                  {[](const GeneratorOptions&) -> AbstractGenerator* { return new ExtDeclGeneratorV4; }, {}});
+    known.insert(QStringLiteral("SDMGenerator"),
+                 {[](const GeneratorOptions&) -> AbstractGenerator* { return new SDMGenerator; }, {}});
+    known.insert(QStringLiteral("SDMGeneratorV4"),
+                 {[](const GeneratorOptions&) -> AbstractGenerator* { return new SDMGeneratorV4; }, {}});
     known.insert(QStringLiteral("EDSGenerator"),
                  {[](const GeneratorOptions& options) -> AbstractGenerator* {
                       return new EDSGenerator(options.edsDefine, options.canFd, options.classical);

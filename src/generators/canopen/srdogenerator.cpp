@@ -275,7 +275,7 @@ void SrdoGenerator::writeHead()
     out << "#define SRDO_LOOP_COUNTER\t"
         << m_database->getGeneralSetting(QStringLiteral("srdo_loop_counter")).trimmed().toInt() << "u\n";
     out << "/* local function prototypes */\n";
-    out << embeddedText(m_multiLine ? QStringLiteral(":/data/srdoproto_ml.data")
+    out << resourceText(m_multiLine ? QStringLiteral(":/data/srdoproto_ml.data")
                                     : QStringLiteral(":/data/srdoproto.data"));
 }
 
@@ -328,7 +328,7 @@ void SrdoGenerator::writeInternalFunctions()
 void SrdoGenerator::writeModuleBody()
 {
     QTextStream out(m_file);
-    out << embeddedText(m_multiLine ? QStringLiteral(":/data/srdo_ml.data")
+    out << resourceText(m_multiLine ? QStringLiteral(":/data/srdo_ml.data")
                                     : QStringLiteral(":/data/srdo.data"));
 }
 
@@ -409,12 +409,4 @@ QString SrdoGenerator::copyFunction(bool receive) const
                 QStringLiteral("\t}\n\tbreak;\n");
     text += QStringLiteral("\tdefault:\n\t\tbreak;\n\t}\n}\n\n");
     return text;
-}
-
-QString SrdoGenerator::embeddedText(const QString& path)
-{
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
-        return QString();
-    return QString::fromUtf8(file.readAll());
 }

@@ -73,5 +73,4 @@ private:
     void writeModuleBody();
     void writeCopyFunctions();
     QString copyFunction(bool receive) const;
-    static QString embeddedText(const QString& path);
 };

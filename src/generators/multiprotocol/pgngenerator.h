@@ -57,6 +57,9 @@ public:
     static quint64 managedKey(quint8 line, quint32 message, quint32 signal);
     // The place of a managed variable in its array; -1 when there is none.
     int managedIndex(quint64 key) const { return m_managedIndex.value(key, -1); }
+    // A managed variable as an identifier of its own, "mv_u8_3" for place 3
+    // of mv_u8; empty when the signal has none.
+    QString managedName(quint64 key, int dataType) const;
 
 protected Q_SLOTS:
     void doJob() override;

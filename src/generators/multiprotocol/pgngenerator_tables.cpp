@@ -100,6 +100,15 @@ QString PGNGenerator::variableReference(quint64 key, int dataType, int implement
     return QStringLiteral("&mv_%1[%2]").arg(word).arg(std::max(0, managedIndex(key)));
 }
 
+QString PGNGenerator::managedName(quint64 key, int dataType) const
+{
+    const QString word = arrayWord(dataType);
+    const int index = managedIndex(key);
+    if (word.isEmpty() || index < 0)
+        return QString();
+    return QStringLiteral("mv_%1_%2").arg(word).arg(index);
+}
+
 void PGNGenerator::writeMappingDefinitions(SectionStream& out)
 {
     out << "\n/*  PGN Mapping Definitions */\n";

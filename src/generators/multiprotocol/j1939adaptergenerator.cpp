@@ -1,0 +1,211 @@
+#include "generators/multiprotocol/j1939adaptergenerator.h"
+
+#include "canopenlib/cohelper.h"
+#include "generators/multiprotocol/pgngenerator.h"
+
+#include <QCoreApplication>
+#include <QHash>
+#include <QSet>
+
+namespace {
+
+// The adapter serves the first line, the device of a single-line wrapper.
+constexpr quint8 adapterLine = 0;
+
+} // namespace
+
+J1939AdapterGenerator::J1939AdapterGenerator(QObject* parent)
+    : AbstractGenerator(parent), m_pgnGenerator(new PGNGenerator(this)), m_managedFile(new QFile(this))
+{
+}
+
+bool J1939AdapterGenerator::canWrite()
+{
+    return fileWritable(QStringLiteral("%1/gen_j1939_adapter.c").arg(m_outputDir));
+}
+
+AbstractGenerator::GeneratorStatus J1939AdapterGenerator::start()
+{
+    return startWorker(QStringLiteral("gen_j1939_adapter.c"));
+}
+
+QString J1939AdapterGenerator::managedType(const QString& cType)
+{
+    static const QHash<QString, QString> types = {
+        {"UNSIGNED8", "byte"},   {"UNSIGNED16", "ushort"}, {"UNSIGNED32", "uint"},  {"UNSIGNED40", "ulong"},
+        {"UNSIGNED48", "ulong"}, {"UNSIGNED56", "ulong"},  {"UNSIGNED64", "ulong"}, {"INTEGER8", "sbyte"},
+        {"INTEGER16", "short"},  {"INTEGER32", "int"},     {"INTEGER40", "long"},   {"INTEGER48", "long"},
+        {"INTEGER56", "long"},   {"INTEGER64", "long"}};
+    return types.value(cType, QStringLiteral("DATATYPE_NOT_HANDLED_AUTOMATICALLY"));
+}
+
+void J1939AdapterGenerator::doJob()
+{
+    beginJob();
+    m_managedFile->setFileName(QStringLiteral("%1/gen_j1939_adapter.cs").arg(m_outputDir));
+    if (!openOutputFile(QStringLiteral("gen_j1939_adapter.c")) ||
+        !m_managedFile->open(QIODevice::WriteOnly | QIODevice::Text | QIODevice::Truncate)) {
+        finishJob();
+        return;
+    }
+    layOut();
+    Q_EMIT progress(25);
+    SectionStream c(this);
+    SectionStream cs(this, m_managedFile);
+    writeHeads(c, cs);
+    writeVariables(c);
+    writeGetters(c, cs);
+    writeSetters(c, cs);
+    writeClassEnd(cs);
+    Q_EMIT progress(90);
+    m_managedFile->close();
+    finishJob();
+}
+
+// Each variable is defined once and each SPN has one getter and one setter,
+// though a variable or an SPN may stand in several PGNs. SPNs called
+// "dummy" fill gaps and have no variable.
+void J1939AdapterGenerator::layOut()
+{
+    m_pgns.clear();
+    m_pgnGenerator->setDatabase(m_database);
+    m_pgnGenerator->prepare();
+    for (quint8 direction : {quint8(ObjectDataBase::Transmit), quint8(ObjectDataBase::Receive)}) {
+        for (quint32 number : m_database->getPGNList(adapterLine, direction)) {
+            Pgn pgn;
+            pgn.number = number;
+            pgn.name = m_database->getPGNName(adapterLine, number, direction);
+            for (quint32 spnNumber : m_database->getSPNList(adapterLine, number, direction)) {
+                ObjectDataBase::SPN spn;
+                m_database->getSPN(adapterLine, number, direction, spnNumber, spn);
+                if (spn.name.contains(QLatin1String("dummy"), Qt::CaseInsensitive))
+                    continue;
+                Signal signal;
+                signal.spn = spnNumber;
+                signal.name = spn.name;
+                signal.cType = cTypeOf(spn.datatype);
+                signal.text = COHelper::signedness(quint16(spn.datatype)) == CAN::NotInteger &&
+                              COHelper::getDataLengthBits(CAN::CANopenDataType(spn.datatype)) == 0;
+                signal.variable = spn.varname.trimmed();
+                if (signal.variable.isEmpty())
+                    signal.variable = m_pgnGenerator->managedName(
+                        PGNGenerator::managedKey(adapterLine, number, spnNumber), spn.datatype);
+                if (signal.variable.isEmpty())
+                    signal.variable = QStringLiteral("spn%1_%2").arg(number).arg(spnNumber);
+                pgn.signalList << signal;
+            }
+            m_pgns << pgn;
+        }
+    }
+}
+
+QString J1939AdapterGenerator::cTypeOf(int dataType)
+{
+    const QString name = COHelper::index2DataTypeString(quint16(dataType));
+    static const QHash<QString, QString> holders = {
+        {"BOOLEAN", "BOOL_T"},       {"UNSIGNED2", "UNSIGNED8"},   {"UNSIGNED3", "UNSIGNED8"},
+        {"UNSIGNED4", "UNSIGNED8"},  {"UNSIGNED5", "UNSIGNED8"},   {"UNSIGNED6", "UNSIGNED8"},
+        {"UNSIGNED7", "UNSIGNED8"},  {"UNSIGNED10", "UNSIGNED16"}, {"UNSIGNED14", "UNSIGNED16"},
+        {"UNSIGNED19", "UNSIGNED32"}};
+    // A text is an array of characters.
+    if (COHelper::signedness(quint16(dataType)) == CAN::NotInteger &&
+        COHelper::getDataLengthBits(CAN::CANopenDataType(dataType)) == 0)
+        return QStringLiteral("UNSIGNED8");
+    return holders.value(name, name);
+}
+
+QString J1939AdapterGenerator::pgnComment(const Pgn& pgn) const
+{
+    return QStringLiteral("/* PGN %1/%2 */\n").arg(pgn.number).arg(pgn.name);
+}
+
+void J1939AdapterGenerator::writeHeads(SectionStream& c, SectionStream& cs)
+{
+    const QString head =
+        QStringLiteral("/*\n * J1939 SPN setters/getters for %1 for C# Wrapper - generated by %2 %3\n")
+            .arg(m_deviceName, QCoreApplication::applicationName(), m_version) +
+        QStringLiteral(" * ") + dateTimeText() + QStringLiteral(" */\n\n");
+    c << head;
+    c << "#include <gen_define.h>\n";
+    c << "#include <j1939_j1939.h>\n";
+    c << "#include <gen_extern_decl.h>\n";
+    cs << head;
+    cs << R"(using System;
+using System.Runtime.InteropServices;
+partial class J1939
+{
+)";
+}
+
+void J1939AdapterGenerator::writeVariables(SectionStream& c)
+{
+    c << "\n";
+    c << "extern J1939_CONFIG_T j1939Config;\n";
+    c << "\n";
+    c << "/* variable definition */ \n";
+    QSet<QString> defined;
+    for (const Pgn& pgn : std::as_const(m_pgns)) {
+        c << pgnComment(pgn);
+        for (const Signal& signal : pgn.signalList) {
+            if (defined.contains(signal.variable))
+                continue;
+            defined.insert(signal.variable);
+            if (signal.text)
+                c << "extern " << signal.cType << " " << signal.variable << "[];";
+            else
+                c << signal.cType << " " << signal.variable << ";";
+            c << QStringLiteral("\t/* %1/%2 */").arg(signal.spn).arg(signal.name) << "\n";
+        }
+    }
+}
+
+// A text has no value to pass; it is reached through its array.
+void J1939AdapterGenerator::writeGetters(SectionStream& c, SectionStream& cs)
+{
+    c << "\n";
+    c << "/* get application variables */ \n";
+    cs << "\t/* get application variables */ \n";
+    QSet<quint32> done;
+    for (const Pgn& pgn : std::as_const(m_pgns)) {
+        c << pgnComment(pgn);
+        cs << "\n\t" << pgnComment(pgn);
+        for (const Signal& signal : pgn.signalList) {
+            if (signal.text || done.contains(signal.spn))
+                continue;
+            done.insert(signal.spn);
+            c << "EXTERN_DECL " << signal.cType << " getSPN_" << signal.spn << "() {\n";
+            c << "\treturn " << signal.variable << ";\n";
+            c << "}\n";
+            cs << "\t[DllImport(\"j1939\", EntryPoint = \"getSPN_" << signal.spn << "\")]\n";
+            cs << "\tpublic static extern " << managedType(signal.cType) << " getSPN_" << signal.spn
+               << "();\n";
+        }
+    }
+}
+
+void J1939AdapterGenerator::writeSetters(SectionStream& c, SectionStream& cs)
+{
+    c << "\n";
+    c << "/* set application variables */ \n";
+    cs << "\t/* set application variables */ \n";
+    QSet<quint32> done;
+    for (const Pgn& pgn : std::as_const(m_pgns)) {
+        c << "\t\n" << pgnComment(pgn);
+        for (const Signal& signal : pgn.signalList) {
+            if (signal.text || done.contains(signal.spn))
+                continue;
+            done.insert(signal.spn);
+            c << "EXTERN_DECL void setSPN_" << signal.spn << "(" << signal.cType << " value) {\n";
+            c << "\t" << signal.variable << " = value;\n";
+            c << "}\n";
+            cs << "\t[DllImport(\"j1939\", EntryPoint = \"setSPN_" << signal.spn << "\")]\n";
+            cs << "\tpublic static extern void setSPN_" << signal.spn << "(" << managedType(signal.cType)
+               << " value);\n";
+        }
+    }
+}
+
+void J1939AdapterGenerator::writeClassEnd(SectionStream& cs)
+{
+    cs << "}\n";
+}

@@ -1,0 +1,2 @@
+/* Part of the test declarations of the stack. */
+#include "teststack.h"
