@@ -3,7 +3,9 @@
 // and the CAN FD device description of every line, one after the other as
 // the pipeline runs them.
 
+#include "benchprojects.h"
 #include "benchsupport.h"
+#include "canopenlib/canopentypes.h"
 #include "database/objectdatabase.h"
 #include "generators/documents/csvgenerator.h"
 #include "generators/documents/htmlgenerator.h"
@@ -29,34 +31,24 @@ constexpr int subsPerObject = 10;
 constexpr qint64 limitMs = 1000;
 constexpr int rounds = 5;
 
+SUBINDEX_DATA_T subFor(int object, int subindex, quint8)
+{
+    SUBINDEX_DATA_T sub;
+    sub.name = QStringLiteral("sub %1").arg(subindex);
+    sub.datatype = subindex == 0 ? CAN::Unsigned8 : CAN::Unsigned32;
+    sub.accesstype = subindex == 0 ? QStringLiteral("ro") : QStringLiteral("rw");
+    sub.defaultvalue = QStringLiteral("0x%1").arg(object + subindex, 0, 16);
+    sub.description = subindex % 3 == 0 ? QStringLiteral("entry & value") : QString();
+    sub.limitineds = subindex % 2 == 1;
+    return sub;
+}
+
 void fillProject(ObjectDataBase& db)
 {
     db.createNewDataBase();
-    QList<ObjectDataBase::SubEntry> entries;
-    for (quint8 line = 0; line < lines; ++line) {
-        if (line != 0)
-            db.addNode(line, NODE_DATA_T());
-        db.setGeneralSetting(QStringLiteral("line%1type").arg(line), QStringLiteral("1"));
-        for (int object = 0; object < objectsPerLine; ++object) {
-            const quint16 index = quint16(0x2000 + object);
-            INDEX_DATA_T data;
-            data.name = QStringLiteral("object %1").arg(object);
-            data.objecttype = 9;
-            data.description = QStringLiteral("Record %1 <of the bench>,\nwith two lines").arg(object);
-            db.addIndex(line, index, data);
-            for (int subindex = 0; subindex < subsPerObject; ++subindex) {
-                SUBINDEX_DATA_T sub;
-                sub.name = QStringLiteral("sub %1").arg(subindex);
-                sub.datatype = subindex == 0 ? 5 : 7;
-                sub.accesstype = subindex == 0 ? QStringLiteral("ro") : QStringLiteral("rw");
-                sub.defaultvalue = QStringLiteral("0x%1").arg(object + subindex, 0, 16);
-                sub.description = subindex % 3 == 0 ? QStringLiteral("entry & value") : QString();
-                sub.limitineds = subindex % 2 == 1;
-                entries.append({line, index, quint8(subindex), sub});
-            }
-        }
-    }
-    db.addSubIndices(entries);
+    benchprojects::addRecordLines(db, {0, 1, 2, 3}, objectsPerLine, subsPerObject, subFor, [](int object) {
+        return QStringLiteral("Record %1 <of the bench>,\nwith two lines").arg(object);
+    });
 }
 
 const QList<std::function<DocumentGenerator*()>> documents = {

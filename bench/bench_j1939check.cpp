@@ -2,8 +2,10 @@
 // raw CAN line with 500 identifiers of 8 data elements each.
 
 #include "benchsupport.h"
+#include "canopenlib/canopentypes.h"
 #include "check/modelchecker.h"
 #include "common/cleanproject.h"
+#include "database/linetypes.h"
 #include "database/objectdatabase.h"
 
 #include <QCoreApplication>
@@ -21,7 +23,7 @@ constexpr quint8 rawCanLine = 1;
 // Both directions, half each; every signal an application variable of one byte.
 void fillJ1939Line(ObjectDataBase& db)
 {
-    db.setGeneralSetting(QStringLiteral("line0type"), QStringLiteral("2"));
+    db.setLineType(j1939Line, Line::J1939);
     for (int i = 0; i < messagesPerLine; ++i) {
         const quint32 number = quint32(0xFF00 + i);
         ObjectDataBase::PGN pgn;
@@ -33,7 +35,7 @@ void fillJ1939Line(ObjectDataBase& db)
             ObjectDataBase::SPN spn;
             spn.pos = s;
             spn.name = QStringLiteral("Signal %1").arg(s);
-            spn.datatype = 5;
+            spn.datatype = CAN::Unsigned8;
             spn.bitsize = 8;
             spn.bitposition = quint16(8 * s);
             spn.varname = QStringLiteral("pgn%1_%2").arg(i).arg(s);
@@ -45,7 +47,7 @@ void fillJ1939Line(ObjectDataBase& db)
 void fillRawCanLine(ObjectDataBase& db)
 {
     db.addNode(rawCanLine, NODE_DATA_T());
-    db.setGeneralSetting(QStringLiteral("line1type"), QStringLiteral("4"));
+    db.setLineType(rawCanLine, Line::RawCan);
     for (int i = 0; i < messagesPerLine; ++i) {
         const quint32 id = quint32(0x100 + i);
         ObjectDataBase::CANID canId;
@@ -56,7 +58,7 @@ void fillRawCanLine(ObjectDataBase& db)
             ObjectDataBase::DataElement element;
             element.pos = e;
             element.name = QStringLiteral("Element %1").arg(e);
-            element.datatype = 5;
+            element.datatype = CAN::Unsigned8;
             element.bitsize = 8;
             element.bitpos = quint16(8 * e);
             element.varname = QStringLiteral("id%1_%2").arg(i).arg(e);

@@ -2,7 +2,9 @@
 // objects of 10 sub-indices each, written in bulk, cached per line and read
 // back once through the cache.
 
+#include "benchprojects.h"
 #include "benchsupport.h"
+#include "canopenlib/canopentypes.h"
 #include "database/objectdatabase.h"
 
 #include <QCoreApplication>
@@ -21,27 +23,17 @@ constexpr qint64 cacheFillLimitMs = 300;
 constexpr qint64 readLimitMs = 100;
 constexpr qint64 peakLimitKb = 200 * 1024;
 
-QList<ObjectDataBase::SubEntry> entriesOfLine(quint8 line)
+SUBINDEX_DATA_T subFor(int object, int subindex, quint8 line)
 {
-    QList<ObjectDataBase::SubEntry> entries;
-    entries.reserve(objectsPerLine * subsPerObject);
-    for (int object = 0; object < objectsPerLine; ++object) {
-        for (int sub = 0; sub < subsPerObject; ++sub) {
-            ObjectDataBase::SubEntry entry;
-            entry.line = line;
-            entry.index = quint16(firstIndex + object);
-            entry.subindex = quint8(sub);
-            entry.data.name = sub == 0 ? QStringLiteral("Highest sub-index supported")
-                                       : QStringLiteral("Channel %1").arg(sub);
-            entry.data.datatype = sub == 0 ? 5 : 7;
-            entry.data.accesstype = sub == 0 ? QStringLiteral("const") : QStringLiteral("rw");
-            entry.data.defaultvalue =
-                sub == 0 ? QString::number(subsPerObject - 1) : QString::number(object * sub);
-            entry.data.varname = QStringLiteral("var_%1_%2_%3").arg(line).arg(object).arg(sub);
-            entries.append(entry);
-        }
-    }
-    return entries;
+    SUBINDEX_DATA_T sub;
+    sub.name = subindex == 0 ? QStringLiteral("Highest sub-index supported")
+                             : QStringLiteral("Channel %1").arg(subindex);
+    sub.datatype = subindex == 0 ? CAN::Unsigned8 : CAN::Unsigned32;
+    sub.accesstype = subindex == 0 ? QStringLiteral("const") : QStringLiteral("rw");
+    sub.defaultvalue =
+        subindex == 0 ? QString::number(subsPerObject - 1) : QString::number(object * subindex);
+    sub.varname = QStringLiteral("var_%1_%2_%3").arg(line).arg(object).arg(subindex);
+    return sub;
 }
 
 } // namespace
@@ -68,10 +60,10 @@ int main(int argc, char** argv)
         for (int object = 0; object < objectsPerLine; ++object) {
             INDEX_DATA_T index;
             index.name = QStringLiteral("Object %1").arg(object);
-            index.objecttype = 8;
+            index.objecttype = CANopen::Array;
             db.addIndex(line, quint16(firstIndex + object), index);
         }
-        entries += entriesOfLine(line);
+        entries += benchprojects::objectEntries(line, objectsPerLine, subsPerObject, subFor);
     }
 
     QElapsedTimer timer;

@@ -1,5 +1,6 @@
 #include "benchprojects.h"
 
+#include "canopenlib/canopentypes.h"
 #include "database/linetypes.h"
 #include "database/objectdatabase.h"
 
@@ -14,47 +15,70 @@ namespace {
 
 SUBINDEX_DATA_T subFor(int object, int subindex, quint8 line, int subsPerObject)
 {
-    static const int types[] = {5, 6, 7, 2, 3, 4, 8, 22, 27};
+    static const int types[] = {CAN::Unsigned8, CAN::Unsigned16, CAN::Unsigned32,
+                                CAN::Integer8,  CAN::Integer16,  CAN::Integer32,
+                                CAN::Real32,    CAN::Unsigned24, CAN::Unsigned64};
     SUBINDEX_DATA_T sub;
     sub.name = QStringLiteral("sub %1").arg(subindex);
     sub.accesstype = QStringLiteral("rw");
     if (subindex == 0) {
-        sub.datatype = 5;
+        sub.datatype = CAN::Unsigned8;
         sub.defaultvalue = QString::number(subsPerObject - 1);
         sub.accesstype = QStringLiteral("ro");
         return sub;
     }
     sub.datatype = types[(object + subindex) % int(std::size(types))];
     sub.defaultvalue = QString::number((object * 7 + subindex) % 200);
-    sub.implementation = (object % 5 == 4) ? 2 : (object % 5 == 3 ? 1 : 0);
-    if (sub.implementation == 1)
+    sub.implementation = (object % 5 == 4)   ? CANopen::ApplicationVariable
+                         : (object % 5 == 3) ? CANopen::ManagedConst
+                                             : CANopen::ManagedVariable;
+    if (sub.implementation == CANopen::ManagedConst)
         sub.accesstype = QStringLiteral("const");
-    if (sub.implementation == 2)
+    if (sub.implementation == CANopen::ApplicationVariable)
         sub.varname = QStringLiteral("app_%1_%2_l%3").arg(object).arg(subindex).arg(line);
     return sub;
 }
 
 } // namespace
 
-void addCanopenLines(ObjectDataBase& db, const QList<quint8>& lines, int objectsPerLine, int subsPerObject)
+QList<ObjectDataBase::SubEntry> objectEntries(quint8 line, int objects, int subs, const SubFactory& sub)
+{
+    QList<ObjectDataBase::SubEntry> entries;
+    entries.reserve(objects * subs);
+    for (int object = 0; object < objects; ++object) {
+        for (int subindex = 0; subindex < subs; ++subindex)
+            entries.append({line, quint16(0x2000 + object), quint8(subindex), sub(object, subindex, line)});
+    }
+    return entries;
+}
+
+void addRecordLines(ObjectDataBase& db, const QList<quint8>& lines, int objects, int subs,
+                    const SubFactory& sub, const std::function<QString(int object)>& description)
 {
     QList<ObjectDataBase::SubEntry> entries;
     for (quint8 line : lines) {
         if (line != 0)
             db.addNode(line, NODE_DATA_T());
         db.setLineType(line, Line::CANopen);
-        for (int object = 0; object < objectsPerLine; ++object) {
-            const quint16 index = quint16(0x2000 + object);
+        for (int object = 0; object < objects; ++object) {
             INDEX_DATA_T data;
             data.name = QStringLiteral("object %1").arg(object);
-            data.objecttype = 9;
-            db.addIndex(line, index, data);
-            for (int subindex = 0; subindex < subsPerObject; ++subindex)
-                entries.append(
-                    {line, index, quint8(subindex), subFor(object, subindex, line, subsPerObject)});
+            data.objecttype = CANopen::Record;
+            if (description)
+                data.description = description(object);
+            db.addIndex(line, quint16(0x2000 + object), data);
         }
+        entries += objectEntries(line, objects, subs, sub);
     }
     db.addSubIndices(entries);
+}
+
+void addCanopenLines(ObjectDataBase& db, const QList<quint8>& lines, int objectsPerLine, int subsPerObject)
+{
+    addRecordLines(db, lines, objectsPerLine, subsPerObject,
+                   [subsPerObject](int object, int subindex, quint8 line) {
+                       return subFor(object, subindex, line, subsPerObject);
+                   });
 }
 
 void addJ1939Lines(ObjectDataBase& db, const QList<quint8>& lines, int pgnsPerLine, int spnsPerPgn)

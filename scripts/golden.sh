@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
 # Golden comparison for changes that must not alter any output: the trw of two
 # commits runs on every example project and on the projects the benchmarks
-# measure, once as the tool sets it up (V4 form, new init structure) and once
-# in each classic form, and every file written, the console log and the exit
+# measure, once as the tool sets it up (V4 form, new init structure), once in
+# each classic form and once with a UDS server and client in the V4 and in the
+# classic form, and every file written, the console log and the exit
 # code are compared byte for byte. Only lines carrying a date or a clock time
 # are left out of the comparison.
 #
@@ -58,7 +59,7 @@ make_projects() {
     local projects="$golden/projects" bench
     rm -rf "$projects"
     mkdir -p "$projects"
-    cp "$root"/examples/*/*.trwt "$projects/"
+    cp "$root"/examples/*/*.trwt "$root"/examples/*/*.trwp "$projects/"
     [ -f "$build/build.ninja" ] ||
         cmake -S "$root" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
     nice -n 10 cmake --build "$build" --target bench_check bench_define bench_objdict bench_mcp -j "$jobs" \
@@ -76,9 +77,15 @@ run_all() {
     mkdir -p "$out"
     printf 'GeneralSettings:use_core_headers:0\nGeneralSettings:new_init_structure:0\n' >"$golden/classic.mod"
     printf 'GeneralSettings:use_core_headers:1\n' >"$golden/classic-core.mod"
+    printf 'GeneralSettings:%s\n' udsserver_supported:1 udsclient_supported:1 uds_client_cnt:1,2 \
+        isotp_supported:1 uds_physical_request_id:0x7e0,0x7e1 uds_physical_response_id:0x7e8,0x7e9 \
+        uds_functional_request_id:0x7df uds_ext_addressing:1 uds_server_active:1,0 >"$golden/uds.mod"
+    { cat "$golden/uds.mod"; printf 'GeneralSettings:%s\n' udsserver_version:5; } >"$golden/uds-v4.mod"
+    { cat "$golden/uds.mod" "$golden/classic.mod"; printf 'GeneralSettings:%s\n' udsserver_version:4; } \
+        >"$golden/uds-classic.mod"
     for project in "$golden"/projects/*; do
         name=$(basename "$project")
-        for form in v4 classic classic-core; do
+        for form in v4 classic classic-core uds-v4 uds-classic; do
             work="$golden/run/${name%.*}"
             rm -rf "$golden/run"
             mkdir -p "$work"

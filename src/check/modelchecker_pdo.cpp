@@ -12,6 +12,8 @@ constexpr quint32 firstSpecialEntryCount = 65;
 
 constexpr quint16 rpdoMappingOffset = 0x200;
 constexpr quint16 srdoMappingOffset = 0x80;
+// EMCY routing looks for its producer and consumer on the lines below this one.
+constexpr quint8 emcyRoutingLineEnd = 250;
 
 bool isTransmitMapping(quint16 mappingIndex)
 {
@@ -279,7 +281,8 @@ void ModelChecker::checkEmcyRouting()
     bool producer = false;
     bool consumer = false;
     for (quint8 line : m_database->getNodeList()) {
-        if (line >= 250)
+        // The search deliberately ends at 250, not at the first internal line.
+        if (line >= emcyRoutingLineEnd)
             continue;
         producer |= m_database->indexExists(line, 0x1014);
         consumer |= m_database->indexExists(line, 0x1028);

@@ -1,5 +1,6 @@
 #include "generators/j1939addressclaim.h"
 
+#include "canopenlib/canopentypes.h"
 #include "database/linetypes.h"
 #include "database/objectdatabase.h"
 
@@ -72,7 +73,7 @@ bool J1939AddressClaim::store(ObjectDataBase& database, quint8 line)
         spn.spnnumber = field.spn;
         spn.direction = ObjectDataBase::Transmit;
         spn.datatype = field.dataType;
-        spn.implementation = 0;
+        spn.implementation = CANopen::ManagedVariable;
         spn.bitsize = field.bits;
         spn.bitposition = bitPosition;
         bitPosition += field.bits;

@@ -51,6 +51,28 @@ const StackWords& StackWords::genObjdict()
     return words;
 }
 
+// The declarations and calls that the CANopen, J1939 and raw CAN init code
+// share: the common layer of the classic stack is the core layer of the V4
+// stack, which also takes its const qualifier from a define.
+const StackWords& StackWords::commonInit()
+{
+    static const StackWords words(
+        {
+            {"const", "CORE_CONST"},
+            {"CO_COMMON_INIT_VAL_T", "CORE_COMMON_INIT_VAL_T"},
+            {"CO_REC_BUFFER_COUNTS", "CORE_REC_BUFFER_COUNTS"},
+            {"CO_TR_BUFFER_COUNTS", "CORE_TR_BUFFER_COUNTS"},
+            {"CO_COB_COUNTS", "CORE_COB_COUNTS"},
+            {"MP_PROT_TYPE_CANOPEN", "CORE_PROT_TYPE_CANOPEN"},
+            {"MP_PROT_TYPE_J1939", "CORE_PROT_TYPE_J1939"},
+            {"MP_PROT_TYPE_RAWCAN", "CORE_PROT_TYPE_RAWCAN"},
+            {"MP_PROT_TYPE_UDS", "CORE_PROT_TYPE_UDS"},
+            {"MP_PROT_TYPE_UNKNOWN", "CORE_PROT_TYPE_UNKNOWN"},
+        },
+        {});
+    return words;
+}
+
 const StackWords& StackWords::genVobjdict()
 {
     static const StackWords words(

@@ -25,6 +25,7 @@ public:
     static const StackWords& genPgn();
     static const StackWords& genMp();
     static const StackWords& genSdg();
+    static const StackWords& commonInit();
 
     // The literal with each whole word of the table in its V4 spelling, then
     // each piece of text of the table replaced.

@@ -6,15 +6,6 @@
 
 namespace {
 
-// Ways a subindex is kept in the stack, as stored in the project.
-enum Implementation
-{
-    ManagedVariable = 0,
-    ManagedConst = 1,
-    Variable = 2,
-    VirtualObject = 3,
-};
-
 // The columns the importer knows; others are read over.
 const char* const knownColumns[] = {"index",     "sub",      "datatype",       "access",      "varname",
                                     "nvstorage", "edsname",  "value",          "description", "objectcode",
@@ -62,7 +53,7 @@ bool readNumber(const QString& text, quint64 limit, quint64 fallback, quint64& o
 // "none" and anything else.
 int implementationOf(const QString& word)
 {
-    for (int kind = ManagedVariable; kind <= VirtualObject; ++kind) {
+    for (int kind = CANopen::ManagedVariable; kind <= CANopen::VirtualObject; ++kind) {
         if (word == COHelper::implementation2String(quint8(kind)).toLower())
             return kind;
     }
@@ -342,7 +333,7 @@ void CsvImporter::addSubZero(quint8 targetLine, quint16 index, const Row& row)
     highest.accesstype = QStringLiteral("ro");
     highest.defaultineds = true;
     if (row.word("implementation") == QLatin1String("virtualobject"))
-        highest.implementation = VirtualObject;
+        highest.implementation = CANopen::VirtualObject;
     if (database->addSubIndex(targetLine, index, 0, highest))
         objects[objectKey(targetLine, index)].hasSubZero = true;
 }
@@ -359,7 +350,7 @@ SUBINDEX_DATA_T CsvImporter::subIndexRecord(const Row& row, quint16 index, quint
 
     const QString varname = row.text("varname").trimmed();
     if (!varname.isEmpty()) {
-        record.implementation = Variable;
+        record.implementation = CANopen::ApplicationVariable;
         record.varname = varname;
     }
     const QString access = COHelper::normalizeAccessType(row.word("access"));
@@ -370,7 +361,7 @@ SUBINDEX_DATA_T CsvImporter::subIndexRecord(const Row& row, quint16 index, quint
         record.writedefaulttoeds = 1;
     }
     if (inDynamicMappingRange(index) && access == QLatin1String("rw"))
-        record.implementation = ManagedVariable;
+        record.implementation = CANopen::ManagedVariable;
 
     record.accesstype = access;
     COHelper::getDefaultLimits(CAN::CANopenDataType(record.datatype), record.lowlimit, record.uplimit);
@@ -392,11 +383,12 @@ SUBINDEX_DATA_T CsvImporter::subIndexRecord(const Row& row, quint16 index, quint
     if (named >= 0) {
         record.implementation = named;
     } else if (row.word("datatype") == QLatin1String("u8s") || access == QLatin1String("const")) {
-        record.implementation = ManagedConst;
+        record.implementation = CANopen::ManagedConst;
     } else if (record.datatype == CAN::Domain) {
-        record.implementation = Variable;
+        record.implementation = CANopen::ApplicationVariable;
     }
-    if (record.implementation == Variable && record.varname.isEmpty() && record.datatype == CAN::Domain)
+    if (record.implementation == CANopen::ApplicationVariable && record.varname.isEmpty() &&
+        record.datatype == CAN::Domain)
         record.varname = QStringLiteral("v_%1%2").arg(index).arg(sub);
 
     record.nvstorage = row.word("nvstorage") == QLatin1String("yes");

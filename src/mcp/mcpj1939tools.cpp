@@ -196,69 +196,244 @@ void takeSignalValues(const QJsonObject& arguments, Signal& signal, quint16& bit
 
 // Keeps the count of SPNs or elements in the PGN or CAN-ID record, which
 // the generators read, equal to what the line holds after an edit.
-void updatePgnMappingCount(ObjectDataBase& database, quint8 line, quint32 pgnNumber, quint8 direction)
+template <typename Record>
+void updateMappingCount(ObjectDataBase& database, quint8 line, quint32 messageNumber, quint8 direction,
+                        bool (ObjectDataBase::*read)(quint8, quint32, quint8, Record&),
+                        QList<quint32> (ObjectDataBase::*signalNumbers)(quint8, quint32, quint8),
+                        bool (ObjectDataBase::*write)(unsigned char, unsigned int, Record))
 {
-    PGN pgn;
-    if (!database.getPGN(line, pgnNumber, direction, pgn))
+    Record record;
+    if (!(database.*read)(line, messageNumber, direction, record))
         return;
-    pgn.mappingcount = quint16(database.getSPNList(line, pgnNumber, direction).size());
-    database.addPGN(line, pgnNumber, pgn);
+    record.mappingcount = quint16((database.*signalNumbers)(line, messageNumber, direction).size());
+    (database.*write)(line, messageNumber, record);
 }
 
-void updateCanIdMappingCount(ObjectDataBase& database, quint8 line, quint32 canId, quint8 direction)
+// What the tools of the two message families differ in: PGNs with their SPNs
+// on J1939 lines, CAN-IDs with their data elements on raw CAN lines.
+struct Messages
 {
-    CANID record;
-    if (!database.getCANID(line, canId, direction, record))
-        return;
-    record.mappingcount = quint16(database.getDataElementList(line, canId, direction).size());
-    database.addCANID(line, canId, record);
+    Family family;
+    const char* numberKey;
+    const char* signalKey;
+    QString (*numberText)(quint32);
+    // %1 the message, %2 the direction word, %3 the line.
+    const char* exists;
+    const char* missing;
+    const char* addFailed;
+    const char* added;
+    const char* deleted;
+    // %1 the signal, %2 the message, %3 the direction word, %4 the line.
+    const char* signalExists;
+    const char* signalMissing;
+    const char* signalAddFailed;
+    const char* signalAdded;
+    const char* signalDeleted;
+    bool (ObjectDataBase::*messageExists)(quint8, quint32, quint8);
+    bool (ObjectDataBase::*deleteMessage)(quint8, quint32, quint8);
+    bool (*hasSignal)(ObjectDataBase&, quint8, quint32, quint8, quint32);
+    bool (ObjectDataBase::*deleteSignal)(quint8, quint32, quint8, quint32);
+    void (*updateCount)(ObjectDataBase&, quint8, quint32, quint8);
+};
+
+QString decimal(quint32 value)
+{
+    return QString::number(value);
 }
 
-QStringList pgnKeys()
+const Messages& pgns()
 {
-    return {QStringLiteral("line"), QStringLiteral("pgn"), QStringLiteral("direction")};
+    static const Messages messages{
+        Family::J1939,
+        "pgn",
+        "spn",
+        decimal,
+        QT_TRANSLATE_NOOP("MCPJ1939Tools", "PGN %1 (%2) already exists on line %3."),
+        QT_TRANSLATE_NOOP("MCPJ1939Tools", "PGN %1 (%2) does not exist on line %3."),
+        QT_TRANSLATE_NOOP("MCPJ1939Tools", "Failed to add PGN %1 (%2) on line %3."),
+        QT_TRANSLATE_NOOP("MCPJ1939Tools", "PGN %1 (%2) added on line %3."),
+        QT_TRANSLATE_NOOP("MCPJ1939Tools", "PGN %1 (%2) deleted from line %3."),
+        QT_TRANSLATE_NOOP("MCPJ1939Tools", "SPN %1 already exists on PGN %2 (%3), line %4."),
+        QT_TRANSLATE_NOOP("MCPJ1939Tools", "SPN %1 does not exist on PGN %2 (%3), line %4."),
+        QT_TRANSLATE_NOOP("MCPJ1939Tools", "Failed to add SPN %1 on PGN %2 (%3), line %4."),
+        QT_TRANSLATE_NOOP("MCPJ1939Tools", "SPN %1 added on PGN %2 (%3), line %4."),
+        QT_TRANSLATE_NOOP("MCPJ1939Tools", "SPN %1 deleted from PGN %2 (%3), line %4."),
+        &ObjectDataBase::pgnExists,
+        &ObjectDataBase::deletePGN,
+        [](ObjectDataBase& database, quint8 line, quint32 pgnNumber, quint8 direction, quint32 spnNumber) {
+            return database.spnExists(line, pgnNumber, direction, spnNumber);
+        },
+        &ObjectDataBase::deleteSPN,
+        [](ObjectDataBase& database, quint8 line, quint32 pgnNumber, quint8 direction) {
+            updateMappingCount(database, line, pgnNumber, direction, &ObjectDataBase::getPGN,
+                               &ObjectDataBase::getSPNList, &ObjectDataBase::addPGN);
+        }};
+    return messages;
 }
 
-QStringList canIdKeys()
+const Messages& canIds()
 {
-    return {QStringLiteral("line"), QStringLiteral("canId"), QStringLiteral("direction")};
+    static const Messages messages{
+        Family::RawCan,
+        "canId",
+        "number",
+        canIdText,
+        QT_TRANSLATE_NOOP("MCPJ1939Tools", "CAN-ID %1 (%2) already exists on line %3."),
+        QT_TRANSLATE_NOOP("MCPJ1939Tools", "CAN-ID %1 (%2) does not exist on line %3."),
+        QT_TRANSLATE_NOOP("MCPJ1939Tools", "Failed to add CAN-ID %1 (%2) on line %3."),
+        QT_TRANSLATE_NOOP("MCPJ1939Tools", "CAN-ID %1 (%2) added on line %3."),
+        QT_TRANSLATE_NOOP("MCPJ1939Tools", "CAN-ID %1 (%2) deleted from line %3."),
+        QT_TRANSLATE_NOOP("MCPJ1939Tools", "Data element %1 already exists on CAN-ID %2 (%3), line %4."),
+        QT_TRANSLATE_NOOP("MCPJ1939Tools", "Data element %1 does not exist on CAN-ID %2 (%3), line %4."),
+        QT_TRANSLATE_NOOP("MCPJ1939Tools", "Failed to add data element %1 on CAN-ID %2 (%3), line %4."),
+        QT_TRANSLATE_NOOP("MCPJ1939Tools", "Data element %1 added on CAN-ID %2 (%3), line %4."),
+        QT_TRANSLATE_NOOP("MCPJ1939Tools", "Data element %1 deleted from CAN-ID %2 (%3), line %4."),
+        &ObjectDataBase::canIdExists,
+        &ObjectDataBase::deleteCANID,
+        [](ObjectDataBase& database, quint8 line, quint32 canId, quint8 direction, quint32 elementNumber) {
+            DataElement element;
+            return database.getDataElement(line, canId, direction, elementNumber, element);
+        },
+        &ObjectDataBase::deleteDataElement,
+        [](ObjectDataBase& database, quint8 line, quint32 canId, quint8 direction) {
+            updateMappingCount(database, line, canId, direction, &ObjectDataBase::getCANID,
+                               &ObjectDataBase::getDataElementList, &ObjectDataBase::addCANID);
+        }};
+    return messages;
 }
 
-QString missingPgnText(quint32 pgnNumber, quint8 direction, quint8 line)
+QStringList messageKeys(const Messages& messages)
 {
-    return MCPJ1939Tools::tr("PGN %1 (%2) does not exist on line %3.")
-        .arg(QString::number(pgnNumber), directionWord(direction), QString::number(line));
+    return {QStringLiteral("line"), QLatin1String(messages.numberKey), QStringLiteral("direction")};
 }
 
-QString missingCanIdText(quint32 canId, quint8 direction, quint8 line)
+// A reply about a message: its number, the direction word and the line.
+QString messageText(const Messages& messages, const char* text, const Target& target, quint32 messageNumber)
 {
-    return MCPJ1939Tools::tr("CAN-ID %1 (%2) does not exist on line %3.")
-        .arg(canIdText(canId), directionWord(direction), QString::number(line));
+    return MCPJ1939Tools::tr(text).arg(messages.numberText(messageNumber), directionWord(target.direction),
+                                       QString::number(target.line));
+}
+
+// A reply about a signal of a message.
+QString signalText(const Messages& messages, const char* text, const Target& target, quint32 messageNumber,
+                   quint32 signalNumber)
+{
+    return MCPJ1939Tools::tr(text).arg(QString::number(signalNumber), messages.numberText(messageNumber),
+                                       directionWord(target.direction), QString::number(target.line));
 }
 
 // The guards and then the existence of the PGN or CAN-ID that the arguments name.
-bool guardPgn(MCPSession& session, int id, const QJsonObject& arguments, const QStringList& keys,
-              const QString& missingMessage, Target& target, quint32& pgnNumber)
+bool guardMessage(MCPSession& session, int id, const QJsonObject& arguments, const Messages& messages,
+                  const QStringList& keys, const QString& missingMessage, Target& target,
+                  quint32& messageNumber)
 {
-    if (!guard(session, id, arguments, Family::J1939, keys, missingMessage, target))
+    if (!guard(session, id, arguments, messages.family, keys, missingMessage, target))
         return false;
-    pgnNumber = number(arguments, "pgn");
-    if (target.database->pgnExists(target.line, pgnNumber, target.direction))
+    messageNumber = number(arguments, messages.numberKey);
+    if ((target.database.get()->*messages.messageExists)(target.line, messageNumber, target.direction))
         return true;
-    session.sendToolText(id, missingPgnText(pgnNumber, target.direction, target.line), true);
+    session.sendToolText(id, messageText(messages, messages.missing, target, messageNumber), true);
     return false;
 }
 
-bool guardCanId(MCPSession& session, int id, const QJsonObject& arguments, const QStringList& keys,
-                const QString& missingMessage, Target& target, quint32& canId)
+// The values that PGNs and CAN-IDs share, as the add tools take them.
+template <typename Record> void takeMessageValues(const QJsonObject& arguments, Record& record)
 {
-    if (!guard(session, id, arguments, Family::RawCan, keys, missingMessage, target))
-        return false;
-    canId = number(arguments, "canId");
-    if (target.database->canIdExists(target.line, canId, target.direction))
-        return true;
-    session.sendToolText(id, missingCanIdText(canId, target.direction, target.line), true);
-    return false;
+    record.name = arguments.value(QStringLiteral("name")).toString();
+    if (arguments.contains(QStringLiteral("description")))
+        record.desc = arguments.value(QStringLiteral("description")).toString();
+    if (arguments.contains(QStringLiteral("cycleTimeMs")))
+        record.cycletime_ms = quint16(number(arguments, "cycleTimeMs"));
+    if (arguments.contains(QStringLiteral("inhibitTimeMs")))
+        record.inhibittime_ms = quint16(number(arguments, "inhibitTimeMs"));
+}
+
+// Adds the message that `add` stores unless it exists, and tells whether the store took it.
+void addMessage(MCPSession& session, int id, const QJsonObject& arguments, const Messages& messages,
+                const QString& missingMessage,
+                const std::function<void(ObjectDataBase&, const Target&, quint32)>& add)
+{
+    Target target;
+    if (!guard(session, id, arguments, messages.family,
+               messageKeys(messages) + QStringList{QStringLiteral("name")}, missingMessage, target, true))
+        return;
+    const quint32 messageNumber = number(arguments, messages.numberKey);
+    ObjectDataBase& database = *target.database;
+    if ((database.*messages.messageExists)(target.line, messageNumber, target.direction)) {
+        session.sendToolText(id, messageText(messages, messages.exists, target, messageNumber), true);
+        return;
+    }
+    add(database, target, messageNumber);
+    if (!(database.*messages.messageExists)(target.line, messageNumber, target.direction)) {
+        session.sendToolText(id, messageText(messages, messages.addFailed, target, messageNumber), true);
+        return;
+    }
+    session.sendEditReply(id, messageText(messages, messages.added, target, messageNumber));
+}
+
+void deleteMessage(MCPSession& session, int id, const QJsonObject& arguments, const Messages& messages,
+                   const QString& missingMessage)
+{
+    Target target;
+    quint32 messageNumber = 0;
+    if (!guardMessage(session, id, arguments, messages, messageKeys(messages), missingMessage, target,
+                      messageNumber))
+        return;
+    (target.database.get()->*messages.deleteMessage)(target.line, messageNumber, target.direction);
+    session.sendEditReply(id, messageText(messages, messages.deleted, target, messageNumber));
+}
+
+// Adds the signal that `add` stores to an existing message unless it exists,
+// and keeps the message's count of signals.
+void addSignal(MCPSession& session, int id, const QJsonObject& arguments, const Messages& messages,
+               const QString& missingMessage,
+               const std::function<void(ObjectDataBase&, const Target&, quint32, quint32)>& add)
+{
+    Target target;
+    quint32 messageNumber = 0;
+    if (!guardMessage(session, id, arguments, messages,
+                      messageKeys(messages) + QStringList{QLatin1String(messages.signalKey),
+                                                          QStringLiteral("name"), QStringLiteral("dataType")},
+                      missingMessage, target, messageNumber))
+        return;
+    const quint32 signalNumber = number(arguments, messages.signalKey);
+    ObjectDataBase& database = *target.database;
+    if (messages.hasSignal(database, target.line, messageNumber, target.direction, signalNumber)) {
+        session.sendToolText(
+            id, signalText(messages, messages.signalExists, target, messageNumber, signalNumber), true);
+        return;
+    }
+    add(database, target, messageNumber, signalNumber);
+    if (!messages.hasSignal(database, target.line, messageNumber, target.direction, signalNumber)) {
+        session.sendToolText(
+            id, signalText(messages, messages.signalAddFailed, target, messageNumber, signalNumber), true);
+        return;
+    }
+    messages.updateCount(database, target.line, messageNumber, target.direction);
+    session.sendEditReply(id,
+                          signalText(messages, messages.signalAdded, target, messageNumber, signalNumber));
+}
+
+void deleteSignal(MCPSession& session, int id, const QJsonObject& arguments, const Messages& messages,
+                  const QString& missingMessage)
+{
+    Target target;
+    if (!guard(session, id, arguments, messages.family,
+               messageKeys(messages) + QStringList{QLatin1String(messages.signalKey)}, missingMessage,
+               target))
+        return;
+    const quint32 messageNumber = number(arguments, messages.numberKey);
+    const quint32 signalNumber = number(arguments, messages.signalKey);
+    ObjectDataBase& database = *target.database;
+    if (!messages.hasSignal(database, target.line, messageNumber, target.direction, signalNumber)) {
+        session.sendToolText(
+            id, signalText(messages, messages.signalMissing, target, messageNumber, signalNumber), true);
+        return;
+    }
+    (database.*messages.deleteSignal)(target.line, messageNumber, target.direction, signalNumber);
+    messages.updateCount(database, target.line, messageNumber, target.direction);
+    session.sendEditReply(id,
+                          signalText(messages, messages.signalDeleted, target, messageNumber, signalNumber));
 }
 
 } // namespace
@@ -287,13 +462,13 @@ void MCPJ1939Tools::listPgns(MCPSession& session, int id, const QJsonObject& arg
 void MCPJ1939Tools::getPgn(MCPSession& session, int id, const QJsonObject& arguments)
 {
     Target target;
-    if (!guard(session, id, arguments, Family::J1939, pgnKeys(),
+    if (!guard(session, id, arguments, Family::J1939, messageKeys(pgns()),
                tr("Missing required argument: line, pgn and/or direction"), target))
         return;
     const quint32 pgnNumber = number(arguments, "pgn");
     PGN pgn;
     if (!target.database->getPGN(target.line, pgnNumber, target.direction, pgn)) {
-        session.sendToolText(id, missingPgnText(pgnNumber, target.direction, target.line), true);
+        session.sendToolText(id, messageText(pgns(), pgns().missing, target, pgnNumber), true);
         return;
     }
     QJsonArray spns;
@@ -317,59 +492,29 @@ void MCPJ1939Tools::getPgn(MCPSession& session, int id, const QJsonObject& argum
 
 void MCPJ1939Tools::addPgn(MCPSession& session, int id, const QJsonObject& arguments)
 {
-    Target target;
-    if (!guard(session, id, arguments, Family::J1939, pgnKeys() + QStringList{QStringLiteral("name")},
-               tr("Missing required argument: line, pgn, direction and/or name"), target, true))
-        return;
-    const quint32 pgnNumber = number(arguments, "pgn");
-    const QString word = directionWord(target.direction);
-    const QString lineText = QString::number(target.line);
-    if (target.database->pgnExists(target.line, pgnNumber, target.direction)) {
-        session.sendToolText(
-            id, tr("PGN %1 (%2) already exists on line %3.").arg(QString::number(pgnNumber), word, lineText),
-            true);
-        return;
-    }
-    PGN pgn;
-    pgn.number = pgnNumber;
-    pgn.direction = target.direction;
-    pgn.name = arguments.value(QStringLiteral("name")).toString();
-    if (arguments.contains(QStringLiteral("description")))
-        pgn.desc = arguments.value(QStringLiteral("description")).toString();
-    if (arguments.contains(QStringLiteral("priority")))
-        pgn.priority = quint8(number(arguments, "priority"));
-    if (arguments.contains(QStringLiteral("cycleTimeMs")))
-        pgn.cycletime_ms = quint16(number(arguments, "cycleTimeMs"));
-    if (arguments.contains(QStringLiteral("inhibitTimeMs")))
-        pgn.inhibittime_ms = quint16(number(arguments, "inhibitTimeMs"));
-    target.database->addPGN(target.line, pgnNumber, pgn);
-    if (!target.database->pgnExists(target.line, pgnNumber, target.direction)) {
-        session.sendToolText(
-            id, tr("Failed to add PGN %1 (%2) on line %3.").arg(QString::number(pgnNumber), word, lineText),
-            true);
-        return;
-    }
-    session.sendEditReply(
-        id, tr("PGN %1 (%2) added on line %3.").arg(QString::number(pgnNumber), word, lineText));
+    addMessage(session, id, arguments, pgns(),
+               tr("Missing required argument: line, pgn, direction and/or name"),
+               [&arguments](ObjectDataBase& database, const Target& target, quint32 pgnNumber) {
+                   PGN pgn;
+                   pgn.number = pgnNumber;
+                   pgn.direction = target.direction;
+                   takeMessageValues(arguments, pgn);
+                   if (arguments.contains(QStringLiteral("priority")))
+                       pgn.priority = quint8(number(arguments, "priority"));
+                   database.addPGN(target.line, pgnNumber, pgn);
+               });
 }
 
 void MCPJ1939Tools::deletePgn(MCPSession& session, int id, const QJsonObject& arguments)
 {
-    Target target;
-    quint32 pgnNumber = 0;
-    if (!guardPgn(session, id, arguments, pgnKeys(),
-                  tr("Missing required argument: line, pgn and/or direction"), target, pgnNumber))
-        return;
-    target.database->deletePGN(target.line, pgnNumber, target.direction);
-    session.sendEditReply(id, tr("PGN %1 (%2) deleted from line %3.")
-                                  .arg(QString::number(pgnNumber), directionWord(target.direction),
-                                       QString::number(target.line)));
+    deleteMessage(session, id, arguments, pgns(),
+                  tr("Missing required argument: line, pgn and/or direction"));
 }
 
 void MCPJ1939Tools::listSpns(MCPSession& session, int id, const QJsonObject& arguments)
 {
     Target target;
-    if (!guard(session, id, arguments, Family::J1939, pgnKeys(),
+    if (!guard(session, id, arguments, Family::J1939, messageKeys(pgns()),
                tr("Missing required argument: line, pgn and/or direction"), target))
         return;
     const quint32 pgnNumber = number(arguments, "pgn");
@@ -386,17 +531,15 @@ void MCPJ1939Tools::listSpns(MCPSession& session, int id, const QJsonObject& arg
 void MCPJ1939Tools::getSpn(MCPSession& session, int id, const QJsonObject& arguments)
 {
     Target target;
-    if (!guard(session, id, arguments, Family::J1939, pgnKeys() + QStringList{QStringLiteral("spn")},
+    if (!guard(session, id, arguments, Family::J1939,
+               messageKeys(pgns()) + QStringList{QStringLiteral("spn")},
                tr("Missing required argument: line, pgn, direction and/or spn"), target))
         return;
     const quint32 pgnNumber = number(arguments, "pgn");
     const quint32 spnNumber = number(arguments, "spn");
     SPN spn;
     if (!target.database->getSPN(target.line, pgnNumber, target.direction, spnNumber, spn)) {
-        session.sendToolText(id,
-                             tr("SPN %1 does not exist on PGN %2 (%3), line %4.")
-                                 .arg(QString::number(spnNumber), QString::number(pgnNumber),
-                                      directionWord(target.direction), QString::number(target.line)),
+        session.sendToolText(id, signalText(pgns(), pgns().signalMissing, target, pgnNumber, spnNumber),
                              true);
         return;
     }
@@ -405,65 +548,25 @@ void MCPJ1939Tools::getSpn(MCPSession& session, int id, const QJsonObject& argum
 
 void MCPJ1939Tools::addSpn(MCPSession& session, int id, const QJsonObject& arguments)
 {
-    Target target;
-    quint32 pgnNumber = 0;
-    if (!guardPgn(session, id, arguments,
-                  pgnKeys() +
-                      QStringList{QStringLiteral("spn"), QStringLiteral("name"), QStringLiteral("dataType")},
-                  tr("Missing required argument: line, pgn, direction, spn, name and/or dataType"), target,
-                  pgnNumber))
-        return;
-    const quint32 spnNumber = number(arguments, "spn");
-    const QStringList texts{QString::number(spnNumber), QString::number(pgnNumber),
-                            directionWord(target.direction), QString::number(target.line)};
-    if (target.database->spnExists(target.line, pgnNumber, target.direction, spnNumber)) {
-        session.sendToolText(
-            id,
-            tr("SPN %1 already exists on PGN %2 (%3), line %4.").arg(texts[0], texts[1], texts[2], texts[3]),
-            true);
-        return;
-    }
-    SPN spn;
-    spn.pgnnumber = pgnNumber;
-    spn.spnnumber = spnNumber;
-    spn.direction = target.direction;
-    takeSignalValues(arguments, spn, spn.bitposition);
-    if (arguments.contains(QStringLiteral("slotDf")))
-        spn.slot_df = quint16(number(arguments, "slotDf"));
-    target.database->addSPN(target.line, pgnNumber, target.direction, spnNumber, spn);
-    if (!target.database->spnExists(target.line, pgnNumber, target.direction, spnNumber)) {
-        session.sendToolText(
-            id,
-            tr("Failed to add SPN %1 on PGN %2 (%3), line %4.").arg(texts[0], texts[1], texts[2], texts[3]),
-            true);
-        return;
-    }
-    updatePgnMappingCount(*target.database, target.line, pgnNumber, target.direction);
-    session.sendEditReply(
-        id, tr("SPN %1 added on PGN %2 (%3), line %4.").arg(texts[0], texts[1], texts[2], texts[3]));
+    addSignal(
+        session, id, arguments, pgns(),
+        tr("Missing required argument: line, pgn, direction, spn, name and/or dataType"),
+        [&arguments](ObjectDataBase& database, const Target& target, quint32 pgnNumber, quint32 spnNumber) {
+            SPN spn;
+            spn.pgnnumber = pgnNumber;
+            spn.spnnumber = spnNumber;
+            spn.direction = target.direction;
+            takeSignalValues(arguments, spn, spn.bitposition);
+            if (arguments.contains(QStringLiteral("slotDf")))
+                spn.slot_df = quint16(number(arguments, "slotDf"));
+            database.addSPN(target.line, pgnNumber, target.direction, spnNumber, spn);
+        });
 }
 
 void MCPJ1939Tools::deleteSpn(MCPSession& session, int id, const QJsonObject& arguments)
 {
-    Target target;
-    if (!guard(session, id, arguments, Family::J1939, pgnKeys() + QStringList{QStringLiteral("spn")},
-               tr("Missing required argument: line, pgn, direction and/or spn"), target))
-        return;
-    const quint32 pgnNumber = number(arguments, "pgn");
-    const quint32 spnNumber = number(arguments, "spn");
-    const QStringList texts{QString::number(spnNumber), QString::number(pgnNumber),
-                            directionWord(target.direction), QString::number(target.line)};
-    if (!target.database->spnExists(target.line, pgnNumber, target.direction, spnNumber)) {
-        session.sendToolText(
-            id,
-            tr("SPN %1 does not exist on PGN %2 (%3), line %4.").arg(texts[0], texts[1], texts[2], texts[3]),
-            true);
-        return;
-    }
-    target.database->deleteSPN(target.line, pgnNumber, target.direction, spnNumber);
-    updatePgnMappingCount(*target.database, target.line, pgnNumber, target.direction);
-    session.sendEditReply(
-        id, tr("SPN %1 deleted from PGN %2 (%3), line %4.").arg(texts[0], texts[1], texts[2], texts[3]));
+    deleteSignal(session, id, arguments, pgns(),
+                 tr("Missing required argument: line, pgn, direction and/or spn"));
 }
 
 void MCPJ1939Tools::listCanIds(MCPSession& session, int id, const QJsonObject& arguments)
@@ -485,13 +588,13 @@ void MCPJ1939Tools::listCanIds(MCPSession& session, int id, const QJsonObject& a
 void MCPJ1939Tools::getCanId(MCPSession& session, int id, const QJsonObject& arguments)
 {
     Target target;
-    if (!guard(session, id, arguments, Family::RawCan, canIdKeys(),
+    if (!guard(session, id, arguments, Family::RawCan, messageKeys(canIds()),
                tr("Missing required argument: line, canId and/or direction"), target))
         return;
     const quint32 canId = number(arguments, "canId");
     CANID record;
     if (!target.database->getCANID(target.line, canId, target.direction, record)) {
-        session.sendToolText(id, missingCanIdText(canId, target.direction, target.line), true);
+        session.sendToolText(id, messageText(canIds(), canIds().missing, target, canId), true);
         return;
     }
     QJsonArray elements;
@@ -513,109 +616,40 @@ void MCPJ1939Tools::getCanId(MCPSession& session, int id, const QJsonObject& arg
 
 void MCPJ1939Tools::addCanId(MCPSession& session, int id, const QJsonObject& arguments)
 {
-    Target target;
-    if (!guard(session, id, arguments, Family::RawCan, canIdKeys() + QStringList{QStringLiteral("name")},
-               tr("Missing required argument: line, canId, direction and/or name"), target, true))
-        return;
-    const quint32 canId = number(arguments, "canId");
-    const QString word = directionWord(target.direction);
-    const QString lineText = QString::number(target.line);
-    if (target.database->canIdExists(target.line, canId, target.direction)) {
-        session.sendToolText(
-            id, tr("CAN-ID %1 (%2) already exists on line %3.").arg(canIdText(canId), word, lineText), true);
-        return;
-    }
-    CANID record;
-    record.id = canId;
-    record.direction = target.direction;
-    record.name = arguments.value(QStringLiteral("name")).toString();
-    if (arguments.contains(QStringLiteral("description")))
-        record.desc = arguments.value(QStringLiteral("description")).toString();
-    if (arguments.contains(QStringLiteral("cycleTimeMs")))
-        record.cycletime_ms = quint16(number(arguments, "cycleTimeMs"));
-    if (arguments.contains(QStringLiteral("inhibitTimeMs")))
-        record.inhibittime_ms = quint16(number(arguments, "inhibitTimeMs"));
-    target.database->addCANID(target.line, canId, record);
-    if (!target.database->canIdExists(target.line, canId, target.direction)) {
-        session.sendToolText(
-            id, tr("Failed to add CAN-ID %1 (%2) on line %3.").arg(canIdText(canId), word, lineText), true);
-        return;
-    }
-    session.sendEditReply(id, tr("CAN-ID %1 (%2) added on line %3.").arg(canIdText(canId), word, lineText));
+    addMessage(session, id, arguments, canIds(),
+               tr("Missing required argument: line, canId, direction and/or name"),
+               [&arguments](ObjectDataBase& database, const Target& target, quint32 canId) {
+                   CANID record;
+                   record.id = canId;
+                   record.direction = target.direction;
+                   takeMessageValues(arguments, record);
+                   database.addCANID(target.line, canId, record);
+               });
 }
 
 void MCPJ1939Tools::deleteCanId(MCPSession& session, int id, const QJsonObject& arguments)
 {
-    Target target;
-    quint32 canId = 0;
-    if (!guardCanId(session, id, arguments, canIdKeys(),
-                    tr("Missing required argument: line, canId and/or direction"), target, canId))
-        return;
-    target.database->deleteCANID(target.line, canId, target.direction);
-    session.sendEditReply(
-        id, tr("CAN-ID %1 (%2) deleted from line %3.")
-                .arg(canIdText(canId), directionWord(target.direction), QString::number(target.line)));
+    deleteMessage(session, id, arguments, canIds(),
+                  tr("Missing required argument: line, canId and/or direction"));
 }
 
 void MCPJ1939Tools::addDataElement(MCPSession& session, int id, const QJsonObject& arguments)
 {
-    Target target;
-    quint32 canId = 0;
-    if (!guardCanId(session, id, arguments,
-                    canIdKeys() + QStringList{QStringLiteral("number"), QStringLiteral("name"),
-                                              QStringLiteral("dataType")},
-                    tr("Missing required argument: line, canId, direction, number, name and/or dataType"),
-                    target, canId))
-        return;
-    const quint32 elementNumber = number(arguments, "number");
-    const QStringList texts{QString::number(elementNumber), canIdText(canId), directionWord(target.direction),
-                            QString::number(target.line)};
-    DataElement element;
-    if (target.database->getDataElement(target.line, canId, target.direction, elementNumber, element)) {
-        session.sendToolText(id,
-                             tr("Data element %1 already exists on CAN-ID %2 (%3), line %4.")
-                                 .arg(texts[0], texts[1], texts[2], texts[3]),
-                             true);
-        return;
-    }
-    element.canid = canId;
-    element.number = elementNumber;
-    element.direction = target.direction;
-    takeSignalValues(arguments, element, element.bitpos);
-    target.database->addDataElement(target.line, canId, target.direction, elementNumber, element);
-    if (!target.database->getDataElement(target.line, canId, target.direction, elementNumber, element)) {
-        session.sendToolText(id,
-                             tr("Failed to add data element %1 on CAN-ID %2 (%3), line %4.")
-                                 .arg(texts[0], texts[1], texts[2], texts[3]),
-                             true);
-        return;
-    }
-    updateCanIdMappingCount(*target.database, target.line, canId, target.direction);
-    session.sendEditReply(
-        id,
-        tr("Data element %1 added on CAN-ID %2 (%3), line %4.").arg(texts[0], texts[1], texts[2], texts[3]));
+    addSignal(
+        session, id, arguments, canIds(),
+        tr("Missing required argument: line, canId, direction, number, name and/or dataType"),
+        [&arguments](ObjectDataBase& database, const Target& target, quint32 canId, quint32 elementNumber) {
+            DataElement element;
+            element.canid = canId;
+            element.number = elementNumber;
+            element.direction = target.direction;
+            takeSignalValues(arguments, element, element.bitpos);
+            database.addDataElement(target.line, canId, target.direction, elementNumber, element);
+        });
 }
 
 void MCPJ1939Tools::deleteDataElement(MCPSession& session, int id, const QJsonObject& arguments)
 {
-    Target target;
-    if (!guard(session, id, arguments, Family::RawCan, canIdKeys() + QStringList{QStringLiteral("number")},
-               tr("Missing required argument: line, canId, direction and/or number"), target))
-        return;
-    const quint32 canId = number(arguments, "canId");
-    const quint32 elementNumber = number(arguments, "number");
-    const QStringList texts{QString::number(elementNumber), canIdText(canId), directionWord(target.direction),
-                            QString::number(target.line)};
-    DataElement element;
-    if (!target.database->getDataElement(target.line, canId, target.direction, elementNumber, element)) {
-        session.sendToolText(id,
-                             tr("Data element %1 does not exist on CAN-ID %2 (%3), line %4.")
-                                 .arg(texts[0], texts[1], texts[2], texts[3]),
-                             true);
-        return;
-    }
-    target.database->deleteDataElement(target.line, canId, target.direction, elementNumber);
-    updateCanIdMappingCount(*target.database, target.line, canId, target.direction);
-    session.sendEditReply(id, tr("Data element %1 deleted from CAN-ID %2 (%3), line %4.")
-                                  .arg(texts[0], texts[1], texts[2], texts[3]));
+    deleteSignal(session, id, arguments, canIds(),
+                 tr("Missing required argument: line, canId, direction and/or number"));
 }

@@ -1,6 +1,7 @@
 #include "pipeline/postgenprocessor.h"
 
 #include "canopenlib/helper.h"
+#include "database/linetypes.h"
 #include "database/objectdatabase.h"
 #include "pipeline/edscheckerwrapper.h"
 #include "pipeline/outputhandlerbase.h"
@@ -211,8 +212,7 @@ void PostGenProcessor::startEdsCheck()
         const QString base = m_outputDir + QLatin1Char('/') + m_baseName;
         startChecker(checker, base + QStringLiteral(".eds"), tr("EDS Checker started"));
         QList<quint8> lines = m_database->getNodeList();
-        // Lines 254 and 255 are scratch lines and have no EDS file.
-        lines.removeIf([](quint8 line) { return line >= 254; });
+        lines.removeIf([](quint8 line) { return line >= Line::firstScratch; });
         if (lines.size() > 1) {
             for (quint8 line : std::as_const(lines)) {
                 startChecker(checker, QStringLiteral("%1_%2.eds").arg(base).arg(line),

@@ -50,7 +50,7 @@ TEST(CheckModel, CountsErrorsCollectsEveryMessageAndCorrectsTheOpenProject)
 {
     TestProject project;
     project.setGeneral("co_timer_interval", "");
-    project.addLine(1, 0);
+    project.addLine(1, Line::NoType);
     addArrayToCorrect(project);
     const QString path = save(project);
 

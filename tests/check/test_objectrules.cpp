@@ -19,7 +19,7 @@ void makeFdDevice(TestProject& p)
 ProjectSetup onTwoLines(std::vector<std::pair<QString, QString>> values)
 {
     return [setup = settings(std::move(values))](TestProject& p) {
-        p.addLine(1, 1);
+        p.addLine(1, Line::CANopen);
         setup(p);
     };
 }
@@ -447,7 +447,7 @@ TEST(ObjectRules, VariableNamesAreUniquePerLine)
               applicationVariableAt(0x2001, "speed2")(p);
           },
           [=](TestProject& p) {
-              p.addLine(1, 1);
+              p.addLine(1, Line::CANopen);
               applicationVariableAt(0x2000, "speed")(p);
               applicationVariableAt(0x2001, "speed", 1)(p);
           }},

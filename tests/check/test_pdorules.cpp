@@ -282,7 +282,7 @@ TEST(PdoRules, MappingStyleAndLineRules)
         };
     };
     const ProjectSetup emcyProducerOnLine0AndConsumerOnLine1 = [](TestProject& p) {
-        p.addLine(1, 1);
+        p.addLine(1, Line::CANopen);
         p.addVariable(0x1014, 7, "rw", "$NODEID+0x80");
         p.addArray(0x1028, {"0x81"}, 7, 1);
     };
@@ -317,11 +317,11 @@ TEST(PdoRules, MappingStyleAndLineRules)
          "<strong>Error: </strong>Both EMCY producer objects and EMCY consumer objects must be present to "
          "use EMCY routing.",
          {settings({{"emcy_routing", "1"}}),
-          then(settings({{"emcy_routing", "1"}}), [](TestProject& p) { p.addLine(1, 1); }),
+          then(settings({{"emcy_routing", "1"}}), [](TestProject& p) { p.addLine(1, Line::CANopen); }),
           then(settings({{"emcy_routing", "1"}}),
                [](TestProject& p) { p.addVariable(0x1014, 7, "rw", "$NODEID+0x80"); })},
          {then(settings({{"emcy_routing", "1"}}), emcyProducerOnLine0AndConsumerOnLine1),
-          then(settings({{"emcy_routing", "0"}}), [](TestProject& p) { p.addLine(1, 1); })}},
+          then(settings({{"emcy_routing", "0"}}), [](TestProject& p) { p.addLine(1, Line::CANopen); })}},
         {"COB-ID outside the pre-defined connection set",
          "Warning: Object 0x1800-0x01: The COB-ID for this PDO does not follow the pre-defined connection "
          "set.",

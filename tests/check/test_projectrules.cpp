@@ -16,7 +16,7 @@ const QString udsRoles = QStringLiteral("<strong><font color='red'>Error: </font
 ProjectSetup udsOnTwoLines(const QString& serverActive)
 {
     return [serverActive](TestProject& p) {
-        p.addLine(1, 1);
+        p.addLine(1, Line::CANopen);
         settings({{"udsserver_supported", "1"},
                   {"udsclient_supported", "1"},
                   {"uds_server_active", serverActive},
@@ -141,15 +141,15 @@ TEST(ProjectRules, CommonSettings)
          "<strong><font color='red'>Error: </font></strong>The CANopen setting 'NMT Master or Slave' is not "
          "supported in multi-protocol projects.",
          {[](TestProject& p) {
-              p.addLine(1, 2);
+              p.addLine(1, Line::J1939);
               p.setGeneral("nmtmaster", "0,2");
           },
           [](TestProject& p) {
-              p.addLine(1, 4);
+              p.addLine(1, Line::RawCan);
               p.setGeneral("nmtmaster", "0,2");
           }},
          {[](TestProject& p) {
-              p.addLine(1, 2);
+              p.addLine(1, Line::J1939);
               p.setGeneral("nmtmaster", "0,0");
           },
           settings({{"line0type", "5"}, {"nmtmaster", "2"}})}},

@@ -134,8 +134,8 @@ TEST(StackCompatibility, RelativePathStartsAtTheProjectFolder)
 TEST(StackCompatibility, EveryCANopenLineReportsTheMisfit)
 {
     TestProject project;
-    project.addLine(1, 1);
-    project.addLine(2, 2);
+    project.addLine(1, Line::CANopen);
+    project.addLine(2, Line::J1939);
     project.db().setMiscSetting("costackpath",
                                 makeStack(project, {{"co_featureinfo_a.xml", featureFile("4.2")}}));
     EXPECT_EQ(project.run().errors, 2);

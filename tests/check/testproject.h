@@ -1,6 +1,7 @@
 #pragma once
 
 #include "common/cleanproject.h"
+#include "database/linetypes.h"
 #include "database/objectdatabase.h"
 
 #include <QSharedPointer>

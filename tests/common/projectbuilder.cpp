@@ -62,6 +62,59 @@ void addObject(ObjectDataBase& db, quint8 line, quint16 index, int objectType, c
         db.addSubIndex(line, index, sub.subindex, sub.record());
 }
 
+bool addPgn(ObjectDataBase& db, quint8 line, quint32 number, ObjectDataBase::PGN pgn,
+            QList<ObjectDataBase::SPN> spns)
+{
+    pgn.number = number;
+    pgn.mappingcount = quint16(spns.size());
+    bool ok = db.addPGN(line, number, pgn);
+    for (ObjectDataBase::SPN& spn : spns) {
+        spn.pgnnumber = number;
+        spn.direction = pgn.direction;
+        ok = db.addSPN(line, number, pgn.direction, spn.spnnumber, spn) && ok;
+    }
+    return ok;
+}
+
+bool addCanId(ObjectDataBase& db, quint8 line, quint32 id, ObjectDataBase::CANID canId,
+              QList<ObjectDataBase::DataElement> elements)
+{
+    canId.id = id;
+    canId.mappingcount = quint16(elements.size());
+    bool ok = db.addCANID(line, id, canId);
+    for (ObjectDataBase::DataElement& element : elements) {
+        element.canid = id;
+        element.direction = canId.direction;
+        ok = db.addDataElement(line, id, canId.direction, element.number, element) && ok;
+    }
+    return ok;
+}
+
+namespace {
+
+template <typename Signal> QList<Signal> packedBy(QList<Signal> list, quint16 Signal::*firstBit)
+{
+    quint16 bit = 0;
+    for (qsizetype place = 0; place < list.size(); ++place) {
+        list[place].pos = quint32(place);
+        list[place].*firstBit = bit;
+        bit += list[place].bitsize;
+    }
+    return list;
+}
+
+} // namespace
+
+QList<ObjectDataBase::SPN> packed(QList<ObjectDataBase::SPN> spns)
+{
+    return packedBy(spns, &ObjectDataBase::SPN::bitposition);
+}
+
+QList<ObjectDataBase::DataElement> packed(QList<ObjectDataBase::DataElement> elements)
+{
+    return packedBy(elements, &ObjectDataBase::DataElement::bitpos);
+}
+
 void cacheLines(ObjectDataBase& db)
 {
     const QList<quint8> lines = db.getNodeList();

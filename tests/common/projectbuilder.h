@@ -46,6 +46,20 @@ void addObject(ObjectDataBase& db, quint8 line, quint16 index, const QString& na
 // An object called "object <index>"; with one sub-index it takes that one's data type.
 void addObject(ObjectDataBase& db, quint8 line, quint16 index, int objectType, const QList<Sub>& subs);
 
+// A PGN of the line with its SPNs, each numbered by its `spnnumber`: they take
+// the PGN's number and direction, and the PGN's mappingcount counts them.
+// False when the store refused a record.
+bool addPgn(ObjectDataBase& db, quint8 line, quint32 number, ObjectDataBase::PGN pgn,
+            QList<ObjectDataBase::SPN> spns = {});
+// A CAN identifier of the line with its data elements, each numbered by its
+// `number`, in the same way.
+bool addCanId(ObjectDataBase& db, quint8 line, quint32 id, ObjectDataBase::CANID canId,
+              QList<ObjectDataBase::DataElement> elements = {});
+// The signals laid out in list order: each takes the next place and starts
+// at the bit behind the one before.
+QList<ObjectDataBase::SPN> packed(QList<ObjectDataBase::SPN> spns);
+QList<ObjectDataBase::DataElement> packed(QList<ObjectDataBase::DataElement> elements);
+
 // Fills the sub-index, name and SPN caches of all lines and the string pool.
 void cacheLines(ObjectDataBase& db);
 

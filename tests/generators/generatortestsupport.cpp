@@ -25,17 +25,11 @@ QString runGenerator(AbstractGenerator& generator, ObjectDataBase& db, const QSt
 
 void addCanId(ObjectDataBase& db, quint8 line, quint32 id, QList<ObjectDataBase::DataElement> elements)
 {
+    for (qsizetype number = 0; number < elements.size(); ++number)
+        elements[number].number = quint32(number);
     ObjectDataBase::CANID canId;
-    canId.id = id;
     canId.direction = ObjectDataBase::Transmit;
-    canId.mappingcount = quint16(elements.size());
-    db.addCANID(line, id, canId);
-    quint32 number = 0;
-    for (ObjectDataBase::DataElement& element : elements) {
-        element.canid = id;
-        element.direction = ObjectDataBase::Transmit;
-        db.addDataElement(line, id, ObjectDataBase::Transmit, number++, element);
-    }
+    projectbuilder::addCanId(db, line, id, canId, elements);
 }
 
 ObjectDataBase::DataElement element(int dataType, quint16 bits, const QString& varname)
@@ -57,22 +51,10 @@ void addPgn(ObjectDataBase& db, quint8 line, quint32 number, quint8 direction, q
 {
     ObjectDataBase::PGN pgn;
     pgn.name = name;
-    pgn.number = number;
     pgn.direction = direction;
     pgn.priority = priority;
     pgn.cycletime_ms = 100;
-    pgn.mappingcount = quint16(spns.size());
-    db.addPGN(line, number, pgn);
-    quint16 bit = 0;
-    quint32 pos = 0;
-    for (ObjectDataBase::SPN& spn : spns) {
-        spn.pos = pos++;
-        spn.pgnnumber = number;
-        spn.direction = direction;
-        spn.bitposition = bit;
-        bit += spn.bitsize;
-        db.addSPN(line, number, direction, spn.spnnumber, spn);
-    }
+    projectbuilder::addPgn(db, line, number, pgn, packed(spns));
 }
 
 ObjectDataBase::SPN spn(quint32 number, int dataType, quint16 bits, const QString& varname)
@@ -82,7 +64,7 @@ ObjectDataBase::SPN spn(quint32 number, int dataType, quint16 bits, const QStrin
     record.name = QStringLiteral("SPN %1").arg(number);
     record.datatype = dataType;
     record.bitsize = bits;
-    record.implementation = varname.isEmpty() ? 0 : 2;
+    record.implementation = varname.isEmpty() ? CANopen::ManagedVariable : CANopen::ApplicationVariable;
     record.varname = varname;
     return record;
 }

@@ -24,9 +24,11 @@ namespace generatortest {
 
 using projectbuilder::addLine;
 using projectbuilder::addObject;
+using projectbuilder::addPgn;
 using projectbuilder::cacheLines;
+using projectbuilder::packed;
 
-// Adds a PGN with its SPNs, which get their place and first bit in list order.
+// A PGN sent every 100 ms with its SPNs packed in list order.
 void addPgn(ObjectDataBase& db, quint8 line, quint32 number, quint8 direction, quint8 priority,
             QList<ObjectDataBase::SPN> spns, const QString& name = QStringLiteral("Signals"));
 // An SPN; a variable name makes it the application's own variable.

@@ -75,7 +75,7 @@ void addSmallDevice(ObjectDataBase& db, quint8 line)
 void openSmallProject(ObjectDataBase& db)
 {
     ASSERT_TRUE(db.createNewDataBase());
-    addLine(db, 0, 1);
+    addLine(db, 0, Line::CANopen);
     addSmallDevice(db, 0);
     db.setGeneralSetting("co_timer_interval", "1000");
     db.setGeneralSetting("event_nmt", "2");
@@ -186,7 +186,7 @@ TEST_F(DefineGenerator, SmallCANopenDeviceIsExact)
 TEST_F(DefineGenerator, CoreFormDiffersOnlyWhereTheNewerStackDoes)
 {
     QTemporaryDir coreDir;
-    addLine(db, 1, 1);
+    addLine(db, 1, Line::CANopen);
     addSmallDevice(db, 1);
     const QList<QPair<QString, QString>> settings = {{"canfd_supported", "1"},
                                                      {"usdo_server_enabled", "1"},
@@ -448,7 +448,7 @@ TEST_F(DefineGenerator, AllTargets)
 // Two CANopen lines: per-line lists in line order, sums over the lines.
 TEST_F(DefineGenerator, ListsAndSumsOverLines)
 {
-    addLine(db, 1, 1);
+    addLine(db, 1, Line::CANopen);
     addObject(db, 1, 0x1000, "Device type", 7, {Sub(0, "Device type", 7, "0x00000191")});
     addObject(db, 1, 0x1280, "SDO client parameter", 9, {Sub(0, "count", 5, "3")});
     addObject(db, 1, 0x1281, "SDO client parameter", 9, {Sub(0, "count", 5, "3")});
@@ -546,7 +546,7 @@ TEST(DefineGeneratorFd, CanFdLineWithoutSdoServer)
     QTemporaryDir dir;
     ObjectDataBase db;
     ASSERT_TRUE(db.createNewDataBase());
-    addLine(db, 0, 1);
+    addLine(db, 0, Line::CANopen);
     addObject(db, 0, 0x1000, "Device type", 7, {Sub(0, "Device type", 7, "0")});
     db.setGeneralSetting("canfd_supported", "1");
     const QString text = classicText(db, dir.path());
@@ -573,7 +573,7 @@ TEST_F(DefineGenerator, DynamicEventsUnlessSwitchedOffByNumber)
 
 TEST_F(DefineGenerator, CanEventWrittenOnce)
 {
-    addLine(db, 1, 2);
+    addLine(db, 1, Line::J1939);
     db.setGeneralSetting("event_can", "3");
     db.setJ1939Setting("canindication_cnt", "2");
     const QString text = generateDefine(db, dir.path(), {false, true, true});

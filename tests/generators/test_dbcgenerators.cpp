@@ -17,58 +17,52 @@ using namespace generatortest;
 
 namespace {
 
-ObjectDataBase::SPN spnRecord(quint32 pos, const QString& name, int datatype, quint16 bitsize = 0,
-                              const QString& desc = QString())
+// SPN `number` at place `pos`, an application variable named after its first letters.
+ObjectDataBase::SPN spnRecord(quint32 number, quint32 pos, const QString& name, int datatype,
+                              quint16 bitsize = 0, const QString& desc = QString())
 {
     ObjectDataBase::SPN spn;
+    spn.spnnumber = number;
     spn.pos = pos;
     spn.name = name;
     spn.desc = desc;
     spn.datatype = datatype;
     spn.bitsize = bitsize;
-    spn.implementation = 2;
+    spn.implementation = CANopen::ApplicationVariable;
     spn.varname = name.left(4).toLower();
     return spn;
 }
 
-void addPgn(ObjectDataBase& db, quint32 number, quint8 direction, const QString& name, quint16 cycle,
-            const QString& desc, const QList<std::pair<quint32, ObjectDataBase::SPN>>& spns)
+ObjectDataBase::PGN pgnRecord(quint8 direction, const QString& name, quint16 cycle, const QString& desc)
 {
     ObjectDataBase::PGN pgn;
-    pgn.number = number;
     pgn.direction = direction;
     pgn.priority = 6;
     pgn.name = name;
     pgn.desc = desc;
     pgn.cycletime_ms = cycle;
-    pgn.mappingcount = quint16(spns.size());
-    db.addPGN(0, number, pgn);
-    for (const auto& [spnNumber, spn] : spns) {
-        ObjectDataBase::SPN record = spn;
-        record.pgnnumber = number;
-        record.direction = direction;
-        record.spnnumber = spnNumber;
-        db.addSPN(0, number, direction, spnNumber, record);
-    }
+    return pgn;
 }
 
 // A J1939 engine at address 0x10: two sent PGNs, one of them with a string
 // ended by "*" and a dummy byte, and one received request.
 void fillJ1939Project(ObjectDataBase& db)
 {
-    addLine(db, 0, 2);
+    addLine(db, 0, Line::J1939);
     db.setJ1939Setting(QStringLiteral("startaddress"), QStringLiteral("0x10"));
-    addPgn(
-        db, 65262, ObjectDataBase::Transmit, QStringLiteral("Engine Temperature 1"), 1000,
-        QStringLiteral("ET1"),
-        {{110, spnRecord(0, QStringLiteral("Engine Coolant Temperature"), 5, 0, QStringLiteral("coolant"))},
-         {1, spnRecord(1, QStringLiteral("dummy byte"), 5)},
-         {175, spnRecord(2, QStringLiteral("Engine Oil Temperature 1"), 6)}});
-    addPgn(db, 65259, ObjectDataBase::Transmit, QStringLiteral("Component Identification"), 0, QString(),
-           {{586, spnRecord(0, QStringLiteral("Make"), 121, 800)},
-            {587, spnRecord(1, QStringLiteral("Model"), 5)}});
-    addPgn(db, 59904, ObjectDataBase::Receive, QStringLiteral("Request"), 0, QString(),
-           {{2540, spnRecord(0, QStringLiteral("Requested PGN"), 22)}});
+    addPgn(db, 0, 65262,
+           pgnRecord(ObjectDataBase::Transmit, QStringLiteral("Engine Temperature 1"), 1000,
+                     QStringLiteral("ET1")),
+           {spnRecord(110, 0, QStringLiteral("Engine Coolant Temperature"), CAN::Unsigned8, 0,
+                      QStringLiteral("coolant")),
+            spnRecord(1, 1, QStringLiteral("dummy byte"), CAN::Unsigned8),
+            spnRecord(175, 2, QStringLiteral("Engine Oil Temperature 1"), CAN::Unsigned16)});
+    addPgn(db, 0, 65259,
+           pgnRecord(ObjectDataBase::Transmit, QStringLiteral("Component Identification"), 0, QString()),
+           {spnRecord(586, 0, QStringLiteral("Make"), CAN::VisStringAsterisk, 800),
+            spnRecord(587, 1, QStringLiteral("Model"), CAN::Unsigned8)});
+    addPgn(db, 0, 59904, pgnRecord(ObjectDataBase::Receive, QStringLiteral("Request"), 0, QString()),
+           {spnRecord(2540, 0, QStringLiteral("Requested PGN"), CAN::Unsigned24)});
 }
 
 struct DbcRun
@@ -95,22 +89,14 @@ DbcRun runDbcGenerator(ObjectDataBase& db, const QString& dir, bool implementati
 // extended frame.
 void fillRawCanProject(ObjectDataBase& db)
 {
-    addLine(db, 0, 4);
-    auto addCanId = [&db](quint32 id, quint8 direction, const QString& name, const QString& desc,
-                          quint16 cycle, const QList<ObjectDataBase::DataElement>& elements) {
+    addLine(db, 0, Line::RawCan);
+    auto canId = [](quint8 direction, const QString& name, const QString& desc, quint16 cycle) {
         ObjectDataBase::CANID record;
-        record.id = id;
         record.direction = direction;
         record.name = name;
         record.desc = desc;
         record.cycletime_ms = cycle;
-        record.mappingcount = quint16(elements.size());
-        db.addCANID(0, id, record);
-        for (ObjectDataBase::DataElement element : elements) {
-            element.canid = id;
-            element.direction = direction;
-            db.addDataElement(0, id, direction, element.number, element);
-        }
+        return record;
     };
     auto element = [](quint32 number, const QString& name, int datatype, quint16 bitpos, quint16 bitsize,
                       const QString& desc = QString()) {
@@ -124,11 +110,14 @@ void fillRawCanProject(ObjectDataBase& db)
         record.bitsize = bitsize;
         return record;
     };
-    addCanId(0x181, ObjectDataBase::Transmit, QString(), QStringLiteral("Status \"A\""), 100,
-             {element(1, QStringLiteral("Speed"), 3, 0, 0),
-              element(2, QStringLiteral("Mode"), 5, 16, 0, "mode"), element(3, QString(), 5, 24, 4)});
-    addCanId(0x80000123, ObjectDataBase::Receive, QStringLiteral("Cmd Frame"), QString(), 0,
-             {element(1, QStringLiteral("Value"), 7, 0, 0)});
+    projectbuilder::addCanId(db, 0, 0x181,
+                             canId(ObjectDataBase::Transmit, QString(), QStringLiteral("Status \"A\""), 100),
+                             {element(1, QStringLiteral("Speed"), CAN::Integer16, 0, 0),
+                              element(2, QStringLiteral("Mode"), CAN::Unsigned8, 16, 0, "mode"),
+                              element(3, QString(), CAN::Unsigned8, 24, 4)});
+    projectbuilder::addCanId(db, 0, 0x80000123,
+                             canId(ObjectDataBase::Receive, QStringLiteral("Cmd Frame"), QString(), 0),
+                             {element(1, QStringLiteral("Value"), CAN::Unsigned32, 0, 0)});
 }
 
 // The messages and signals of a DBC file as our reader takes them, in the

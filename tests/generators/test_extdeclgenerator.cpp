@@ -22,8 +22,8 @@ namespace {
 void makeMixedProject(ObjectDataBase& db, bool withCounter)
 {
     db.createNewDataBase();
-    addLine(db, 0, 2);
-    addLine(db, 1, 4);
+    addLine(db, 0, Line::J1939);
+    addLine(db, 1, Line::RawCan);
     ObjectDataBase::SPN speed = spn(84, 6, 16, QStringLiteral("speed"));
     speed.desc = QStringLiteral("Wheel speed");
     QList<ObjectDataBase::SPN> spns = {speed, spn(70, 100, 2, QStringLiteral("brake")),

@@ -80,7 +80,7 @@ TEST(IndicationGenerator, WithoutFunctionsTheHeaderSaysSo)
     QTemporaryDir dir;
     ObjectDataBase db;
     ASSERT_TRUE(db.createNewDataBase());
-    addLine(db, 0, 1);
+    addLine(db, 0, Line::CANopen);
     db.setGeneralSetting(QStringLiteral("fct_nmt"), QStringLiteral("   "));
     const QString text = generate(db, dir.path(), false);
     EXPECT_TRUE(
@@ -117,11 +117,11 @@ TEST(IndicationGenerator, NamedFunctionsCompileInBothForms)
         QTemporaryDir dir;
         ObjectDataBase db;
         ASSERT_TRUE(db.createNewDataBase());
-        addLine(db, 0, 1);
+        addLine(db, 0, Line::CANopen);
         for (quint16 index : {0x1000, 0x1001})
             addObject(db, 0, index, QStringLiteral("object"), 7);
         if (c.twoLines) {
-            addLine(db, 1, 1);
+            addLine(db, 1, Line::CANopen);
             for (quint16 index : {0x1000, 0x1001})
                 addObject(db, 1, index, QStringLiteral("object"), 7);
         }

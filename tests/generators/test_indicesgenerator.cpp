@@ -59,7 +59,7 @@ TEST(IndicesGenerator, MakeIdentifierReplacesAndShrinks)
 // repeated names made unique and repeated defines left out.
 TEST_F(IndicesHeader, SingleLineFileIsExact)
 {
-    addLine(db, 0, 1);
+    addLine(db, 0, Line::CANopen);
     addObject(db, 0, 0x1000, "Device type", 7);
     addObject(db, 0, 0x1018, "Identity object", 9,
               {{0, "Highest sub-index supported"}, {1, "Vendor-ID"}, {2, "Product code"}});
@@ -138,8 +138,8 @@ TEST(IndicesGenerator, LinePrefixFollowsMultiLineAndGenerateML)
 
 TEST_F(IndicesHeader, MultiLineProjectNamesEachLine)
 {
-    addLine(db, 0, 1);
-    addLine(db, 1, 1);
+    addLine(db, 0, Line::CANopen);
+    addLine(db, 1, Line::CANopen);
     addObject(db, 0, 0x1000, "Device type", 7);
     addObject(db, 1, 0x1000, "Device type", 7);
     addObject(db, 1, 0x1401, "RPDO comm par 2 for node 5 motor", 9, {{0, "count"}, {1, "COB-ID"}});
@@ -188,8 +188,8 @@ TEST(IndicesGenerator, PdoAliasRule)
 
 TEST_F(IndicesHeader, PgnsSpnsAndRawCanIdentifiers)
 {
-    addLine(db, 0, 2);
-    addLine(db, 1, 4);
+    addLine(db, 0, Line::J1939);
+    addLine(db, 1, Line::RawCan);
     auto pgn = [](quint8 direction, const QString& name) {
         ObjectDataBase::PGN record;
         record.name = name;

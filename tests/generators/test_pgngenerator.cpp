@@ -59,8 +59,8 @@ void setNameFields(ObjectDataBase& db, const QString& identity, const QString& a
 void makeTwoLineProject(ObjectDataBase& db)
 {
     db.createNewDataBase();
-    addLine(db, 0, 2);
-    addLine(db, 1, 2);
+    addLine(db, 0, Line::J1939);
+    addLine(db, 1, Line::J1939);
     db.setGeneralSetting("init_static_variables", "1");
     db.setGeneralSetting("new_init_structure", "1");
     db.setGeneralSetting("co_timer_interval", "1000");
@@ -74,7 +74,7 @@ void makeTwoLineProject(ObjectDataBase& db)
 void makeUdsProject(ObjectDataBase& db)
 {
     db.createNewDataBase();
-    addLine(db, 0, 2);
+    addLine(db, 0, Line::J1939);
     setNameFields(db, "4711", "0");
     const QList<QPair<const char*, const char*>> settings = {{"init_static_variables", "0"},
                                                              {"new_init_structure", "1"},
@@ -334,7 +334,7 @@ INSTANTIATE_TEST_SUITE_P(
                   false,
                   [](ObjectDataBase& db) {
                       db.createNewDataBase();
-                      addLine(db, 0, 2);
+                      addLine(db, 0, Line::J1939);
                       setNameFields(db, "4711", "0");
                       db.setGeneralSetting("canfd_supported", "1");
                       db.setJ1939Setting("j1939fd_multipgbuffer", "2,3");
@@ -347,7 +347,7 @@ INSTANTIATE_TEST_SUITE_P(
             true,
             [](ObjectDataBase& db) {
                 db.createNewDataBase();
-                addLine(db, 0, 7);
+                addLine(db, 0, Line::J1939RawCan);
                 setNameFields(db, "4711", "0");
                 db.setGeneralSetting("rxindication_cnt", "2");
                 db.setGeneralSetting("changedindication_cnt", "1");

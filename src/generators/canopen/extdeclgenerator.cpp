@@ -1,27 +1,19 @@
 #include "generators/canopen/extdeclgenerator.h"
 
+#include "canopenlib/canopentypes.h"
 #include "canopenlib/cohelper.h"
+#include "database/linetypes.h"
 #include "database/objectdatabase.h"
 
 #include <QCoreApplication>
 
+#include <algorithm>
+
 namespace {
 
-// Lines 254 and 255 are scratch lines and never generated.
-constexpr quint8 scratchLines = 254;
 // A raw CAN identifier keeps its frame format in bit 29 above the 29 bits of the identifier.
 constexpr quint32 extendedFrameFlag = 0x20000000;
 constexpr quint32 identifierMask = 0x1FFFFFFF;
-
-bool carriesRawCan(int type)
-{
-    return type == 4 || type == 6 || type == 7;
-}
-
-bool carriesJ1939(int type)
-{
-    return type == 2 || type == 5;
-}
 
 // Receive first, then transmit, as the mapping tables of the stack are written.
 const quint8 directions[] = {ObjectDataBase::Receive, ObjectDataBase::Transmit};
@@ -91,7 +83,7 @@ void ExtDeclGenerator::writeDefinitionsHead(SectionStream& out)
         << " * (This file may be used optionally if variables are not defined yet by the application.)\n"
         << " */\n\n"
         << "#include <gen_define.h>\n";
-    if (m_database->getGeneralSetting(QStringLiteral("use_core_headers")).toInt() == 1)
+    if (settingInt(QStringLiteral("use_core_headers")) == 1)
         out << "#include <core_datatype.h>\n";
     else
         out << "#include <co_datatype.h>\n";
@@ -104,7 +96,7 @@ void ExtDeclGenerator::writeBody(SectionStream& out, const char* prefix)
     out << "/* external variables */\n";
     QList<quint8> lines;
     for (quint8 line : m_database->getNodeList()) {
-        if (line < scratchLines)
+        if (line < Line::firstScratch)
             lines << line;
     }
     bool first = true;
@@ -116,61 +108,67 @@ void ExtDeclGenerator::writeBody(SectionStream& out, const char* prefix)
             out << "*/\n";
             first = false;
         }
-        const int type = m_database->getGeneralSetting(QStringLiteral("line%1type").arg(line)).toInt();
-        if (carriesRawCan(type)) {
+        const int type = m_database->lineType(line);
+        if (Line::carriesRawCan(type)) {
             for (quint8 direction : directions) {
                 for (quint32 id : m_database->getCANIDList(line, direction)) {
-                    QList<ObjectDataBase::DataElement> variables;
+                    QList<Variable> variables;
                     for (quint32 number : m_database->getDataElementList(line, id, direction)) {
                         ObjectDataBase::DataElement element;
                         m_database->getDataElement(line, id, direction, number, element);
-                        element.number = number;
-                        if (element.implementation == 2)
-                            variables << element;
+                        variables << Variable{element.implementation, element.datatype, element.bitsize,
+                                              element.varname,        number,           element.desc};
                     }
-                    if (variables.isEmpty())
-                        continue;
                     const quint32 identifier = id & identifierMask;
-                    out << "/* CAN-ID "
-                        << QStringLiteral("%1/0x%2").arg(identifier).arg(identifier, 4, 16, QLatin1Char('0'));
-                    if (id & extendedFrameFlag)
-                        out << " ext";
-                    out << " */\n";
-                    for (const ObjectDataBase::DataElement& element : variables)
-                        writeDeclaration(out, prefix, element.datatype, element.bitsize, element.varname,
-                                         element.number, element.desc);
+                    writeGroup(out, prefix,
+                               QStringLiteral("/* CAN-ID %1/0x%2%3 */\n")
+                                   .arg(identifier)
+                                   .arg(identifier, 4, 16, QLatin1Char('0'))
+                                   .arg((id & extendedFrameFlag) ? QStringLiteral(" ext") : QString()),
+                               variables);
                 }
             }
         }
-        if (carriesJ1939(type)) {
+        // The J1939 signals of a line that carries raw CAN beside J1939 get no declarations.
+        if (Line::carriesJ1939(type) && type != Line::J1939RawCan) {
             for (quint8 direction : directions) {
                 for (quint32 pgn : m_database->getPGNList(line, direction)) {
-                    QList<ObjectDataBase::SPN> variables;
+                    QList<Variable> variables;
                     for (quint32 number : m_database->getSPNList(line, pgn, direction)) {
                         ObjectDataBase::SPN spn;
                         m_database->getSPN(line, pgn, direction, number, spn);
-                        spn.spnnumber = number;
-                        if (spn.implementation == 2)
-                            variables << spn;
+                        variables << Variable{spn.implementation, spn.datatype, spn.bitsize,
+                                              spn.varname,        number,       spn.desc};
                     }
-                    if (variables.isEmpty())
-                        continue;
-                    out << "/* PGN " << QStringLiteral("0x%1").arg(pgn, 0, 16) << " */\n";
-                    for (const ObjectDataBase::SPN& spn : variables)
-                        writeDeclaration(out, prefix, spn.datatype, spn.bitsize, spn.varname, spn.spnnumber,
-                                         spn.desc);
+                    writeGroup(out, prefix, QStringLiteral("/* PGN 0x%1 */\n").arg(pgn, 0, 16), variables);
                 }
             }
         }
     }
 }
 
+// The signals of one CAN identifier or PGN that live in the application's
+// own variables, under their heading; nothing when there are none.
+void ExtDeclGenerator::writeGroup(SectionStream& out, const char* prefix, const QString& heading,
+                                  const QList<Variable>& variables)
+{
+    const bool any = std::any_of(variables.cbegin(), variables.cend(), [](const Variable& variable) {
+        return variable.implementation == CANopen::ApplicationVariable;
+    });
+    if (!any)
+        return;
+    out << heading;
+    for (const Variable& variable : variables) {
+        if (variable.implementation == CANopen::ApplicationVariable)
+            writeDeclaration(out, prefix, variable);
+    }
+}
+
 // An expression ("&", ".", "*") refers to storage declared elsewhere; an
 // array element declares its whole array once.
-void ExtDeclGenerator::writeDeclaration(SectionStream& out, const char* prefix, int dataType, quint16 bits,
-                                        const QString& varname, quint32 number, const QString& desc)
+void ExtDeclGenerator::writeDeclaration(SectionStream& out, const char* prefix, const Variable& variable)
 {
-    QString name = varname.trimmed();
+    QString name = variable.varname.trimmed();
     if (name.isEmpty() || name.contains(QLatin1Char('&')) || name.contains(QLatin1Char('.')) ||
         name.contains(QLatin1Char('*')))
         return;
@@ -183,14 +181,14 @@ void ExtDeclGenerator::writeDeclaration(SectionStream& out, const char* prefix, 
     if (m_declared.contains(name))
         return;
     m_declared.insert(name);
-    const QString text = COHelper::index2DataTypeString(quint16(dataType));
+    const QString text = COHelper::index2DataTypeString(quint16(variable.dataType));
     if (size.isEmpty() &&
         (text == QLatin1String("OCTET_STRING") || text == QLatin1String("VIS_STRING_NULL") ||
          text == QLatin1String("VISIBLE_STRING") || text == QLatin1String("VIS_STRING_ASTERIKS")))
-        size = QStringLiteral("[%1]").arg(bits / 8);
+        size = QStringLiteral("[%1]").arg(variable.bits / 8);
     out << prefix << cWord(text) << "\t" << name << size << ";";
-    if (!desc.isEmpty())
-        out << "\t/* SPN" << number << " " << desc << " */";
+    if (!variable.desc.isEmpty())
+        out << "\t/* SPN" << variable.number << " " << variable.desc << " */";
     out << "\n";
 }
 

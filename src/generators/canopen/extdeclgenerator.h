@@ -3,6 +3,7 @@
 #include "generators/abstractgenerator.h"
 #include "generators/sectionstream.h"
 
+#include <QList>
 #include <QSet>
 #include <QString>
 
@@ -41,8 +42,19 @@ private:
     void writeHeaderEnd(SectionStream& out);
     void writeDefinitionsEnd(SectionStream& out);
 
-    void writeDeclaration(SectionStream& out, const char* prefix, int dataType, quint16 bits,
-                          const QString& varname, quint32 number, const QString& desc);
+    // A J1939 or raw CAN signal as the declarations need it.
+    struct Variable
+    {
+        int implementation;
+        int dataType;
+        quint16 bits;
+        QString varname;
+        quint32 number;
+        QString desc;
+    };
+    void writeGroup(SectionStream& out, const char* prefix, const QString& heading,
+                    const QList<Variable>& variables);
+    void writeDeclaration(SectionStream& out, const char* prefix, const Variable& variable);
     // The C type for the data type's name.
     QString cWord(const QString& text) const;
 

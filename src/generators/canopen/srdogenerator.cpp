@@ -2,6 +2,7 @@
 
 #include "canopenlib/cohelper.h"
 #include "canopenlib/helper.h"
+#include "database/linetypes.h"
 #include "database/objectdatabase.h"
 
 #include <QCoreApplication>
@@ -10,7 +11,6 @@
 
 namespace {
 
-constexpr quint8 highestDictionaryLine = 31;
 constexpr quint16 firstSrdo = 0x1301;
 constexpr quint16 lastSrdo = 0x1340;
 // The mapping object of an SRDO lies 0x80 above its communication object.
@@ -20,28 +20,18 @@ constexpr quint64 consumer = 2;
 
 const char lintNote[] = "; /*lint !e960 Note pointer arithmetic other than array indexing used */\n";
 
+// The stack types of the 8, 16 and 32-bit basic types carry the type's own
+// name; a BOOLEAN travels as a byte, and every other type as the unsigned
+// word of its mapped width.
 QString cTypeOf(int dataType, int bits)
 {
-    switch (dataType) {
-    case 1:
-    case 5:
-        return QStringLiteral("UNSIGNED8");
-    case 2:
-        return QStringLiteral("INTEGER8");
-    case 3:
-        return QStringLiteral("INTEGER16");
-    case 4:
-        return QStringLiteral("INTEGER32");
-    case 6:
-        return QStringLiteral("UNSIGNED16");
-    case 7:
-        return QStringLiteral("UNSIGNED32");
-    case 8:
-        return QStringLiteral("REAL32");
-    default:
-        return bits <= 8 ? QStringLiteral("UNSIGNED8")
-                         : (bits <= 16 ? QStringLiteral("UNSIGNED16") : QStringLiteral("UNSIGNED32"));
-    }
+    const quint8 typeBits = COHelper::getDataLengthBits(CAN::CANopenDataType(dataType));
+    if (dataType != CAN::Boolean && COHelper::valueGroup(quint16(dataType)) != CAN::NoGroup &&
+        (typeBits == 8 || typeBits == 16 || typeBits == 32))
+        return COHelper::index2DataTypeString(quint16(dataType));
+    return bits <= 8 || dataType == CAN::Boolean
+               ? QStringLiteral("UNSIGNED8")
+               : (bits <= 16 ? QStringLiteral("UNSIGNED16") : QStringLiteral("UNSIGNED32"));
 }
 
 quint64 defaultOf(ObjectDataBase* database, quint8 line, quint16 index, quint8 subindex)
@@ -112,7 +102,7 @@ void SrdoGenerator::layOut()
     m_lines.clear();
     m_srdos.clear();
     for (quint8 line : m_database->getNodeList()) {
-        if (line <= highestDictionaryLine && m_database->getIndexList(line, 0x1000, 0xFFFF).size() > 1)
+        if (line < Line::stackLimit && m_database->getIndexList(line, 0x1000, 0xFFFF).size() > 1)
             m_lines << line;
     }
     m_multiLine = m_database->nodeExists(1) && m_database->getIndexList(1, 0x1000, 0xFFFF).size() >= 2;

@@ -7,7 +7,6 @@
 #include "generators/documents/csvcells.h"
 
 #include <QTextStream>
-#include <QThread>
 
 CSVGenerator::CSVGenerator(QObject* parent) : DocumentGenerator(parent) {}
 
@@ -30,15 +29,9 @@ QString CSVGenerator::checkedFileName() const
 void CSVGenerator::writeDocument(QTextStream& out)
 {
     writeColumnLine(out);
-    const QList<ObjectDataBase::ObjectEntry> entries = objects();
-    for (const ObjectDataBase::ObjectEntry& object : entries) {
-        if (aborted())
-            break;
-        for (int border = areaBordersPassed(object.index); border > 0; --border)
-            out << " \n";
-        writeObjectRows(out, object);
-        QThread::yieldCurrentThread();
-    }
+    writeObjects(out, " \n", [this, &out](quint16 index, const INDEX_DATA_T& object) {
+        writeObjectRows(out, index, object);
+    });
 }
 
 void CSVGenerator::writeColumnLine(QTextStream& out)
@@ -47,14 +40,14 @@ void CSVGenerator::writeColumnLine(QTextStream& out)
            "refuseWrite,defaultInEDS,implementation,Size,ObjectCode,mapable\n";
 }
 
-void CSVGenerator::writeObjectRows(QTextStream& out, const ObjectDataBase::ObjectEntry& object)
+void CSVGenerator::writeObjectRows(QTextStream& out, quint16 index, const INDEX_DATA_T& object)
 {
-    const quint16 index = object.index;
-    for (quint8 subindex : object.subindices) {
+    const QList<quint8> subs = m_database->getSubIndexList(m_line, index);
+    for (quint8 subindex : subs) {
         SUBINDEX_DATA_T sub;
         m_database->getSubIndex(m_line, index, subindex, sub);
-        QString name = Helper::substituteVariables(object.data.name, index, subindex, m_line);
-        if (object.data.objecttype != CANopen::Var)
+        QString name = Helper::substituteVariables(object.name, index, subindex, m_line);
+        if (object.objecttype != CANopen::Var)
             name += QLatin1Char(' ') + Helper::substituteVariables(sub.name, index, subindex, m_line);
 
         out << "0x" << hex(index, 4) << ",";
@@ -63,7 +56,9 @@ void CSVGenerator::writeObjectRows(QTextStream& out, const ObjectDataBase::Objec
         out << COHelper::index2DataTypeString(sub.datatype) << ",";
         out << CsvCells::plain(sub.accesstype) << ",";
         out << CsvCells::typedValue(sub, true);
-        out << (sub.implementation == 2 ? CsvCells::plain(sub.varname) : QStringLiteral("NONE")) << ",";
+        out << (sub.implementation == CANopen::ApplicationVariable ? CsvCells::plain(sub.varname)
+                                                                   : QStringLiteral("NONE"))
+            << ",";
         out << CsvCells::plain(sub.lowlimit) << ",";
         out << CsvCells::plain(sub.uplimit) << ",";
         out << CsvCells::yesNo(sub.defaultineds) << ",";
@@ -73,9 +68,9 @@ void CSVGenerator::writeObjectRows(QTextStream& out, const ObjectDataBase::Objec
         out << int(sub.writedefaulttoeds) << ",";
         out << CsvCells::implementation(sub.implementation);
         out << sub.size << ",";
-        if (subindex == 0 && object.data.objecttype == CANopen::Array)
+        if (subindex == 0 && object.objecttype == CANopen::Array)
             out << "ARRAY,";
-        else if (subindex == 0 && object.data.objecttype == CANopen::Record)
+        else if (subindex == 0 && object.objecttype == CANopen::Record)
             out << "RECORD,";
         else
             out << ",";

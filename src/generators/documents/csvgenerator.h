@@ -19,5 +19,5 @@ protected:
 
 private:
     void writeColumnLine(QTextStream& out);
-    void writeObjectRows(QTextStream& out, const ObjectDataBase::ObjectEntry& object);
+    void writeObjectRows(QTextStream& out, quint16 index, const INDEX_DATA_T& object);
 };

@@ -266,7 +266,7 @@ void DBCGenerator::addSpnSignals(CANdbMessage* message, quint32 pgnNumber, quint
         if (!isTextType(spn.datatype))
             check(canDbSetSignalValueType(signal, CANdbValueType::Unsigned), "canDbSetSignalValueType");
         if (m_implementationInfo) {
-            const bool variable = spn.implementation == 2;
+            const bool variable = spn.implementation == CANopen::ApplicationVariable;
             setSignalAttribute(signal, "halvex_implementation_type", variable ? 1 : 0, true);
             if (variable) {
                 CANdbAttributeValue* value = nullptr;

@@ -1,8 +1,11 @@
 #include "generators/documents/documentgenerator.h"
 
+#include "database/objectdatabase.h"
+
 #include <QDate>
 #include <QDebug>
 #include <QTextStream>
+#include <QThread>
 
 DocumentGenerator::DocumentGenerator(QObject* parent) : AbstractGenerator(parent) {}
 
@@ -59,9 +62,9 @@ QString DocumentGenerator::perLineName(const QString& ending, const QString& lin
     return m_deviceName + ending;
 }
 
-QList<ObjectDataBase::ObjectEntry> DocumentGenerator::objects() const
+QList<quint16> DocumentGenerator::objectIndices() const
 {
-    return m_database->getObjects(m_line, 0x1000, 0xFFFF);
+    return m_database->getIndexList(m_line, 0x1000, 0xFFFF);
 }
 
 QString DocumentGenerator::descriptionSetting(const QString& key) const
@@ -75,6 +78,23 @@ int DocumentGenerator::areaBordersPassed(quint16 index)
     const int passed = qMax(0, area - m_areasEntered);
     m_areasEntered = qMax(m_areasEntered, area);
     return passed;
+}
+
+void DocumentGenerator::writeObjects(
+    QTextStream& out, const char* border,
+    const std::function<void(quint16 index, const INDEX_DATA_T& object)>& writeObject)
+{
+    const QList<quint16> indices = objectIndices();
+    for (quint16 index : indices) {
+        if (aborted())
+            break;
+        for (int passed = areaBordersPassed(index); passed > 0; --passed)
+            out << border;
+        INDEX_DATA_T object;
+        m_database->getIndex(m_line, index, object);
+        writeObject(index, object);
+        QThread::yieldCurrentThread();
+    }
 }
 
 QString DocumentGenerator::hex(quint32 value, int digits)

@@ -1,12 +1,14 @@
 #pragma once
 
-#include "database/objectdatabase.h"
 #include "generators/abstractgenerator.h"
 
 #include <QList>
 #include <QString>
 
+#include <functional>
+
 class QTextStream;
+struct INDEX_DATA_T;
 
 // The frame that every text document of a line shares: the CSV and ICSV
 // tables, the text documentation and the HTML pages. A document names its
@@ -40,12 +42,16 @@ protected:
     bool aborted() const;
     // "<base><ending>", or "<base>_<line><lineEnding>" in a project of several lines.
     QString perLineName(const QString& ending, const QString& lineEnding) const;
-    // The objects of the line from 0x1000 on, ascending, with their subindices.
-    QList<ObjectDataBase::ObjectEntry> objects() const;
+    // The objects of the line from 0x1000 on, ascending.
+    QList<quint16> objectIndices() const;
     QString descriptionSetting(const QString& key) const;
     // How many of the area borders 0x2000 and 0x6000 the walk over the objects
     // passes at this index: the tables and lists set the three areas apart.
     int areaBordersPassed(quint16 index);
+    // The tables' walk over the objects until the run is to stop: `border`
+    // for each area border passed, then the object to `writeObject`.
+    void writeObjects(QTextStream& out, const char* border,
+                      const std::function<void(quint16 index, const INDEX_DATA_T& object)>& writeObject);
 
     static QString hex(quint32 value, int digits);
     // Today as Qt writes a date in text form, "Wed Nov 25 2026".

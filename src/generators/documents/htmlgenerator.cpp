@@ -12,12 +12,12 @@ HTMLGenerator::HTMLGenerator(QObject* parent) : HtmlPageGenerator(Layout::Object
 
 void HTMLGenerator::writeBody(QTextStream& out)
 {
-    const QList<ObjectDataBase::ObjectEntry> entries = objects();
+    const QList<quint16> indices = objectIndices();
     writeGenerationTable(out);
     writeCommentTable(out);
     writeTitleTable(out);
-    writeContents(out, entries);
-    writeObjectTables(out, entries);
+    writeContents(out, indices);
+    writeObjectTables(out, indices);
 }
 
 void HTMLGenerator::writeGenerationTable(QTextStream& out)
@@ -86,29 +86,31 @@ void HTMLGenerator::writeTitleTable(QTextStream& out)
 }
 
 // Gaps set the manufacturer and the profile areas apart from what precedes them.
-void HTMLGenerator::writeContents(QTextStream& out, const QList<ObjectDataBase::ObjectEntry>& entries)
+void HTMLGenerator::writeContents(QTextStream& out, const QList<quint16>& indices)
 {
     out << " <div class=\"toc\">\n";
     out << "<a href=\"#gen\">Generation Information</a><br />\n";
     out << "<a href=\"#com\">Comment</a><br />\n";
-    for (const ObjectDataBase::ObjectEntry& object : entries) {
+    for (quint16 index : indices) {
         if (aborted())
             break;
-        for (int border = areaBordersPassed(object.index); border > 0; --border)
+        for (int border = areaBordersPassed(index); border > 0; --border)
             out << "<br>\n";
-        out << "<a href=\"#" << object.index << "\">0x" << hex(object.index, 4) << " " << objectName(object)
+        INDEX_DATA_T object;
+        m_database->getIndex(m_line, index, object);
+        out << "<a href=\"#" << index << "\">0x" << hex(index, 4) << " " << objectName(index, object)
             << "</a><br>\n";
     }
     out << "  </div>\n";
 }
 
-void HTMLGenerator::writeObjectTables(QTextStream& out, const QList<ObjectDataBase::ObjectEntry>& entries)
+void HTMLGenerator::writeObjectTables(QTextStream& out, const QList<quint16>& indices)
 {
     out << "  <div class=\"center\">\n";
-    for (const ObjectDataBase::ObjectEntry& object : entries) {
+    for (quint16 index : indices) {
         if (aborted())
             break;
-        writeObjectTable(out, object);
+        writeObjectTable(out, index);
         QThread::yieldCurrentThread();
     }
     out << "  </div>\n";
@@ -116,25 +118,27 @@ void HTMLGenerator::writeObjectTables(QTextStream& out, const QList<ObjectDataBa
     out << " </html>\n";
 }
 
-void HTMLGenerator::writeObjectTable(QTextStream& out, const ObjectDataBase::ObjectEntry& object)
+void HTMLGenerator::writeObjectTable(QTextStream& out, quint16 index)
 {
+    INDEX_DATA_T object;
+    m_database->getIndex(m_line, index, object);
     out << " <p>\n";
     out << "  <table border=\"1\" width=\"70%\">\n";
     out << "   <tr>\n";
-    out << "    <th colspan=\"2\" id=\"" << object.index << "\"> Object: 0x" << hex(object.index, 4) << " "
-        << objectName(object) << "</th>\n";
+    out << "    <th colspan=\"2\" id=\"" << index << "\"> Object: 0x" << hex(index, 4) << " "
+        << objectName(index, object) << "</th>\n";
     out << "   </tr>\n";
     out << "   <tr>\n";
     out << "    <td>Object Code</td>\n";
-    out << "    <td>" << COHelper::objectCode2String(CANopen::ObjectCode(object.data.objecttype))
-        << "</td>\n";
+    out << "    <td>" << COHelper::objectCode2String(CANopen::ObjectCode(object.objecttype)) << "</td>\n";
     out << "   </tr>\n";
-    if (!object.data.description.isEmpty())
-        writeRow(out, "    <td>Description</td>\n", encoded(object.data.description));
+    if (!object.description.isEmpty())
+        writeRow(out, "    <td>Description</td>\n", encoded(object.description));
     out << "  </table>\n";
-    for (quint8 subindex : object.subindices) {
+    const QList<quint8> subs = m_database->getSubIndexList(m_line, index);
+    for (quint8 subindex : subs) {
         out << " <br/>\n";
-        writeSubIndexTable(out, object.index, subindex);
+        writeSubIndexTable(out, index, subindex);
     }
     out << " </p>\n";
     out << "  <hr />\n";
@@ -153,7 +157,7 @@ void HTMLGenerator::writeSubIndexTable(QTextStream& out, quint16 index, quint8 s
              encoded(Helper::substituteVariables(sub.name, index, subindex, m_line)));
     writeRow(out, "    <td>Data Type</td>\n", COHelper::index2DataTypeString(sub.datatype));
     writeRow(out, "    <td>Access </td>\n", encoded(sub.accesstype));
-    if (sub.defaultineds || sub.implementation == 1)
+    if (sub.defaultineds || sub.implementation == CANopen::ManagedConst)
         writeRow(out, "    <td>Defaultvalue </td>\n", encoded(sub.defaultvalue));
     if (sub.limitineds) {
         writeRow(out, "    <td>Low Limit </td>\n", encoded(sub.lowlimit));
@@ -165,7 +169,7 @@ void HTMLGenerator::writeSubIndexTable(QTextStream& out, quint16 index, quint8 s
     if (m_implementationInfo) {
         writeRow(out, "    <td>Implementation Type</td>\n",
                  COHelper::implementation2String(sub.implementation));
-        if (sub.implementation == 2)
+        if (sub.implementation == CANopen::ApplicationVariable)
             writeRow(out, "    <td>Variable Name</td>\n", encoded(sub.varname));
         if (sub.size != 0)
             writeRow(out, "    <td>Size in bytes </td>\n", QString::number(sub.size));
@@ -173,7 +177,7 @@ void HTMLGenerator::writeSubIndexTable(QTextStream& out, quint16 index, quint8 s
     out << "  </table>\n";
 }
 
-QString HTMLGenerator::objectName(const ObjectDataBase::ObjectEntry& object) const
+QString HTMLGenerator::objectName(quint16 index, const INDEX_DATA_T& object) const
 {
-    return encoded(Helper::substituteVariables(object.data.name, object.index, 0, m_line));
+    return encoded(Helper::substituteVariables(object.name, index, 0, m_line));
 }

@@ -8,7 +8,6 @@
 
 #include <QRegularExpression>
 #include <QTextStream>
-#include <QThread>
 
 ICSVGenerator::ICSVGenerator(bool withDescription, QObject* parent)
     : DocumentGenerator(parent), m_withDescription(withDescription)
@@ -34,17 +33,11 @@ QString ICSVGenerator::checkedFileName() const
 void ICSVGenerator::writeDocument(QTextStream& out)
 {
     writeHead(out);
-    const QList<ObjectDataBase::ObjectEntry> entries = objects();
-    for (const ObjectDataBase::ObjectEntry& object : entries) {
-        if (aborted())
-            break;
-        for (int border = areaBordersPassed(object.index); border > 0; --border)
-            out << " \n";
-        if (object.data.objecttype != CANopen::Var)
-            writeObjectHeadRow(out, object.index, object.data);
-        writeSubIndexRows(out, object);
-        QThread::yieldCurrentThread();
-    }
+    writeObjects(out, " \n", [this, &out](quint16 index, const INDEX_DATA_T& object) {
+        if (object.objecttype != CANopen::Var)
+            writeObjectHeadRow(out, index, object);
+        writeSubIndexRows(out, index, object);
+    });
 }
 
 void ICSVGenerator::writeHead(QTextStream& out)
@@ -79,20 +72,21 @@ void ICSVGenerator::writeObjectHeadRow(QTextStream& out, quint16 index, const IN
     out << "\n";
 }
 
-void ICSVGenerator::writeSubIndexRows(QTextStream& out, const ObjectDataBase::ObjectEntry& object)
+void ICSVGenerator::writeSubIndexRows(QTextStream& out, quint16 index, const INDEX_DATA_T& object)
 {
-    const quint16 index = object.index;
-    for (quint8 subindex : object.subindices) {
+    const QList<quint8> subs = m_database->getSubIndexList(m_line, index);
+    for (quint8 subindex : subs) {
         SUBINDEX_DATA_T sub;
         m_database->getSubIndex(m_line, index, subindex, sub);
-        const bool arrayHead = subindex == 0 && object.data.objecttype == CANopen::Array;
+        const bool arrayHead = subindex == 0 && object.objecttype == CANopen::Array;
 
         out << "0x" << hex(index, 4) << ",";
         out << "0x" << hex(subindex, 2) << ",";
-        out << (subindex == 0 && object.data.objecttype == CANopen::Var ? "VARIABLE," : ",");
-        out << COHelper::index2DataTypeString(arrayHead ? object.data.datatype : sub.datatype) << ",";
+        out << (subindex == 0 && object.objecttype == CANopen::Var ? "VARIABLE," : ",");
+        out << COHelper::index2DataTypeString(arrayHead ? object.datatype : sub.datatype) << ",";
         out << CsvCells::plain(sub.name) << ",";
-        out << (sub.implementation == 2 ? CsvCells::plain(sub.varname) : QString()) << ",";
+        out << (sub.implementation == CANopen::ApplicationVariable ? CsvCells::plain(sub.varname) : QString())
+            << ",";
         out << CsvCells::plain(sub.accesstype) << ",";
         out << sub.pdomapping.getCSVStringValue() << ",";
         out << (sub.defaultineds ? "1" : "0") << ",";

@@ -87,7 +87,7 @@ void J1939HTMLGenerator::writeSpnTable(QTextStream& out, const ObjectDataBase::S
     if (m_implementationInfo) {
         writeRow(out, "    <td>Implementation Type</td>\n",
                  COHelper::implementation2String(spn.implementation));
-        if (spn.implementation == 2)
+        if (spn.implementation == CANopen::ApplicationVariable)
             writeRow(out, "    <td>Variable Name</td>\n", encoded(spn.varname));
     }
     out << "  </table>\n";

@@ -73,7 +73,7 @@ void J1939TextDocGenerator::writeSpns(QTextStream& out, quint32 number, ObjectDa
         out << "Data type:\t" << COHelper::index2DataTypeString(spn.datatype) << "\t";
         if (spn.bitsize != 0)
             out << "Size:\t" << spn.bitsize << "\t";
-        if (spn.implementation == 2)
+        if (spn.implementation == CANopen::ApplicationVariable)
             out << "Variable:\t" << spn.varname << "\t";
     }
 }

@@ -28,12 +28,12 @@ QString TextDocGenerator::checkedFileName() const
 void TextDocGenerator::writeDocument(QTextStream& out)
 {
     writeTitle(out);
-    const QList<ObjectDataBase::ObjectEntry> entries = objects();
-    for (const ObjectDataBase::ObjectEntry& object : entries) {
+    const QList<quint16> indices = objectIndices();
+    for (quint16 index : indices) {
         if (aborted())
             break;
-        writeObject(out, object);
-        writeSubIndices(out, object);
+        writeObject(out, index);
+        writeSubIndices(out, index);
         QThread::yieldCurrentThread();
     }
 }
@@ -44,26 +44,28 @@ void TextDocGenerator::writeTitle(QTextStream& out)
     out << "CANopen Object Dictionary Documenation for " << m_deviceName << "\n\n";
 }
 
-void TextDocGenerator::writeObject(QTextStream& out, const ObjectDataBase::ObjectEntry& object)
+void TextDocGenerator::writeObject(QTextStream& out, quint16 index)
 {
-    out << "\nIndex:       0x" << hex(object.index, 4) << " - "
-        << Helper::substituteVariables(object.data.name, object.index, 0, m_line) << "\n";
-    out << "DataType:    " << COHelper::index2DataTypeString(object.data.datatype) << "\n";
-    out << "ObjectCode:  " << COHelper::objectCode2String(CANopen::ObjectCode(object.data.objecttype))
-        << "\n";
-    if (!object.data.description.isEmpty())
-        out << "Description: " << object.data.description << "\n";
+    INDEX_DATA_T object;
+    m_database->getIndex(m_line, index, object);
+    out << "\nIndex:       0x" << hex(index, 4) << " - "
+        << Helper::substituteVariables(object.name, index, 0, m_line) << "\n";
+    out << "DataType:    " << COHelper::index2DataTypeString(object.datatype) << "\n";
+    out << "ObjectCode:  " << COHelper::objectCode2String(CANopen::ObjectCode(object.objecttype)) << "\n";
+    if (!object.description.isEmpty())
+        out << "Description: " << object.description << "\n";
 }
 
 // "  Description: " keeps a single blank while its neighbours align: the
 // import knows the lines by these prefixes.
-void TextDocGenerator::writeSubIndices(QTextStream& out, const ObjectDataBase::ObjectEntry& object)
+void TextDocGenerator::writeSubIndices(QTextStream& out, quint16 index)
 {
-    for (quint8 subindex : object.subindices) {
+    const QList<quint8> subs = m_database->getSubIndexList(m_line, index);
+    for (quint8 subindex : subs) {
         SUBINDEX_DATA_T sub;
-        m_database->getSubIndex(m_line, object.index, subindex, sub);
+        m_database->getSubIndex(m_line, index, subindex, sub);
         out << "  Sub:          0x" << hex(subindex, 2) << " - "
-            << Helper::substituteVariables(sub.name, object.index, subindex, m_line) << "\n";
+            << Helper::substituteVariables(sub.name, index, subindex, m_line) << "\n";
         out << "  DataType:     " << COHelper::index2DataTypeString(sub.datatype) << "\n";
         if (!sub.defaultvalue.isEmpty())
             out << "  DefaultValue: " << sub.defaultvalue << "\n";

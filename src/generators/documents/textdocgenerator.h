@@ -19,6 +19,6 @@ protected:
 
 private:
     void writeTitle(QTextStream& out);
-    void writeObject(QTextStream& out, const ObjectDataBase::ObjectEntry& object);
-    void writeSubIndices(QTextStream& out, const ObjectDataBase::ObjectEntry& object);
+    void writeObject(QTextStream& out, quint16 index);
+    void writeSubIndices(QTextStream& out, quint16 index);
 };

@@ -159,27 +159,29 @@ void XDDGenerator::writeDeviceFunction(QXmlStreamWriter& xml)
 void XDDGenerator::writeObjectList(QXmlStreamWriter& xml)
 {
     xml.writeStartElement(QStringLiteral("CANopenFDObjectList"));
-    const QList<ObjectDataBase::ObjectEntry> entries = m_database->getObjects(m_line, 0x1000, 0xBFFF);
-    for (const ObjectDataBase::ObjectEntry& object : entries) {
+    const QList<quint16> indices = m_database->getIndexList(m_line, 0x1000, 0xBFFF);
+    for (quint16 index : indices) {
         if (aborted())
             break;
-        writeObject(xml, object);
+        writeObject(xml, index);
         QThread::yieldCurrentThread();
     }
     xml.writeEndElement();
 }
 
-void XDDGenerator::writeObject(QXmlStreamWriter& xml, const ObjectDataBase::ObjectEntry& object)
+void XDDGenerator::writeObject(QXmlStreamWriter& xml, quint16 index)
 {
+    INDEX_DATA_T object;
+    m_database->getIndex(m_line, index, object);
     xml.writeStartElement(QStringLiteral("CANopenFDDataObject"));
-    xml.writeAttribute(QStringLiteral("index"), hex(object.index, 4));
-    xml.writeAttribute(QStringLiteral("name"),
-                       Helper::substituteVariables(object.data.name, object.index, 0, m_line));
-    xml.writeAttribute(QStringLiteral("objectType"), QString::number(object.data.objecttype));
-    if (object.data.objecttype != CANopen::Record)
-        xml.writeAttribute(QStringLiteral("dataType"), hex(object.data.datatype, 2));
-    for (quint8 subindex : object.subindices)
-        writeSubIndex(xml, object.index, subindex);
+    xml.writeAttribute(QStringLiteral("index"), hex(index, 4));
+    xml.writeAttribute(QStringLiteral("name"), Helper::substituteVariables(object.name, index, 0, m_line));
+    xml.writeAttribute(QStringLiteral("objectType"), QString::number(object.objecttype));
+    if (object.objecttype != CANopen::Record)
+        xml.writeAttribute(QStringLiteral("dataType"), hex(object.datatype, 2));
+    const QList<quint8> subs = m_database->getSubIndexList(m_line, index);
+    for (quint8 subindex : subs)
+        writeSubIndex(xml, index, subindex);
     xml.writeEndElement();
 }
 

@@ -28,7 +28,7 @@ private:
     void writeDeviceIdentity(QXmlStreamWriter& xml);
     void writeDeviceFunction(QXmlStreamWriter& xml);
     void writeObjectList(QXmlStreamWriter& xml);
-    void writeObject(QXmlStreamWriter& xml, const ObjectDataBase::ObjectEntry& object);
+    void writeObject(QXmlStreamWriter& xml, quint16 index);
     void writeSubIndex(QXmlStreamWriter& xml, quint16 index, quint8 subindex);
 
     QString vendorId() const;

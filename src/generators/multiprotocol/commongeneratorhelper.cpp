@@ -2,35 +2,18 @@
 
 #include "canopenlib/cohelper.h"
 #include "canopenlib/udssiddefinitions.h"
+#include "database/linetypes.h"
 #include "database/objectdatabase.h"
+#include "generators/stackwords.h"
 
-#include <QHash>
 #include <QStringList>
 
 #include <algorithm>
 
 namespace {
 
-constexpr quint8 lineLimit = 32;
 constexpr int ecuReset = 0x11;
 constexpr int routineControl = 0x31;
-
-// Words of the common layer that the V4 stack names after its core.
-const QHash<QString, QString>& coreWords()
-{
-    static const QHash<QString, QString> words = {
-        {QStringLiteral("CO_COMMON_INIT_VAL_T"), QStringLiteral("CORE_COMMON_INIT_VAL_T")},
-        {QStringLiteral("CO_REC_BUFFER_COUNTS"), QStringLiteral("CORE_REC_BUFFER_COUNTS")},
-        {QStringLiteral("CO_TR_BUFFER_COUNTS"), QStringLiteral("CORE_TR_BUFFER_COUNTS")},
-        {QStringLiteral("CO_COB_COUNTS"), QStringLiteral("CORE_COB_COUNTS")},
-        {QStringLiteral("MP_PROT_TYPE_CANOPEN"), QStringLiteral("CORE_PROT_TYPE_CANOPEN")},
-        {QStringLiteral("MP_PROT_TYPE_J1939"), QStringLiteral("CORE_PROT_TYPE_J1939")},
-        {QStringLiteral("MP_PROT_TYPE_RAWCAN"), QStringLiteral("CORE_PROT_TYPE_RAWCAN")},
-        {QStringLiteral("MP_PROT_TYPE_UDS"), QStringLiteral("CORE_PROT_TYPE_UDS")},
-        {QStringLiteral("MP_PROT_TYPE_UNKNOWN"), QStringLiteral("CORE_PROT_TYPE_UNKNOWN")},
-    };
-    return words;
-}
 
 quint64 autoBase(const QString& text)
 {
@@ -70,12 +53,14 @@ int CommonGeneratorHelper::serviceVersion(int service) const
 
 QString CommonGeneratorHelper::words(const char* literal) const
 {
-    QString text = QString::fromLatin1(literal);
-    if (!coreForm())
-        return text;
-    for (auto it = coreWords().cbegin(); it != coreWords().cend(); ++it)
-        text.replace(it.key(), it.value());
-    return text;
+    return coreForm() ? StackWords::commonInit().coreSpelling(literal) : QString::fromLatin1(literal);
+}
+
+// The classic stack declares its UDS structures inside its init function, the
+// V4 stack at file level.
+QString CommonGeneratorHelper::scopeIndent() const
+{
+    return coreForm() ? QString() : QStringLiteral("\t");
 }
 
 QString CommonGeneratorHelper::commonDeclarations() const
@@ -115,11 +100,11 @@ QString CommonGeneratorHelper::protocolList() const
     if (!m_multiLine) {
         if (coreForm() && settingInt(QStringLiteral("uds_bl_setting")) == 1)
             return QStringLiteral("CORE_PROT_TYPE_UDS");
-        return protocolText(settingInt(QStringLiteral("line0type")));
+        return protocolText(m_database->lineType(0));
     }
     QStringList entries;
     for (quint8 line : lines())
-        entries << protocolText(settingInt(QStringLiteral("line%1type").arg(line)));
+        entries << protocolText(m_database->lineType(line));
     return entries.join(QStringLiteral(", "));
 }
 
@@ -128,23 +113,23 @@ QString CommonGeneratorHelper::protocolText(int lineType) const
 {
     QString text;
     switch (lineType) {
-    case 1:
+    case Line::CANopen:
         text = words("MP_PROT_TYPE_CANOPEN");
         break;
-    case 2:
+    case Line::J1939:
         text = words("MP_PROT_TYPE_J1939");
         break;
-    case 4:
+    case Line::RawCan:
         text = words("MP_PROT_TYPE_RAWCAN");
         break;
-    case 5:
+    case Line::CANopenJ1939:
         text = words("MP_PROT_TYPE_J1939 | MP_PROT_TYPE_CANOPEN");
         break;
-    case 6:
+    case Line::CANopenRawCan:
         text =
             coreForm() ? words("MP_PROT_TYPE_CANOPEN | MP_PROT_TYPE_RAWCAN") : words("MP_PROT_TYPE_UNKNOWN");
         break;
-    case 7:
+    case Line::J1939RawCan:
         text = coreForm() ? words("MP_PROT_TYPE_J1939 | MP_PROT_TYPE_RAWCAN") : words("MP_PROT_TYPE_UNKNOWN");
         break;
     default:
@@ -169,21 +154,14 @@ QString CommonGeneratorHelper::udsDefinitions() const
                               : 0;
         clients += QStringLiteral("%1,").arg(count);
     }
-    QString text;
-    if (coreForm()) {
-        text += QStringLiteral("\n/* UDS common initialization structure */ \n");
-        text += QStringLiteral("static CORE_CONST UDS_SERVICE_INIT_VAL_T udsServiceInitVars = {\n");
-        text += QStringLiteral("\t%1u,\n").arg(version);
-        text += QStringLiteral("\t{") + clients + QStringLiteral("}\n");
-        text += QStringLiteral("};\n");
-    } else {
-        text += QStringLiteral("\t/* UDS common initialization structure */ \n");
-        text += QStringLiteral("\tconst UDS_SERVICE_INIT_VAL_T udsServiceInitVars = {\n");
-        text += QStringLiteral("\t\t%1u,\n").arg(version);
-        text += QStringLiteral("\t\t{") + clients + QStringLiteral("}\n");
-        text += QStringLiteral("\t};\n");
-    }
-    text += QStringLiteral("\n");
+    const QString in = scopeIndent();
+    QString text = coreForm() ? QStringLiteral("\n") : QString();
+    text += in + QStringLiteral("/* UDS common initialization structure */ \n");
+    text += in + (coreForm() ? QStringLiteral("static ") : QString()) +
+            words("const UDS_SERVICE_INIT_VAL_T udsServiceInitVars = {\n");
+    text += in + QStringLiteral("\t%1u,\n").arg(version);
+    text += in + QStringLiteral("\t{") + clients + QStringLiteral("}\n");
+    text += in + QStringLiteral("};\n\n");
 
     struct LineTables
     {
@@ -244,7 +222,8 @@ QString CommonGeneratorHelper::serviceTable(quint8 line, const QList<UdsRow>& ro
     static const QStringList routineSubs = {QStringLiteral("UDS_ROUTINE_CTRL_START"),
                                             QStringLiteral("UDS_ROUTINE_CTRL_STOP"),
                                             QStringLiteral("UDS_ROUTINE_CTRL_REQ_RESULT")};
-    const QString rowIndent = coreForm() ? QStringLiteral("\t") : QStringLiteral("\t\t");
+    const QString in = scopeIndent();
+    const QString rowIndent = in + QStringLiteral("\t");
     QString body;
     int tableRows = 0;
     for (const UdsRow& row : rows) {
@@ -298,15 +277,14 @@ QString CommonGeneratorHelper::serviceTable(quint8 line, const QList<UdsRow>& ro
     const QString type = sessions ? QStringLiteral("UDS_REQ_SESSION_TYPE_TABLE_T")
                                   : QStringLiteral("UDS_SECURITY_LEVEL_TABLE_T");
     body.chop(2);
+    QString text;
     if (coreForm()) {
-        const QString comment = sessions
-                                    ? QStringLiteral("/* UDS Service in Sessions table (line %1) */\n")
-                                    : QStringLiteral("/* UDS Service in security level table (line %1) */\n");
-        return comment.arg(line) + QStringLiteral("static ") + type + QStringLiteral("\t") + name +
-               QStringLiteral("[] = {\n") + body + QStringLiteral("\n};\n\n");
+        text = (sessions ? QStringLiteral("/* UDS Service in Sessions table (line %1) */\n")
+                         : QStringLiteral("/* UDS Service in security level table (line %1) */\n"))
+                   .arg(line);
     }
-    return QStringLiteral("\tstatic ") + type + QStringLiteral("\t") + name + QStringLiteral("[] = {\n") +
-           body + QStringLiteral("\n\t};\n\n");
+    return text + in + QStringLiteral("static ") + type + QStringLiteral("\t") + name +
+           QStringLiteral("[] = {\n") + body + QStringLiteral("\n") + in + QStringLiteral("};\n\n");
 }
 
 // Services that a client may use only after authentication.
@@ -334,20 +312,16 @@ QString CommonGeneratorHelper::authenticationTable(quint8 line, const QList<UdsR
 QString CommonGeneratorHelper::lineStructure(quint8 line, int version, bool tables, int sessionRows,
                                              int securityRows, int authenticationRows) const
 {
-    const QString indent = coreForm() ? QStringLiteral("\t") : QStringLiteral("\t\t");
+    const QString in = scopeIndent();
+    const QString indent = in + QStringLiteral("\t");
     auto id = [&](const char* key) {
         return QString::number(autoBase(listValue(QString::fromLatin1(key), line)));
     };
-    QString text;
-    if (coreForm()) {
-        text += QStringLiteral("/* UDS CAN-IDs for line %1 */\n").arg(line);
-        text += settingInt(QStringLiteral("uds_bl_setting")) == 1
-                    ? QStringLiteral("UDS_CONFIG_INIT_VAL_T\tudsLine%1 = {\n").arg(line)
-                    : QStringLiteral("CORE_CONST UDS_CONFIG_INIT_VAL_T\tudsLine%1 = {\n").arg(line);
-    } else {
-        text += QStringLiteral("\t/* UDS CAN-IDs for line %1 */\n").arg(line);
-        text += QStringLiteral("\tconst UDS_CONFIG_INIT_VAL_T\tudsLine%1 = {\n").arg(line);
-    }
+    // A V4 boot loader writes the line structure at run time.
+    const bool constant = !coreForm() || settingInt(QStringLiteral("uds_bl_setting")) != 1;
+    QString text = in + QStringLiteral("/* UDS CAN-IDs for line %1 */\n").arg(line);
+    text += in + (constant ? words("const ") : QString()) +
+            QStringLiteral("UDS_CONFIG_INIT_VAL_T\tudsLine%1 = {\n").arg(line);
     text += indent + id("uds_physical_request_id") + QStringLiteral("u,\n");
     text += indent + id("uds_physical_response_id") + QStringLiteral("u,\n");
     text += indent + id("uds_physical_response_id") + QStringLiteral("u,\n");
@@ -391,12 +365,12 @@ QString CommonGeneratorHelper::lineStructure(quint8 line, int version, bool tabl
     }
     if (coreForm() && version >= 5) {
         if (authenticationRows > 0)
-            text += QStringLiteral("\tauthenticationTable_%1,\n\t%2\n").arg(line).arg(authenticationRows);
+            text += indent + QStringLiteral("authenticationTable_%1,\n").arg(line) + indent +
+                    QStringLiteral("%1\n").arg(authenticationRows);
         else
-            text += QStringLiteral("\tNULL,\n\t0\n");
+            text += indent + QStringLiteral("NULL,\n") + indent + QStringLiteral("0\n");
     }
-    text += coreForm() ? QStringLiteral("};\n") : QStringLiteral("\t};\n");
-    text += QStringLiteral("\n");
+    text += in + QStringLiteral("};\n\n");
     return text;
 }
 
@@ -426,34 +400,28 @@ QString CommonGeneratorHelper::commonUdsCall() const
 {
     if (!udsInUse())
         return QString();
-    if (coreForm())
-        return QStringLiteral(R"(    /* UDS common initialization */ 
-    retVal = udsStackInit_common(&udsServiceInitVars);
-    if (retVal != RET_OK) {
-    	return(retVal);
-    }
-)");
-    return QStringLiteral(R"(	/* UDS common initialization */ 
-	retVal = udsStackInit_common(&udsServiceInitVars);
-	if (retVal != RET_OK) {
-		return(retVal);
-	}
-
-)");
+    return checkedCall("UDS common initialization",
+                       QStringLiteral("retVal = udsStackInit_common(&udsServiceInitVars);\n")) +
+           (coreForm() ? QString() : QStringLiteral("\n"));
 }
 
 QString CommonGeneratorHelper::lineUdsCall(quint8 line, bool multiLine) const
 {
     if (!udsInUse())
         return QString();
-    const QString call =
+    return checkedCall(
+        "UDS line initialization",
         multiLine ? QStringLiteral("retVal = udsStackInit_line(%1, &udsLine%2);\n").arg(line).arg(line)
-                  : QStringLiteral("retVal = udsStackInit_line(&udsLine%1);\n").arg(line);
-    if (coreForm())
-        return QStringLiteral("    /* UDS line initialization */ \n    ") + call +
-               QStringLiteral("    if (retVal != RET_OK) {\n    \treturn(retVal);\n    }\n");
-    return QStringLiteral("\t/* UDS line initialization */ \n\t") + call +
-           QStringLiteral("\tif (retVal != RET_OK) {\n\t\treturn(retVal);\n\t}\n");
+                  : QStringLiteral("retVal = udsStackInit_line(&udsLine%1);\n").arg(line));
+}
+
+// The init functions of the V4 form indent their body by four spaces.
+QString CommonGeneratorHelper::checkedCall(const char* comment, const QString& call) const
+{
+    const QString in = coreForm() ? QStringLiteral("    ") : QStringLiteral("\t");
+    return in + QStringLiteral("/* ") + QLatin1String(comment) + QStringLiteral(" */ \n") + in + call + in +
+           QStringLiteral("if (retVal != RET_OK) {\n") + in + QStringLiteral("\treturn(retVal);\n") + in +
+           QStringLiteral("}\n");
 }
 
 bool CommonGeneratorHelper::udsInUse() const
@@ -472,7 +440,7 @@ QList<quint8> CommonGeneratorHelper::lines() const
     QList<quint8> result;
     const QList<quint8> nodes = m_database->getNodeList();
     for (quint8 line : nodes) {
-        if (line < lineLimit)
+        if (line < Line::stackLimit)
             result << line;
     }
     std::sort(result.begin(), result.end());

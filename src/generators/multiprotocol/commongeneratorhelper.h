@@ -57,6 +57,10 @@ private:
     };
 
     QString words(const char* literal) const;
+    // The indent of a declaration in the init code.
+    QString scopeIndent() const;
+    // A call of the init code whose failure ends the init function.
+    QString checkedCall(const char* comment, const QString& call) const;
     QString protocolList() const;
     QString protocolText(int lineType) const;
     bool udsInUse() const;

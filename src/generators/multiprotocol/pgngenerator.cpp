@@ -301,7 +301,7 @@ void PGNGenerator::readLine(quint8 line, int type)
                 m_database->getDataElement(line, id, direction, number, element);
                 element.number = number;
                 entry.elements << element;
-                const int array = element.implementation == 0 ? rawCanArray(element.datatype) : -1;
+                const int array = element.implementation == CANopen::ManagedVariable ? rawCanArray(element.datatype) : -1;
                 if (array < 0)
                     continue;
                 const qint64 start = signedNumber(element.defaultvalue);
