@@ -9,7 +9,6 @@
 #include <QFile>
 #include <QFileInfo>
 
-#include <algorithm>
 #include <iterator>
 
 namespace {
@@ -111,36 +110,55 @@ void ObjDictGenerator::doJob()
 {
     beginJob();
     readGenerateML();
-    readDictionary();
-    readSrdoEntries();
-    readRunSettings();
-    countRows();
+    readProject(true);
     prepareOutputFile();
-    writeManagedVariables();
-    writeConstants();
-    if (settingInt(QStringLiteral("generate_string_defaults")) > 0)
-        writeStringDefaultValues();
-    writeApplicationVariables();
-    Q_EMIT progress(25);
-    writeObjectDescriptions();
-    Q_EMIT progress(50);
-    writeAssignTable();
+    writeDictionaryTables();
     Q_EMIT progress(75);
-    if (!m_camServerMode)
-        writePdoMappingTables();
-    writeDataVariables();
     if (m_camServerMode)
         writeJ1939OdInit();
     else if (multiLineForm())
         writeStackInitMultiLine();
     else
         writeStackInitSingleLine();
-    if (!m_camServerMode) {
-        writeServiceVariables();
-        if (settingInt(QStringLiteral("generate_string_defaults")) > 0)
-            writeStringDefaultFunction();
-    }
+    if (!m_camServerMode)
+        writeClosingSections();
     finishJob();
+}
+
+void ObjDictGenerator::readProject(bool layOut)
+{
+    readDictionary();
+    readSrdoEntries();
+    readRunSettings();
+    if (!layOut)
+        return;
+    ObjDictLayout::Options options;
+    options.multiLine = multiLineForm();
+    options.coreForm = coreForm();
+    options.limitCheck = m_limitCheck;
+    options.srdoEntries = m_srdoEntries;
+    m_layout = ObjDictLayout(m_objects, options);
+}
+
+void ObjDictGenerator::writeDictionaryTables()
+{
+    writeManagedVariables();
+    writeConstants();
+    if (settingInt(QStringLiteral("generate_string_defaults")) > 0)
+        writeStringDefaultValues();
+    writeApplicationVariables();
+    writeObjectDescriptions();
+    writeAssignTable();
+    if (!m_camServerMode)
+        writePdoMappingTables();
+    writeDataVariables();
+}
+
+void ObjDictGenerator::writeClosingSections()
+{
+    writeServiceVariables();
+    if (settingInt(QStringLiteral("generate_string_defaults")) > 0)
+        writeStringDefaultFunction();
 }
 
 const StackWords* ObjDictGenerator::stackWords() const
@@ -222,16 +240,6 @@ void ObjDictGenerator::readRunSettings()
 {
     m_canFd = settingInt(QStringLiteral("canfd_supported")) > 0;
     m_limitCheck = settingInt(QStringLiteral("limit_check"));
-    m_varSlot.clear();
-    m_constSlot.clear();
-    m_lowLimitSlot.clear();
-    m_upLimitSlot.clear();
-    m_descriptionStart.clear();
-    m_writtenTables.clear();
-    m_mappingTables.clear();
-    m_uniqueReceiveTables.clear();
-    m_stringDefaultKeys.clear();
-    m_stringDefaults.clear();
 }
 
 bool ObjDictGenerator::prepareOutputFile()
@@ -260,10 +268,7 @@ bool ObjDictGenerator::prepareOutputFile()
         }
     }
     out << "#include <gen_indication.h>\n";
-    if (overwritesPredefinedSet() || settingInt(QStringLiteral("generate_string_defaults")) > 0) {
-        out << "#include <gen_user.h>\n";
-        writeUserHeader();
-    }
+    writeUserInclude(out);
     if (multiLineForm() && !m_camServerMode) {
         out << "/* these functions may be used by the application to initialize only a sub set of all "
                "lines.*/\n";
@@ -312,12 +317,26 @@ bool ObjDictGenerator::prepareOutputFile()
     out << "#ifndef CO_HANDLE_WATCHDOG\n";
     out << "#define CO_HANDLE_WATCHDOG\n";
     out << "#endif /* CO_HANDLE_WATCHDOG */\n\n";
+    writeIndicationsAndCounts(out);
+    return true;
+}
+
+// The user header declares the functions that overwrite COB-IDs and string defaults.
+void ObjDictGenerator::writeUserInclude(SectionStream& out)
+{
+    if (!overwritesPredefinedSet() && settingInt(QStringLiteral("generate_string_defaults")) <= 0)
+        return;
+    out << "#include <gen_user.h>\n";
+    writeUserHeader();
+}
+
+void ObjDictGenerator::writeIndicationsAndCounts(SectionStream& out)
+{
     out << "/* definition of static indication function pointers */\n";
     writeStaticIndications(out);
     out << "\n/* number of objects */\n";
-    out << "#define CO_OD_ASSIGN_CNT " << m_assignCount << "u\n";
-    out << "#define CO_OBJ_DESC_CNT " << m_descriptionCount << "u\n";
-    return true;
+    out << "#define CO_OD_ASSIGN_CNT " << m_layout.assignCount() << "u\n";
+    out << "#define CO_OBJ_DESC_CNT " << m_layout.descriptionCount() << "u\n";
 }
 
 void ObjDictGenerator::writeUserHeader()
@@ -362,27 +381,23 @@ void ObjDictGenerator::writeStaticIndications(SectionStream& out)
 
 const QList<ObjDictGenerator::DictObject>& ObjDictGenerator::objectsOf(quint8 line) const
 {
-    static const QList<DictObject> none;
-    const auto it = m_objects.constFind(line);
-    return it == m_objects.constEnd() ? none : it.value();
+    return ObjDictLayout::objectsOf(m_objects, line);
 }
 
 const ObjDictGenerator::DictObject* ObjDictGenerator::findObject(quint8 line, quint16 index) const
 {
-    const QList<DictObject>& objects = objectsOf(line);
-    const auto it =
-        std::lower_bound(objects.cbegin(), objects.cend(), index,
-                         [](const DictObject& object, quint16 value) { return object.index < value; });
-    return (it != objects.cend() && it->index == index) ? &*it : nullptr;
+    return ObjDictLayout::findObject(m_objects, line, index);
 }
 
 const SUBINDEX_DATA_T* ObjDictGenerator::findSub(quint8 line, quint16 index, quint8 subindex) const
 {
-    const DictObject* object = findObject(line, index);
-    if (!object)
-        return nullptr;
-    const qsizetype position = object->subindices.indexOf(subindex);
-    return position < 0 ? nullptr : &object->subs.at(position);
+    return ObjDictLayout::findSub(m_objects, line, index, subindex);
+}
+
+// The sub-object of a key of the layout, which names only sub-objects that exist.
+const SUBINDEX_DATA_T& ObjDictGenerator::subOf(quint32 key) const
+{
+    return *findSub(quint8(key >> 24), quint16(key >> 8), quint8(key));
 }
 
 QList<quint16> ObjDictGenerator::indicesIn(quint8 line, quint16 from, quint16 to) const
@@ -423,7 +438,7 @@ QString ObjDictGenerator::lineMarker(quint8 line) const
 
 int ObjDictGenerator::constSlotOf(quint8 line, quint16 index, quint8 subindex) const
 {
-    return m_constSlot.value(objectKey(line, index, subindex));
+    return m_layout.constSlot(objectKey(line, index, subindex));
 }
 
 // Options carry the master flag when some line decides it at run time.

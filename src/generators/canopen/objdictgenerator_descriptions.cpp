@@ -16,23 +16,6 @@ bool sameEntry(const SUBINDEX_DATA_T& a, const SUBINDEX_DATA_T& b)
            a.writedefaulttoeds == b.writedefaulttoeds;
 }
 
-// The short type word of the value tables: BOOLEAN and UNSIGNED2 to UNSIGNED7 live in UNSIGNED8.
-QString tableWord(int dataType)
-{
-    if (COHelper::valueGroup(quint16(dataType)) == CAN::GroupU8)
-        return QStringLiteral("u8");
-    return COHelper::index2DataTypeShortString(quint16(dataType));
-}
-
-quint64 numberOf(const SUBINDEX_DATA_T* sub)
-{
-    if (!sub)
-        return 0;
-    bool ok = false;
-    const quint64 value = COHelper::parseUnsigned(sub->defaultvalue.trimmed(), &ok);
-    return ok ? value : 0;
-}
-
 } // namespace
 
 // The type word of an object in an assign table.
@@ -71,43 +54,6 @@ quint8 ObjDictGenerator::compactLimit(const QList<quint8>& subindices,
     return limit;
 }
 
-QList<qsizetype> ObjDictGenerator::describedPositions(quint8 line, const DictObject& object) const
-{
-    QList<qsizetype> described;
-    for (qsizetype position = 0; position < object.subindices.size(); ++position) {
-        if (object.subindices.at(position) > object.compactEnd)
-            break;
-        const SUBINDEX_DATA_T& sub = object.subs.at(position);
-        if ((line != 0 && sub.sharedlines) || sub.implementation == CANopen::VirtualObject)
-            continue;
-        described << position;
-    }
-    return described;
-}
-
-// Both counts stand at the head of the file, before the tables are written.
-void ObjDictGenerator::countRows()
-{
-    m_assignCount = 0;
-    m_descriptionCount = 0;
-    m_lineAssignCounts.clear();
-    m_lineDescriptionCounts.clear();
-    for (quint8 line : dictionaryLines()) {
-        int lineRows = 0;
-        for (const DictObject& object : objectsOf(line)) {
-            const SUBINDEX_DATA_T* first = findSub(line, object.index, 0);
-            if (!first || first->implementation != CANopen::VirtualObject)
-                ++m_lineAssignCounts[line];
-            m_descriptionStart.insert((quint32(line) << 24) | object.index, m_descriptionCount);
-            const int rows = int(describedPositions(line, object).size());
-            m_descriptionCount += rows;
-            lineRows += rows;
-        }
-        m_lineDescriptionCounts.insert(line, lineRows);
-        m_assignCount += m_lineAssignCounts.value(line);
-    }
-}
-
 void ObjDictGenerator::writeObjectDescriptions()
 {
     SectionStream out(this);
@@ -115,7 +61,7 @@ void ObjDictGenerator::writeObjectDescriptions()
     out << "CO_CONST CO_OBJECT_DESC_T CO_CONST_STORAGE_CLASS od_description[CO_OBJ_DESC_CNT] = {\n";
     for (quint8 line : dictionaryLines()) {
         for (const DictObject& object : objectsOf(line)) {
-            const QList<qsizetype> described = describedPositions(line, object);
+            const QList<qsizetype> described = ObjDictLayout::describedPositions(line, object);
             for (qsizetype position : described) {
                 const quint8 subindex = object.subindices.at(position);
                 out << descriptionRow(line, object.index, subindex, object.subs.at(position),
@@ -138,11 +84,11 @@ QString ObjDictGenerator::descriptionRow(quint8 line, quint16 index, quint8 subi
     }
     row += QStringLiteral("(UNSIGNED16)%1u, ").arg(valueSlot(line, index, subindex, sub));
     row += attributeWord(key, sub, compactEnd) + QStringLiteral(", ");
-    row += QStringLiteral(" (UNSIGNED16)%1").arg(m_constSlot.value(key));
+    row += QStringLiteral(" (UNSIGNED16)%1").arg(m_layout.constSlot(key));
     if (m_limitCheck > 0)
         row += QStringLiteral("u, (UNSIGNED16)%1u, (UNSIGNED16)%2")
-                   .arg(m_lowLimitSlot.value(key))
-                   .arg(m_upLimitSlot.value(key));
+                   .arg(m_layout.lowLimitSlot(key))
+                   .arg(m_layout.upLimitSlot(key));
     row += QStringLiteral("u},");
     if (multiLineForm())
         row +=
@@ -230,7 +176,7 @@ QString ObjDictGenerator::serviceSuffix(quint8 line, quint16 i, quint8 s, const 
 int ObjDictGenerator::valueSlot(quint8 line, quint16 i, quint8 s, const SUBINDEX_DATA_T& sub) const
 {
     if (sub.implementation == CANopen::ManagedConst)
-        return m_constSlot.value(objectKey(line, i, s));
+        return m_layout.constSlot(objectKey(line, i, s));
     switch (i) {
     case 0x1003:
     case 0x1005:
@@ -282,7 +228,7 @@ int ObjDictGenerator::valueSlot(quint8 line, quint16 i, quint8 s, const SUBINDEX
     }
     if (isSrdoEntry(line, i, s))
         return i;
-    return m_varSlot.value(objectKey(sub.sharedlines ? 0 : line, i, s));
+    return m_layout.varSlot(objectKey(sub.sharedlines ? 0 : line, i, s));
 }
 
 QString ObjDictGenerator::attributeWord(quint32 key, const SUBINDEX_DATA_T& sub, bool compactEnd) const
@@ -308,7 +254,7 @@ QString ObjDictGenerator::attributeWord(quint32 key, const SUBINDEX_DATA_T& sub,
     }
     if (sub.defaultineds)
         word += QStringLiteral(" | CO_ATTR_DEFVAL");
-    if (sub.limitineds && m_lowLimitSlot.contains(key))
+    if (sub.limitineds && m_layout.hasLimitSlots(key))
         word += QStringLiteral(" | CO_ATTR_LIMIT");
     if (sub.nvstorage)
         word += QStringLiteral(" | CO_ATTR_STORE");
@@ -343,159 +289,31 @@ void ObjDictGenerator::writeAssignTable()
                        .arg(described)
                        .arg(object.subindices.isEmpty() ? 0 : object.subindices.last())
                        .arg(objectTypeWord(object.objectType))
-                       .arg(m_descriptionStart.value((quint32(startLine) << 24) | object.index));
+                       .arg(m_layout.descriptionStart(startLine, object.index));
         }
     }
     out << "};\n";
 }
 
-bool ObjDictGenerator::isStaticPdo(quint8 line, quint16 commIndex) const
-{
-    const SUBINDEX_DATA_T* count = findSub(line, commIndex + 0x200, 0);
-    return count && count->accesstype != QLatin1String("rw");
-}
-
 void ObjDictGenerator::writePdoMappingTables()
 {
-    int maxEntries = 0;
-    for (quint8 line : dictionaryLines()) {
-        for (const DictObject& object : objectsOf(line)) {
-            const bool mapping = (object.index >= 0x1600 && object.index <= 0x17FF) ||
-                                 (object.index >= 0x1A00 && object.index <= 0x1BFF);
-            if (mapping)
-                maxEntries = std::max(maxEntries, int(object.subindices.size()) - 1);
-        }
-    }
-    if (maxEntries <= 0)
+    if (m_layout.mappingEntries() <= 0)
         return;
     SectionStream out(this);
     out << "\n/* static PDO mapping tables */\n";
-    for (quint8 line : dictionaryLines()) {
-        if (objectsOf(line).size() < 2)
+    for (const ObjDictLayout::MappingTable& table : m_layout.mappingTables()) {
+        if (table.alias != table.name)
             continue;
-        for (quint16 index : indicesIn(line, 0x1800, 0x19FF))
-            writeMappingGroup(out, line, index, true, maxEntries);
-        for (quint16 index : indicesIn(line, 0x1400, 0x15FF))
-            writeMappingGroup(out, line, index, false, maxEntries);
-    }
-}
-
-void ObjDictGenerator::writeMappingGroup(SectionStream& out, quint8 line, quint16 commIndex, bool transmit,
-                                         int maxEntries)
-{
-    if (!isStaticPdo(line, commIndex))
-        return;
-    const quint16 mapIndex = commIndex + 0x200;
-    const quint64 count = numberOf(findSub(line, mapIndex, 0));
-    if (count == 0)
-        return;
-    const int number = transmit ? commIndex - 0x17FF : commIndex - 0x13FF;
-    const QString name = (transmit ? QStringLiteral("mapTableTPDO") : QStringLiteral("mapTableRPDO")) +
-                         lineMarker(line) + QString::number(number);
-    const QString body = mappingBody(line, mapIndex, count, transmit, maxEntries);
-    if (transmit) {
-        m_mappingTables.insert(name, name);
-        out << "/* Mapping table TPDO " << number << "*/\n";
-        out << "static CO_CONST PDO_TR_MAP_TABLE_T CO_CONST_STORAGE_CLASS\t" << name << " = {\n";
-        out << body << "};\n";
-        return;
-    }
-    if (!multiLineForm()) {
-        m_mappingTables.insert(name, name);
-        out << "/* Mapping table RPDO " << number << "*/\n";
-        out << "static CO_CONST PDO_REC_MAP_TABLE_T CO_CONST_STORAGE_CLASS\t" << name << " = {\n";
-        out << body << "};\n";
-        return;
-    }
-    // Lines that receive the same mapping share one table.
-    const QString same = m_uniqueReceiveTables.value(body);
-    if (!same.isEmpty()) {
-        m_mappingTables.insert(name, same);
-        return;
-    }
-    m_uniqueReceiveTables.insert(body, name);
-    m_mappingTables.insert(name, name);
-    out << "/* unique rpdo defintion */\n";
-    out << "static CO_CONST PDO_REC_MAP_TABLE_T CO_CONST_STORAGE_CLASS\tmapTableRPDO" << lineMarker(line)
-        << number << " = {\n";
-    out << body << "};\n";
-}
-
-QString ObjDictGenerator::mappingBody(quint8 line, quint16 mapIndex, quint64 count, bool transmit,
-                                      int maxEntries) const
-{
-    QString body = QStringLiteral("\t(UNSIGNED8)%1u,\n").arg(count);
-    body += QStringLiteral("\t{\n");
-    const int rows = count > 64 ? 1 : int(count);
-    for (int s = 1; s <= rows; ++s) {
-        const quint32 mapping = quint32(numberOf(findSub(line, mapIndex, quint8(s))));
-        const quint16 index = quint16(mapping >> 16);
-        const quint8 subindex = quint8(mapping >> 8);
-        const SUBINDEX_DATA_T* mapped = findSub(line, index, subindex);
-        const bool numeric =
-            !transmit ||
-            (mapped && (mapped->datatype < CAN::VisibleString || mapped->datatype == CAN::Integer24));
-        body += QStringLiteral("\t\t{%1, %2u, %3, 0x%4UL")
-                    .arg(valuePointer(line, index, subindex))
-                    .arg(mapping & 0xFF)
-                    .arg(numeric ? QStringLiteral("CO_TRUE") : QStringLiteral("CO_FALSE"))
-                    .arg(mapping, 8, 16, QLatin1Char('0'));
-        if (!transmit)
-            body += QStringLiteral(", ") + routingList(line, mapping);
-        body += QStringLiteral(" },\n");
-    }
-    QStringList fillers;
-    for (int s = rows; s < maxEntries; ++s) {
-        QString filler = coreForm() ? QStringLiteral("\t\t{NULL, (UNSIGNED8)0u, CORE_DTYPE_NON_NUMERIC, 0ul")
-                                    : QStringLiteral("\t\t{NULL, (UNSIGNED8)0u, CO_FALSE, 0ul");
-        if (!transmit)
-            filler += QLatin1Char(',') + routingList(line, 0);
-        fillers << filler + QLatin1Char('}');
-    }
-    if (!fillers.isEmpty())
-        body += fillers.join(QLatin1Char(',')) + QLatin1Char('\n');
-    body += QStringLiteral("\t}\n");
-    return body;
-}
-
-// One position per route of the network routing table 0x1F2C: where the
-// mapped object's value lies in its constant or variable table.
-QString ObjDictGenerator::routingList(quint8 line, quint32 mapping) const
-{
-    const quint16 index = quint16(mapping >> 16);
-    const quint8 subindex = quint8(mapping >> 8);
-    const SUBINDEX_DATA_T* mapped = mapping == 0 ? nullptr : findSub(line, index, subindex);
-    int position = 0;
-    if (mapped)
-        position = mapped->implementation == CANopen::ManagedConst
-                       ? m_constSlot.value(objectKey(line, index, subindex))
-                       : m_varSlot.value(objectKey(mapped->sharedlines ? 0 : line, index, subindex));
-    const DictObject* routing = findObject(line, 0x1F2C);
-    const int routes = routing ? std::max(1, int(routing->subindices.size()) - 1) : 1;
-    return QLatin1Char('{') + QStringList(routes, QString::number(position)).join(QLatin1Char(',')) +
-           QLatin1Char('}');
-}
-
-QString ObjDictGenerator::valuePointer(quint8 line, quint16 index, quint8 subindex) const
-{
-    const SUBINDEX_DATA_T* sub = findSub(line, index, subindex);
-    if (!sub)
-        return QStringLiteral("NULL");
-    const QString word = tableWord(sub->datatype);
-    switch (sub->implementation) {
-    case CANopen::ManagedConst:
-        return QStringLiteral("&od_const_%1[%2]")
-            .arg(word)
-            .arg(m_constSlot.value(objectKey(line, index, subindex)));
-    case CANopen::ApplicationVariable: {
-        const QString name = variableName(line, index, subindex, *sub);
-        return name.contains(QLatin1Char('(')) ? name : QStringLiteral("&(%1)").arg(name);
-    }
-    case CANopen::ManagedVariable:
-        return QStringLiteral("&od_%1[%2]")
-            .arg(word)
-            .arg(m_varSlot.value(objectKey(sub->sharedlines ? 0 : line, index, subindex)));
-    default:
-        return QStringLiteral("0");
+        if (table.transmit) {
+            out << "/* Mapping table TPDO " << table.number << "*/\n";
+            out << "static CO_CONST PDO_TR_MAP_TABLE_T CO_CONST_STORAGE_CLASS\t" << table.name << " = {\n";
+        } else if (!multiLineForm()) {
+            out << "/* Mapping table RPDO " << table.number << "*/\n";
+            out << "static CO_CONST PDO_REC_MAP_TABLE_T CO_CONST_STORAGE_CLASS\t" << table.name << " = {\n";
+        } else {
+            out << "/* unique rpdo defintion */\n";
+            out << "static CO_CONST PDO_REC_MAP_TABLE_T CO_CONST_STORAGE_CLASS\t" << table.name << " = {\n";
+        }
+        out << table.body << "};\n";
     }
 }

@@ -16,15 +16,6 @@ QString args(bool perLine, const QString& rest = QString())
     return rest.isEmpty() ? QStringLiteral("canLine") : QStringLiteral("canLine, ") + rest;
 }
 
-quint64 defaultNumber(const SUBINDEX_DATA_T* sub)
-{
-    if (!sub)
-        return 0;
-    bool ok = false;
-    const quint64 value = COHelper::parseUnsigned(sub->defaultvalue.trimmed(), &ok);
-    return ok ? value : 0;
-}
-
 bool hasNodeIdDefault(const SUBINDEX_DATA_T* sub)
 {
     return sub && sub->defaultvalue.contains(QLatin1String("$NODEID+"), Qt::CaseInsensitive);
@@ -41,7 +32,7 @@ void ObjDictGenerator::writeDataVariables()
     bool first = true;
     auto field = [&](const char* name) {
         const QString table = QString::fromLatin1(name);
-        const bool written = m_writtenTables.contains(table);
+        const bool written = m_layout.hasTable(table);
         if (first)
             out << (written ? QStringLiteral("   &%1[0]\n").arg(table) : QStringLiteral("   NULL\n"));
         else
@@ -290,7 +281,7 @@ void ObjDictGenerator::writeServiceInits(SectionStream& out, quint8 line, bool p
         writeCheck(out);
     }
     if (has(line, 0x1012)) {
-        const quint64 cobId = defaultNumber(findSub(line, 0x1012, 0));
+        const quint64 cobId = ObjDictLayout::defaultNumber(findSub(line, 0x1012, 0));
         out << "    /* initialize Time service */\n";
         out << "    retVal = coTimeInit("
             << args(perLine, QStringLiteral("%1, %2").arg((cobId & (1u << 31)) ? "CO_TRUE" : "CO_FALSE",
@@ -446,8 +437,9 @@ void ObjDictGenerator::writePdoInitCall(SectionStream& out, quint8 line, quint16
     }
     const QString table = (transmit ? QStringLiteral("mapTableTPDO") : QStringLiteral("mapTableRPDO")) +
                           lineMarker(line) + QString::number(number);
-    if (m_mappingTables.contains(table))
-        out << ", &" << m_mappingTables.value(table) << ");\n";
+    const QString used = m_layout.mappingTableOf(table);
+    if (!used.isEmpty())
+        out << ", &" << used << ");\n";
     else
         out << ", NULL);\n";
     writeCheck(out);
@@ -663,11 +655,7 @@ void ObjDictGenerator::writeLineDispatcher(SectionStream& out)
 
 void ObjDictGenerator::writeLineFunction(SectionStream& out, quint8 line)
 {
-    int firstRow = 0;
-    for (quint8 earlier : dictionaryLines()) {
-        if (earlier < line)
-            firstRow += m_lineAssignCounts.value(earlier);
-    }
+    const int firstRow = layout().firstAssignRow(line);
     out << "\n/* ****************************************************************************************** "
            "*/\n";
     out << "/* Initialize line << " << line << " */\n";
@@ -682,8 +670,8 @@ void ObjDictGenerator::writeLineFunction(SectionStream& out, quint8 line)
     if (!usesOptions())
         out << "    (void) pCoOptions; /* currently unused */\n\n";
     out << "    /* initialize object dictionary variables and pointers */\n";
-    out << "    coOdInitOdPtr(canLine, &od_assign[" << firstRow << "], " << m_lineAssignCounts.value(line)
-        << ", od_description, " << m_lineDescriptionCounts.value(line) << ", NULL, &od_data_variables);\n";
+    out << "    coOdInitOdPtr(canLine, &od_assign[" << firstRow << "], " << layout().lineAssignCount(line)
+        << ", od_description, " << layout().lineDescriptionCount(line) << ", NULL, &od_data_variables);\n";
     writeServiceInits(out, line, true);
     writeNmtForLine(out, line);
     out << "    return(RET_OK);\n";
@@ -770,15 +758,13 @@ void ObjDictGenerator::writeJ1939OdInit()
     out << ")\n";
     out << "{\n";
     out << "\tswitch (canLine) {\n";
-    int firstRow = 0;
     for (quint8 line : dictionaryLines()) {
         out << "\t\tcase " << line << ":\n";
         out << "\t\t/* initialize object dictionary variables and pointers */\n";
-        out << "\t\tcoOdInitOdPtr(canLine, &od_assign[" << firstRow << "], " << m_lineAssignCounts.value(line)
-            << ", od_description, " << m_lineDescriptionCounts.value(line)
+        out << "\t\tcoOdInitOdPtr(canLine, &od_assign[" << layout().firstAssignRow(line) << "], "
+            << layout().lineAssignCount(line) << ", od_description, " << layout().lineDescriptionCount(line)
             << ", NULL, &od_data_variables);\n";
         out << "\t\tbreak;\n";
-        firstRow += m_lineAssignCounts.value(line);
     }
     out << "\tdefault:\n";
     out << "\tbreak;\n";
@@ -936,19 +922,18 @@ void ObjDictGenerator::writeStringDefaultFunction()
     SectionStream out(this);
     out << "RET_T userOverwriteStringDefaultvalues(void)\n";
     out << "{\n";
-    for (quint32 key : std::as_const(m_stringDefaultKeys)) {
-        const quint8 line = quint8(key >> 24);
-        const quint16 index = quint16(key >> 8);
-        const quint8 subindex = quint8(key);
-        const QPair<int, int> place = m_stringDefaults.value(key);
+    for (const ObjDictLayout::StringDefault& value : m_layout.stringDefaults()) {
+        const quint8 line = quint8(value.key >> 24);
+        const quint16 index = quint16(value.key >> 8);
+        const quint8 subindex = quint8(value.key);
         out << QStringLiteral("    /* %1: %2 - %3 */\n")
                    .arg(line)
                    .arg(index, 4, 16, QLatin1Char('0'))
                    .arg(subindex);
         out << QStringLiteral("    memcpy(%1, &stringDefaultValues[%2], %3);\n")
-                   .arg(variableName(line, index, subindex, *findSub(line, index, subindex)))
-                   .arg(place.first)
-                   .arg(place.second);
+                   .arg(variableName(line, index, subindex, subOf(value.key)))
+                   .arg(value.offset)
+                   .arg(value.bytes.size());
     }
     out << "\n    return(RET_OK);\n";
     out << "}\n";

@@ -95,9 +95,7 @@ void VobjDictGenerator::doJob()
 {
     beginJob();
     readGenerateML();
-    readDictionary();
-    readSrdoEntries();
-    readRunSettings();
+    readProject(false);
     layOut();
     if (openOutputFile(QStringLiteral("gen_vobjdict.c"))) {
         writeHead();
@@ -244,7 +242,7 @@ QString VobjDictGenerator::rowOf(const VirtualEntry& entry) const
     if (entry.compactEnd)
         row += QStringLiteral(" | CO_ATTR_COMPACT");
     row += QStringLiteral(",  (UNSIGNED16)0");
-    if (m_limitCheck > 0)
+    if (limitCheck() > 0)
         row += QStringLiteral("u, (UNSIGNED16)0u, (UNSIGNED16)0");
     row += QStringLiteral("u},");
     if (multiLineForm())

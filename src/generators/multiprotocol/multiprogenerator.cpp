@@ -60,10 +60,7 @@ void MultiProGenerator::doJob()
     beginJob();
     readGenerateML();
     readProtocols();
-    readDictionary();
-    readSrdoEntries();
-    readRunSettings();
-    countRows();
+    readProject(true);
     if (m_pgn && m_udsOnly && openOutputFile(fileName())) {
         SectionStream out(this);
         writeUdsOnlyFile(out);
@@ -78,7 +75,7 @@ void MultiProGenerator::doJob()
         writeJ1939Tables();
         Q_EMIT progress(30);
         if (m_hasCanopen)
-            writeObjectDictionary();
+            writeDictionaryTables();
         Q_EMIT progress(70);
         SectionStream out(this);
         if (m_hasRawCan)
@@ -192,10 +189,7 @@ void MultiProGenerator::writeFileHead(SectionStream& out)
         out << "\n";
     }
     writeWatchdogDefinition(out);
-    if (overwritesPredefinedSet() || settingInt(QStringLiteral("generate_string_defaults")) > 0) {
-        out << "#include <gen_user.h>\n";
-        writeUserHeader();
-    }
+    writeUserInclude(out);
     writePrototypes(out);
     out << R"(/* definition of memory specifier */
 #ifndef CO_CONST
@@ -212,11 +206,7 @@ void MultiProGenerator::writeFileHead(SectionStream& out)
 
 
 )";
-    out << "/* definition of static indication function pointers */\n";
-    writeStaticIndications(out);
-    out << "\n/* number of objects */\n";
-    out << "#define CO_OD_ASSIGN_CNT " << m_assignCount << "u\n";
-    out << "#define CO_OBJ_DESC_CNT " << m_descriptionCount << "u\n";
+    writeIndicationsAndCounts(out);
     out << "\n";
 }
 
@@ -274,20 +264,6 @@ void MultiProGenerator::writeJ1939Tables()
     m_pgn->writeTransmitTables(out);
     m_pgn->writeReceiveTables(out);
     m_hasJ1939 = m_pgn->writeLineConfig(out);
-}
-
-// The data sections of gen_objdict.c, in its order.
-void MultiProGenerator::writeObjectDictionary()
-{
-    writeManagedVariables();
-    writeConstants();
-    if (settingInt(QStringLiteral("generate_string_defaults")) > 0)
-        writeStringDefaultValues();
-    writeApplicationVariables();
-    writeObjectDescriptions();
-    writeAssignTable();
-    writePdoMappingTables();
-    writeDataVariables();
 }
 
 void MultiProGenerator::writeRawCanConfig(SectionStream& out)
@@ -404,9 +380,6 @@ void MultiProGenerator::writeUdsOnlyFile(SectionStream& out)
 // The sections that gen_objdict.c writes behind its start-up code.
 void MultiProGenerator::writeClosing()
 {
-    if (!m_hasCanopen)
-        return;
-    writeServiceVariables();
-    if (settingInt(QStringLiteral("generate_string_defaults")) > 0)
-        writeStringDefaultFunction();
+    if (m_hasCanopen)
+        writeClosingSections();
 }

@@ -50,7 +50,6 @@ private:
     void writeWatchdogDefinition(SectionStream& out);
     void writePrototypes(SectionStream& out);
     void writeJ1939Tables();
-    void writeObjectDictionary();
     void writeRawCanConfig(SectionStream& out);
     void writeRawCanTable(SectionStream& out, quint8 line, bool transmit, const QList<quint32>& ids);
     void writeStackInit(SectionStream& out);

@@ -336,17 +336,13 @@ void MultiProGenerator::writeJ1939LineStart(SectionStream& out, quint8 line)
     out << "    retVal = j1939StackInit_line(" << callArguments(QString()) << "&j1939Config"
         << lineSuffix(line) << ");\n";
     writeCheck(out);
-    const int objects = m_lineAssignCounts.value(line);
+    const int objects = layout().lineAssignCount(line);
     if (j1939SettingInt(QStringLiteral("cia510serversupport")) != 1 || objects == 0 || !m_hasCanopen)
         return;
-    int firstRow = 0;
-    for (quint8 earlier : dictionaryLines()) {
-        if (earlier < line)
-            firstRow += m_lineAssignCounts.value(earlier);
-    }
+    const int firstRow = layout().firstAssignRow(line);
     out << "    /* initialize object dictionary variables and pointers CiA 510 */\n";
     out << "    coOdInitOdPtr(" << callArguments(QString()) << "&od_assign[" << firstRow << "], " << objects
-        << ", od_description, " << m_lineDescriptionCounts.value(line) << ", NULL, &od_data_variables);\n";
+        << ", od_description, " << layout().lineDescriptionCount(line) << ", NULL, &od_data_variables);\n";
 }
 
 void MultiProGenerator::writeRawCanLineStart(SectionStream& out, quint8 line)
@@ -364,14 +360,10 @@ void MultiProGenerator::writeCanopenSequence(SectionStream& out, quint8 line, in
     buffer.open(QIODevice::WriteOnly);
     {
         SectionStream sequence(this, &buffer);
-        int firstRow = 0;
-        for (quint8 earlier : dictionaryLines()) {
-            if (earlier < line)
-                firstRow += m_lineAssignCounts.value(earlier);
-        }
+        const int firstRow = layout().firstAssignRow(line);
         sequence << "    coOdInitOdPtr(" << callArguments(QString()) << "&od_assign[" << firstRow << "], "
-                 << m_lineAssignCounts.value(line) << ", od_description, "
-                 << m_lineDescriptionCounts.value(line) << ", NULL, &od_data_variables);\n";
+                 << layout().lineAssignCount(line) << ", od_description, "
+                 << layout().lineDescriptionCount(line) << ", NULL, &od_data_variables);\n";
         writeServiceInits(sequence, line, m_projectMultiLine);
         const int nmtMaster = lineSettingInt(QStringLiteral("nmtmaster"), line);
         if (settingInt(QStringLiteral("lss_supported")) > 0) {
