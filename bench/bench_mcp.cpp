@@ -8,14 +8,10 @@
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
-#include <QFile>
-#include <QProcess>
 #include <QTemporaryDir>
 #include <QTextStream>
 
 #include <algorithm>
-
-#include <unistd.h>
 
 namespace {
 
@@ -68,51 +64,6 @@ bool fillProject(ObjectDataBase& db)
     return true;
 }
 
-class Server
-{
-public:
-    bool start()
-    {
-        m_process.start(QStringLiteral(TRW_BINARY), {QStringLiteral("--mcp")});
-        return m_process.waitForStarted();
-    }
-
-    ~Server()
-    {
-        m_process.closeWriteChannel();
-        m_process.waitForFinished(30000);
-    }
-
-    QByteArray call(const QByteArray& tool, const QByteArray& arguments)
-    {
-        m_process.write(R"({"jsonrpc":"2.0","id":)" + QByteArray::number(++m_id) +
-                        R"(,"method":"tools/call","params":{"name":")" + tool + R"(","arguments":)" +
-                        arguments + "}}\n");
-        QByteArray reply;
-        while (!reply.endsWith('\n') && m_process.waitForReadyRead(60000))
-            reply += m_process.readAllStandardOutput();
-        return reply;
-    }
-
-    // User and system time of the server so far; the machine may be shared,
-    // and processor time tells the cost of the call itself.
-    qint64 processorMs()
-    {
-        QFile stat(QStringLiteral("/proc/%1/stat").arg(m_process.processId()));
-        if (!stat.open(QIODevice::ReadOnly))
-            return -1;
-        const QByteArray text = stat.readAll();
-        const QList<QByteArray> fields = text.mid(text.lastIndexOf(')') + 2).split(' ');
-        if (fields.size() < 13)
-            return -1;
-        return (fields.at(11).toLongLong() + fields.at(12).toLongLong()) * 1000 / sysconf(_SC_CLK_TCK);
-    }
-
-private:
-    QProcess m_process;
-    int m_id = 0;
-};
-
 } // namespace
 
 int main(int argc, char** argv)
@@ -134,8 +85,8 @@ int main(int argc, char** argv)
         out << "could not create the project\n";
         return 2;
     }
-    Server server;
-    if (!server.start() ||
+    benchsupport::McpServer server;
+    if (!server.start(QStringLiteral(TRW_BINARY)) ||
         !server.call("open_project", R"({"path":")" + project.toUtf8() + "\"}").contains("Project opened")) {
         out << "could not open the project in the server\n";
         return 2;

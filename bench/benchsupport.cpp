@@ -8,6 +8,7 @@
 #include <algorithm>
 
 #include <sys/resource.h>
+#include <unistd.h>
 
 namespace benchsupport {
 
@@ -56,9 +57,11 @@ qint64 median(QList<qint64> values)
     return values.at(values.size() / 2);
 }
 
-qint64 peakMemoryKb()
+namespace {
+
+qint64 peakMemoryKbOf(const QString& process)
 {
-    QFile status(QStringLiteral("/proc/self/status"));
+    QFile status(QStringLiteral("/proc/%1/status").arg(process));
     if (!status.open(QIODevice::ReadOnly))
         return -1;
     for (const QByteArray& line : status.readAll().split('\n')) {
@@ -66,6 +69,13 @@ qint64 peakMemoryKb()
             return line.mid(6).trimmed().split(' ').first().toLongLong();
     }
     return -1;
+}
+
+} // namespace
+
+qint64 peakMemoryKb()
+{
+    return peakMemoryKbOf(QStringLiteral("self"));
 }
 
 QString verdict(bool withinLimit)
@@ -79,6 +89,46 @@ int saveProjectWhenAsked(const QStringList& arguments, ObjectDataBase& db)
     if (at < 0 || at + 1 >= arguments.size())
         return -1;
     return db.saveDatabase(arguments.at(at + 1)) ? 0 : 2;
+}
+
+bool McpServer::start(const QString& binary)
+{
+    m_process.start(binary, {QStringLiteral("--mcp")});
+    return m_process.waitForStarted();
+}
+
+McpServer::~McpServer()
+{
+    m_process.closeWriteChannel();
+    m_process.waitForFinished(30000);
+}
+
+QByteArray McpServer::call(const QByteArray& tool, const QByteArray& arguments)
+{
+    m_process.write(R"({"jsonrpc":"2.0","id":)" + QByteArray::number(++m_id) +
+                    R"(,"method":"tools/call","params":{"name":")" + tool + R"(","arguments":)" + arguments +
+                    "}}\n");
+    QByteArray reply;
+    while (!reply.endsWith('\n') && m_process.waitForReadyRead(60000))
+        reply += m_process.readAllStandardOutput();
+    return reply;
+}
+
+qint64 McpServer::processorMs()
+{
+    QFile stat(QStringLiteral("/proc/%1/stat").arg(m_process.processId()));
+    if (!stat.open(QIODevice::ReadOnly))
+        return -1;
+    const QByteArray text = stat.readAll();
+    const QList<QByteArray> fields = text.mid(text.lastIndexOf(')') + 2).split(' ');
+    if (fields.size() < 13)
+        return -1;
+    return (fields.at(11).toLongLong() + fields.at(12).toLongLong()) * 1000 / sysconf(_SC_CLK_TCK);
+}
+
+qint64 McpServer::peakMemoryKb()
+{
+    return peakMemoryKbOf(QString::number(m_process.processId()));
 }
 
 } // namespace benchsupport

@@ -2,6 +2,7 @@
 
 #include <QElapsedTimer>
 #include <QList>
+#include <QProcess>
 #include <QString>
 #include <QStringList>
 
@@ -77,5 +78,24 @@ QString verdict(bool withinLimit);
 // same project (scripts/golden.sh compares two builds on it). Gives the
 // program's exit code when the argument was given, -1 otherwise.
 int saveProjectWhenAsked(const QStringList& arguments, ObjectDataBase& db);
+
+// The program as an MCP server on standard input and output, as a client
+// sees it: one tool call is one line out and one line back.
+class McpServer
+{
+public:
+    bool start(const QString& binary);
+    ~McpServer();
+    QByteArray call(const QByteArray& tool, const QByteArray& arguments);
+    // User and system time of the server so far; the machine may be shared,
+    // and processor time tells the cost of a call itself.
+    qint64 processorMs();
+    // The most memory the server has held resident so far, -1 where unknown.
+    qint64 peakMemoryKb();
+
+private:
+    QProcess m_process;
+    int m_id = 0;
+};
 
 } // namespace benchsupport

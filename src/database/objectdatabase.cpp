@@ -276,6 +276,8 @@ void ObjectDataBase::removeAllowedThread()
 {
     QMutexLocker locker(&m_allowedThreadsMutex);
     m_allowedThreads.removeOne(QThread::currentThreadId());
+    if (m_allowedThreads.isEmpty())
+        m_objectReadCache.clear();
 }
 
 bool ObjectDataBase::isAllowedThread()
@@ -785,12 +787,17 @@ QString ObjectDataBase::computeFileHash()
         if (!exec(query, statement))
             continue;
         const int columns = query.record().count();
+        // A row goes to the hash in one piece: tens of thousands of rows in small pieces cost more in
+        // calls than in hashing.
+        QByteArray row;
         while (query.next()) {
+            row.clear();
             for (int column = 0; column < columns; ++column) {
-                hash.addData(query.value(column).toString().toUtf8());
-                hash.addData(QByteArrayView("|"));
+                row += query.value(column).toString().toUtf8();
+                row += '|';
             }
-            hash.addData(QByteArrayView("\n"));
+            row += '\n';
+            hash.addData(row);
         }
     }
     return QString::fromLatin1(hash.result().toHex());

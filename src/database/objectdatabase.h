@@ -174,11 +174,21 @@ public:
     bool deleteNode(quint8 line);
     bool setNodeSqlValue(QString column, QString value, QString line);
 
+    // One object with the numbers of its sub-indices in ascending order.
+    struct ObjectEntry
+    {
+        quint16 index = 0;
+        INDEX_DATA_T data;
+        QList<quint8> subindices;
+    };
+
     // Objects
     bool addIndex(quint8 line, quint16 index, INDEX_DATA_T data);
     bool getIndex(quint8 line, quint16 index, INDEX_DATA_T& out);
     bool indexExists(quint8 line, quint16 index);
     QList<quint16> getIndexList(quint8 line, quint32 from, quint32 to);
+    // The objects from..to in ascending order, read in two statements rather than two per object.
+    QList<ObjectEntry> getObjects(quint8 line, quint32 from, quint32 to);
     bool deleteIndex(quint8 line, quint16 index, bool keepConnections);
     bool setObjectIndexSqlValue(QString table, QString index, QString column, QVariant value);
 
@@ -299,6 +309,7 @@ private:
     bool writeMetadataBlob(const QString& table, const QString& index, const QString& subindex,
                            const QByteArray& blob);
     void updateCachedSubIndex(quint8 line, quint16 index, quint8 subindex, const SUBINDEX_DATA_T& data);
+    void fillIndexFromRow(const QSqlQuery& query, INDEX_DATA_T& out);
     void fillSubIndexFromRow(const QSqlQuery& query, SUBINDEX_DATA_T& out);
     bool copyUdsSettings(ObjectDataBase* source, quint8 fromLine, quint8 toLine);
     bool copyIndexFrom(ObjectDataBase* source, quint8 srcLine, quint16 srcIndex, quint8 destLine,
@@ -333,6 +344,18 @@ private:
         QList<SUBINDEX_DATA_T> records;
     };
     QMap<quint8, SubIndexCacheLine> m_subIndexCache;
+    // The objects of a line as running generators read them, each object and its sub-index list many
+    // times: filled in two statements on the first read of a generator's thread and dropped when the
+    // last generator leaves. Generators never write objects, so it can't go stale while they run.
+    struct ObjectReadCacheLine
+    {
+        QList<quint16> indices;
+        QHash<quint16, INDEX_DATA_T> objects;
+        QHash<quint16, QList<quint8>> subindices;
+    };
+    QMap<quint8, ObjectReadCacheLine> m_objectReadCache;
+    // The read cache of the line when the caller is a running generator, else null.
+    const ObjectReadCacheLine* objectReadCache(quint8 line);
     // Display names keyed by index * 65536 + line * 256 + sub-index.
     QHash<quint32, QString> m_subNameCache;
     bool m_hashMismatch = false;

@@ -8,11 +8,18 @@
 #include <QIODevice>
 #include <QSqlError>
 #include <QSqlQuery>
+#include <QThread>
+
+#include <algorithm>
 
 namespace {
 
 // Stream version of the metadata blob; files written by older tools use it, so it must not follow Qt.
 const int metadataStreamVersion = 17;
+
+const char* const indexColumns =
+    "select name,datatype,objecttype,description,category,device_class,fwsupported,metadata,objectindex "
+    "from Objects%1";
 
 const char* const subIndexColumns =
     "select name,datatype,accesstype,allowedaccesstypes,currentvalue, defaultineds,defaultvalue,description,"
@@ -278,18 +285,28 @@ bool ObjectDataBase::addIndex(quint8 line, quint16 index, INDEX_DATA_T data)
 
 bool ObjectDataBase::getIndex(quint8 line, quint16 index, INDEX_DATA_T& out)
 {
+    if (const ObjectReadCacheLine* cached = objectReadCache(line)) {
+        const auto found = cached->objects.constFind(index);
+        if (found == cached->objects.constEnd())
+            return false;
+        out = found.value();
+        return true;
+    }
     QSqlQuery query(m_db);
     const QString statement =
-        QStringLiteral("select name,datatype,objecttype,description,category,device_class,"
-                       "fwsupported,metadata from Objects%1 where objectindex = %2")
-            .arg(line)
-            .arg(index);
+        QString::fromLatin1(indexColumns).arg(line) + QStringLiteral(" where objectindex = %1").arg(index);
     if (!exec(query, statement)) {
         qDebug() << Q_FUNC_INFO << statement << query.lastError().text();
         return false;
     }
     if (!query.next())
         return false;
+    fillIndexFromRow(query, out);
+    return true;
+}
+
+void ObjectDataBase::fillIndexFromRow(const QSqlQuery& query, INDEX_DATA_T& out)
+{
     out.name = stringById(query.value(0).toInt());
     out.datatype = query.value(1).toInt();
     out.objecttype = query.value(2).toInt();
@@ -298,7 +315,6 @@ bool ObjectDataBase::getIndex(quint8 line, quint16 index, INDEX_DATA_T& out)
     out.device_class = stringById(query.value(5).toInt());
     out.fwsupported = query.value(6).toInt();
     out.metadata = decodeMetadata(query.value(7));
-    return true;
 }
 
 bool ObjectDataBase::indexExists(quint8 line, quint16 index)
@@ -312,6 +328,11 @@ bool ObjectDataBase::indexExists(quint8 line, quint16 index)
 
 QList<quint16> ObjectDataBase::getIndexList(quint8 line, quint32 from, quint32 to)
 {
+    if (const ObjectReadCacheLine* cached = objectReadCache(line)) {
+        const auto first = std::lower_bound(cached->indices.cbegin(), cached->indices.cend(), from);
+        const auto last = std::upper_bound(first, cached->indices.cend(), to);
+        return QList<quint16>(first, last);
+    }
     QString statement =
         QStringLiteral("select objectindex from Objects%1 where objectindex >= %2").arg(line).arg(from);
     if (to != quint32(-1))
@@ -328,6 +349,39 @@ QList<quint16> ObjectDataBase::getIndexList(quint8 line, quint32 from, quint32 t
     while (query.next())
         indices.append(quint16(query.value(0).toUInt()));
     return indices;
+}
+
+QList<ObjectDataBase::ObjectEntry> ObjectDataBase::getObjects(quint8 line, quint32 from, quint32 to)
+{
+    QList<ObjectEntry> objects;
+    QHash<quint16, qsizetype> positions;
+    QSqlQuery query(m_db);
+    query.setForwardOnly(true);
+    const QString range = QStringLiteral(" where objectindex >= %1 and objectindex <= %2").arg(from).arg(to);
+    QString statement =
+        QString::fromLatin1(indexColumns).arg(line) + range + QStringLiteral(" order by objectindex asc");
+    if (!exec(query, statement)) {
+        qDebug() << Q_FUNC_INFO << statement << query.lastError().text();
+        return objects;
+    }
+    while (query.next()) {
+        ObjectEntry& entry = objects.emplaceBack();
+        entry.index = quint16(query.value(8).toUInt());
+        fillIndexFromRow(query, entry.data);
+        positions.insert(entry.index, objects.size() - 1);
+    }
+    statement = QStringLiteral("select objectindex,subindex from SubObjects%1").arg(line) + range +
+                QStringLiteral(" order by objectindex asc, subindex asc");
+    if (!exec(query, statement)) {
+        qDebug() << Q_FUNC_INFO << statement << query.lastError().text();
+        return objects;
+    }
+    while (query.next()) {
+        const auto position = positions.constFind(quint16(query.value(0).toUInt()));
+        if (position != positions.constEnd())
+            objects[position.value()].subindices.append(quint8(query.value(1).toUInt()));
+    }
+    return objects;
 }
 
 bool ObjectDataBase::deleteIndex(quint8 line, quint16 index, bool keepConnections)
@@ -580,6 +634,8 @@ bool ObjectDataBase::subIndexExists(quint8 line, quint16 index, quint8 subindex)
 
 QList<quint8> ObjectDataBase::getSubIndexList(quint8 line, quint16 index)
 {
+    if (const ObjectReadCacheLine* cached = objectReadCache(line))
+        return cached->subindices.value(index);
     QList<quint8> subindices;
     QSqlQuery query(m_db);
     const QString statement =
@@ -708,6 +764,41 @@ void ObjectDataBase::cacheAllSubs(unsigned char line, unsigned short index)
         fillSubIndexFromRow(query, cached.records.emplaceBack());
         cached.positions.insert(key, cached.records.size() - 1);
     }
+}
+
+// Rows come in the order the single reads give them, duplicates of old tables included; of two
+// rows of one object the first counts, as for a single read.
+const ObjectDataBase::ObjectReadCacheLine* ObjectDataBase::objectReadCache(quint8 line)
+{
+    {
+        QMutexLocker locker(&m_allowedThreadsMutex);
+        if (!m_allowedThreads.contains(QThread::currentThreadId()))
+            return nullptr;
+    }
+    const auto known = m_objectReadCache.constFind(line);
+    if (known != m_objectReadCache.constEnd())
+        return &known.value();
+    ObjectReadCacheLine& cached = m_objectReadCache[line];
+    QSqlQuery query(m_db);
+    query.setForwardOnly(true);
+    QString statement =
+        QString::fromLatin1(indexColumns).arg(line) + QStringLiteral(" order by objectindex asc");
+    if (!exec(query, statement))
+        qDebug() << Q_FUNC_INFO << statement << query.lastError().text();
+    while (query.next()) {
+        const quint16 index = quint16(query.value(8).toUInt());
+        cached.indices.append(index);
+        if (!cached.objects.contains(index))
+            fillIndexFromRow(query, cached.objects[index]);
+    }
+    statement =
+        QStringLiteral("select objectindex,subindex from SubObjects%1 order by objectindex asc, subindex asc")
+            .arg(line);
+    if (!exec(query, statement))
+        qDebug() << Q_FUNC_INFO << statement << query.lastError().text();
+    while (query.next())
+        cached.subindices[quint16(query.value(0).toUInt())].append(quint8(query.value(1).toUInt()));
+    return &cached;
 }
 
 void ObjectDataBase::cacheSubNames(unsigned char line, unsigned short index)

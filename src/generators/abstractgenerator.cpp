@@ -6,6 +6,7 @@
 #include <QCoreApplication>
 #include <QDateTime>
 #include <QDir>
+#include <QEventLoop>
 #include <QFileInfo>
 #include <QMetaObject>
 #include <QSettings>
@@ -86,8 +87,13 @@ void AbstractGenerator::waitUntilDone()
 {
     if (!m_workerThread)
         return;
-    while (m_workerThread && !m_workerThread->isFinished())
-        QCoreApplication::processEvents();
+    // Sleeps until an event comes, and the thread's end posts one, so that the wait takes no core from
+    // the worker. A nested event loop would not do: once the application is told to exit, as the MCP
+    // server is at the end of its input, it returns at once while the generator still runs.
+    QObject waker;
+    connect(m_workerThread, &QThread::finished, &waker, [] {});
+    while (!m_workerThread->isFinished())
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     QCoreApplication::processEvents();
 }
 

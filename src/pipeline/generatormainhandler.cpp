@@ -768,15 +768,12 @@ QStringList GeneratorMainHandler::edsVariants(quint8 line) const
         if (metadata && metadata->contains(key) && !variants.contains(metadata->value(key)))
             variants << metadata->value(key);
     };
-    const QList<quint16> indices = m_database->getIndexList(line, 4096, -1);
-    for (quint16 index : indices) {
-        INDEX_DATA_T object;
-        if (m_database->getIndex(line, index, object))
-            take(object.metadata);
-        const QList<quint8> subs = m_database->getSubIndexList(line, index);
-        for (quint8 sub : subs) {
+    const QList<ObjectDataBase::ObjectEntry> objects = m_database->getObjects(line, 4096, 0xFFFF);
+    for (const ObjectDataBase::ObjectEntry& object : objects) {
+        take(object.data.metadata);
+        for (quint8 sub : object.subindices) {
             SUBINDEX_DATA_T subindex;
-            if (m_database->getSubIndex(line, index, sub, subindex))
+            if (m_database->getSubIndex(line, object.index, sub, subindex))
                 take(subindex.metadata);
         }
     }

@@ -79,10 +79,10 @@ bool VobjDictGenerator::hasVirtualObjects()
     for (quint8 line : m_database->getNodeList()) {
         if (line > highestDictionaryLine)
             continue;
-        for (quint16 index : m_database->getIndexList(line, 0x1000, 0xBFFF)) {
-            for (quint8 subindex : m_database->getSubIndexList(line, index)) {
+        for (const ObjectDataBase::ObjectEntry& object : m_database->getObjects(line, 0x1000, 0xBFFF)) {
+            for (quint8 subindex : object.subindices) {
                 SUBINDEX_DATA_T sub;
-                if (m_database->getSubIndex(line, index, subindex, sub) &&
+                if (m_database->getSubIndex(line, object.index, subindex, sub) &&
                     sub.implementation == virtualImplementation)
                     return true;
             }
