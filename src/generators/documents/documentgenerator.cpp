@@ -81,7 +81,7 @@ int DocumentGenerator::areaBordersPassed(quint16 index)
 }
 
 void DocumentGenerator::writeObjects(
-    QTextStream& out, const char* border,
+    QTextStream& out, QLatin1StringView border,
     const std::function<void(quint16 index, const INDEX_DATA_T& object)>& writeObject)
 {
     const QList<quint16> indices = objectIndices();
@@ -99,7 +99,7 @@ void DocumentGenerator::writeObjects(
 
 QString DocumentGenerator::hex(quint32 value, int digits)
 {
-    return QStringLiteral("%1").arg(value, digits, 16, QLatin1Char('0'));
+    return QString::number(value, 16).rightJustified(digits, QLatin1Char('0'));
 }
 
 QString DocumentGenerator::textDate()

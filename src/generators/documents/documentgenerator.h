@@ -50,7 +50,7 @@ protected:
     int areaBordersPassed(quint16 index);
     // The tables' walk over the objects until the run is to stop: `border`
     // for each area border passed, then the object to `writeObject`.
-    void writeObjects(QTextStream& out, const char* border,
+    void writeObjects(QTextStream& out, QLatin1StringView border,
                       const std::function<void(quint16 index, const INDEX_DATA_T& object)>& writeObject);
 
     static QString hex(quint32 value, int digits);

@@ -32,7 +32,7 @@ private:
     void writeDeviceInfo();
     void writeDummyUsage();
     void writeObjectLists();
-    void writeObjectSection(quint16 index);
+    void writeObjectSection(QTextStream& out, quint16 index);
     void writeSubIndexSections(QTextStream& out, quint16 index, const INDEX_DATA_T& object);
     void writePropertyBlock(QTextStream& out, const SUBINDEX_DATA_T& sub);
     static void writeDescriptionLines(QTextStream& out, const QString& text);

@@ -8,6 +8,8 @@
 #include <QTextStream>
 #include <QThread>
 
+using namespace Qt::Literals::StringLiterals;
+
 HTMLGenerator::HTMLGenerator(QObject* parent) : HtmlPageGenerator(Layout::ObjectDictionary, parent) {}
 
 void HTMLGenerator::writeBody(QTextStream& out)
@@ -25,9 +27,10 @@ void HTMLGenerator::writeGenerationTable(QTextStream& out)
     out << R"(  <div class="left">
   <table width="70%">
    <tr class="head">
-)";
-    out << "    <td colspan=\"2\" id=\"gen\">Generation information " << encoded(m_deviceName) << "</td>\n";
-    out << "   </tr>\n";
+)"_L1;
+    out << "    <td colspan=\"2\" id=\"gen\">Generation information "_L1 << encoded(m_deviceName)
+        << "</td>\n"_L1;
+    out << "   </tr>\n"_L1;
     const QPair<const char*, QString> rows[] = {
         {"   <td>Generation time: ", QDateTime::currentDateTime().toString(Qt::TextDate)},
         {"   <td>Vendor name:", descriptionSetting(QStringLiteral("VendorName"))},
@@ -40,14 +43,14 @@ void HTMLGenerator::writeGenerationTable(QTextStream& out)
     };
     for (const auto& [label, value] : rows) {
         out << nextRowTag();
-        out << label << encoded(value) << "</td>\n";
-        out << "   </tr>\n";
+        out << label << encoded(value) << "</td>\n"_L1;
+        out << "   </tr>\n"_L1;
     }
     out << R"(  </table>
   </div>
 <br />
 <br />
-)";
+)"_L1;
 }
 
 void HTMLGenerator::writeCommentTable(QTextStream& out)
@@ -57,18 +60,18 @@ void HTMLGenerator::writeCommentTable(QTextStream& out)
    <tr class="head">
     <td colspan="2" id="com">Comment</td>
    </tr>
-)";
+)"_L1;
     const QStringList lines = descriptionSetting(QStringLiteral("Comment")).split(QLatin1Char('\n'));
     for (const QString& line : lines) {
-        out << "   <tr>\n";
-        out << "   <td>" << encoded(line) << "</td>\n";
-        out << "   </tr>\n";
+        out << "   <tr>\n"_L1;
+        out << "   <td>"_L1 << encoded(line) << "</td>\n"_L1;
+        out << "   </tr>\n"_L1;
     }
     out << R"(  </table>
   </div>
 <br />
 <br />
-)";
+)"_L1;
 }
 
 void HTMLGenerator::writeTitleTable(QTextStream& out)
@@ -76,105 +79,106 @@ void HTMLGenerator::writeTitleTable(QTextStream& out)
     out << R"(  <div class="left">
   <table width="70%">
    <tr class="head">
-)";
-    out << "    <td  colspan=\"2\">  Object Dictionary Documentation of " << encoded(m_deviceName)
-        << "</td>\n";
+)"_L1;
+    out << "    <td  colspan=\"2\">  Object Dictionary Documentation of "_L1 << encoded(m_deviceName)
+        << "</td>\n"_L1;
     out << R"(   </tr>
   </table>
   </div>
-)";
+)"_L1;
 }
 
 // Gaps set the manufacturer and the profile areas apart from what precedes them.
 void HTMLGenerator::writeContents(QTextStream& out, const QList<quint16>& indices)
 {
-    out << " <div class=\"toc\">\n";
-    out << "<a href=\"#gen\">Generation Information</a><br />\n";
-    out << "<a href=\"#com\">Comment</a><br />\n";
+    out << " <div class=\"toc\">\n"_L1;
+    out << "<a href=\"#gen\">Generation Information</a><br />\n"_L1;
+    out << "<a href=\"#com\">Comment</a><br />\n"_L1;
     for (quint16 index : indices) {
         if (aborted())
             break;
         for (int border = areaBordersPassed(index); border > 0; --border)
-            out << "<br>\n";
+            out << "<br>\n"_L1;
         INDEX_DATA_T object;
         m_database->getIndex(m_line, index, object);
-        out << "<a href=\"#" << index << "\">0x" << hex(index, 4) << " " << objectName(index, object)
-            << "</a><br>\n";
+        out << "<a href=\"#"_L1 << index << "\">0x"_L1 << hex(index, 4) << " "_L1 << objectName(index, object)
+            << "</a><br>\n"_L1;
     }
-    out << "  </div>\n";
+    out << "  </div>\n"_L1;
 }
 
 void HTMLGenerator::writeObjectTables(QTextStream& out, const QList<quint16>& indices)
 {
-    out << "  <div class=\"center\">\n";
+    out << "  <div class=\"center\">\n"_L1;
     for (quint16 index : indices) {
         if (aborted())
             break;
         writeObjectTable(out, index);
         QThread::yieldCurrentThread();
     }
-    out << "  </div>\n";
-    out << "  </body>\n";
-    out << " </html>\n";
+    out << "  </div>\n"_L1;
+    out << "  </body>\n"_L1;
+    out << " </html>\n"_L1;
 }
 
 void HTMLGenerator::writeObjectTable(QTextStream& out, quint16 index)
 {
     INDEX_DATA_T object;
     m_database->getIndex(m_line, index, object);
-    out << " <p>\n";
-    out << "  <table border=\"1\" width=\"70%\">\n";
-    out << "   <tr>\n";
-    out << "    <th colspan=\"2\" id=\"" << index << "\"> Object: 0x" << hex(index, 4) << " "
-        << objectName(index, object) << "</th>\n";
-    out << "   </tr>\n";
-    out << "   <tr>\n";
-    out << "    <td>Object Code</td>\n";
-    out << "    <td>" << COHelper::objectCode2String(CANopen::ObjectCode(object.objecttype)) << "</td>\n";
-    out << "   </tr>\n";
+    out << " <p>\n"_L1;
+    out << "  <table border=\"1\" width=\"70%\">\n"_L1;
+    out << "   <tr>\n"_L1;
+    out << "    <th colspan=\"2\" id=\""_L1 << index << "\"> Object: 0x"_L1 << hex(index, 4) << " "_L1
+        << objectName(index, object) << "</th>\n"_L1;
+    out << "   </tr>\n"_L1;
+    out << "   <tr>\n"_L1;
+    out << "    <td>Object Code</td>\n"_L1;
+    out << "    <td>"_L1 << COHelper::objectCode2String(CANopen::ObjectCode(object.objecttype))
+        << "</td>\n"_L1;
+    out << "   </tr>\n"_L1;
     if (!object.description.isEmpty())
-        writeRow(out, "    <td>Description</td>\n", encoded(object.description));
-    out << "  </table>\n";
+        writeRow(out, "    <td>Description</td>\n"_L1, encoded(object.description));
+    out << "  </table>\n"_L1;
     const QList<quint8> subs = m_database->getSubIndexList(m_line, index);
     for (quint8 subindex : subs) {
-        out << " <br/>\n";
+        out << " <br/>\n"_L1;
         writeSubIndexTable(out, index, subindex);
     }
-    out << " </p>\n";
-    out << "  <hr />\n";
+    out << " </p>\n"_L1;
+    out << "  <hr />\n"_L1;
 }
 
 void HTMLGenerator::writeSubIndexTable(QTextStream& out, quint16 index, quint8 subindex)
 {
     SUBINDEX_DATA_T sub;
     m_database->getSubIndex(m_line, index, subindex, sub);
-    out << "  <table border=\"1\" width=\"70%\">\n";
+    out << "  <table border=\"1\" width=\"70%\">\n"_L1;
     out << nextRowTag();
-    out << "    <td style=\"font-weight:bold\">Sub </td>\n";
-    out << "    <td style=\"font-weight:bold\">0x" << hex(subindex, 2) << "</td>\n";
-    out << "   </tr>\n";
-    writeRow(out, "    <td>Name </td>\n",
+    out << "    <td style=\"font-weight:bold\">Sub </td>\n"_L1;
+    out << "    <td style=\"font-weight:bold\">0x"_L1 << hex(subindex, 2) << "</td>\n"_L1;
+    out << "   </tr>\n"_L1;
+    writeRow(out, "    <td>Name </td>\n"_L1,
              encoded(Helper::substituteVariables(sub.name, index, subindex, m_line)));
-    writeRow(out, "    <td>Data Type</td>\n", COHelper::index2DataTypeString(sub.datatype));
-    writeRow(out, "    <td>Access </td>\n", encoded(sub.accesstype));
+    writeRow(out, "    <td>Data Type</td>\n"_L1, COHelper::index2DataTypeString(sub.datatype));
+    writeRow(out, "    <td>Access </td>\n"_L1, encoded(sub.accesstype));
     if (sub.defaultineds || sub.implementation == CANopen::ManagedConst)
-        writeRow(out, "    <td>Defaultvalue </td>\n", encoded(sub.defaultvalue));
+        writeRow(out, "    <td>Defaultvalue </td>\n"_L1, encoded(sub.defaultvalue));
     if (sub.limitineds) {
-        writeRow(out, "    <td>Low Limit </td>\n", encoded(sub.lowlimit));
-        writeRow(out, "    <td>High Limit </td>\n", encoded(sub.uplimit));
+        writeRow(out, "    <td>Low Limit </td>\n"_L1, encoded(sub.lowlimit));
+        writeRow(out, "    <td>High Limit </td>\n"_L1, encoded(sub.uplimit));
     }
     if (!sub.description.isEmpty())
-        writeRow(out, "    <td>Description</td>\n", encoded(sub.description));
-    writeRow(out, "    <td>PDO Mapping</td>\n", COHelper::pdoMapping2String(sub.pdomapping));
+        writeRow(out, "    <td>Description</td>\n"_L1, encoded(sub.description));
+    writeRow(out, "    <td>PDO Mapping</td>\n"_L1, COHelper::pdoMapping2String(sub.pdomapping));
     if (m_implementationInfo) {
-        writeRow(out, "    <td>Implementation Type</td>\n",
+        writeRow(out, "    <td>Implementation Type</td>\n"_L1,
                  COHelper::implementation2String(sub.implementation));
         if (sub.implementation == CANopen::ApplicationVariable)
-            writeRow(out, "    <td>Variable Name</td>\n", encoded(sub.varname));
+            writeRow(out, "    <td>Variable Name</td>\n"_L1, encoded(sub.varname));
         if (sub.size != 0)
-            writeRow(out, "    <td>Size in bytes </td>\n", QString::number(sub.size));
+            writeRow(out, "    <td>Size in bytes </td>\n"_L1, QString::number(sub.size));
     }
-    out << "  </table>\n";
+    out << "  </table>\n"_L1;
 }
 
 QString HTMLGenerator::objectName(quint16 index, const INDEX_DATA_T& object) const

@@ -26,9 +26,9 @@ protected:
     virtual void writeBody(QTextStream& out) = 0;
 
     // "<tr class="alt">" and "<tr>" in turn, over the whole page.
-    QString nextRowTag();
+    QLatin1StringView nextRowTag();
     // One row of a label cell given as its whole line and a value cell.
-    void writeRow(QTextStream& out, const char* labelCell, const QString& value);
+    void writeRow(QTextStream& out, QLatin1StringView labelCell, const QString& value);
     // Umlauts and line feeds in their HTML form; the object dictionary page
     // also encodes the characters that HTML reserves.
     QString encoded(const QString& text) const;

@@ -6,8 +6,9 @@
 #include "database/objectdatabase.h"
 #include "generators/documents/csvcells.h"
 
-#include <QRegularExpression>
 #include <QTextStream>
+
+using namespace Qt::Literals::StringLiterals;
 
 ICSVGenerator::ICSVGenerator(bool withDescription, QObject* parent)
     : DocumentGenerator(parent), m_withDescription(withDescription)
@@ -33,7 +34,7 @@ QString ICSVGenerator::checkedFileName() const
 void ICSVGenerator::writeDocument(QTextStream& out)
 {
     writeHead(out);
-    writeObjects(out, " \n", [this, &out](quint16 index, const INDEX_DATA_T& object) {
+    writeObjects(out, " \n"_L1, [this, &out](quint16 index, const INDEX_DATA_T& object) {
         if (object.objecttype != CANopen::Var)
             writeObjectHeadRow(out, index, object);
         writeSubIndexRows(out, index, object);
@@ -42,72 +43,73 @@ void ICSVGenerator::writeDocument(QTextStream& out)
 
 void ICSVGenerator::writeHead(QTextStream& out)
 {
-    out << "#\n";
-    out << "# This is an importable ICSV file for the " << m_deviceName << " project.\n";
-    out << "#\n";
+    out << "#\n"_L1;
+    out << "# This is an importable ICSV file for the "_L1 << m_deviceName << " project.\n"_L1;
+    out << "#\n"_L1;
     if (m_withDescription)
-        out << "index,sub,objectcode,datatype,edsname,varname,access,mapable,hasdefault,defaultineds,value,"
+        out << "index,sub,objectcode,datatype,edsname,varname,access,mapable,hasdefault,defaultineds,value,"_L1
                "description,size,implementation,haslimit,lowlimit,uplimit,nvstorage\n";
     else
-        out << "index,sub,objectcode,datatype,edsname,varname,access,mapable,hasdefault,defaultineds,value,"
+        out << "index,sub,objectcode,datatype,edsname,varname,access,mapable,hasdefault,defaultineds,value,"_L1
                "size,implementation,haslimit,lowlimit,uplimit,nvstorage\n";
 }
 
 void ICSVGenerator::writeObjectHeadRow(QTextStream& out, quint16 index, const INDEX_DATA_T& object)
 {
-    out << "0x" << hex(index, 4) << ",";
+    out << "0x"_L1 << hex(index, 4) << ","_L1;
     if (object.objecttype == CANopen::Array)
-        out << ",ARRAY,";
+        out << ",ARRAY,"_L1;
     else if (object.objecttype == CANopen::Record)
-        out << ",RECORD,";
+        out << ",RECORD,"_L1;
     else
-        out << ",,";
-    out << COHelper::index2DataTypeString(object.datatype) << ",";
-    out << CsvCells::plain(object.name) << ",";
-    out << ",,,,,,";
+        out << ",,"_L1;
+    out << COHelper::index2DataTypeString(object.datatype) << ","_L1;
+    out << CsvCells::plain(object.name) << ","_L1;
+    out << ",,,,,,"_L1;
     if (m_withDescription)
-        out << descriptionCell(object.description) << ",";
-    out << ",,";
-    out << ",,,,";
-    out << "\n";
+        out << descriptionCell(object.description) << ","_L1;
+    out << ",,"_L1;
+    out << ",,,,"_L1;
+    out << "\n"_L1;
 }
 
 void ICSVGenerator::writeSubIndexRows(QTextStream& out, quint16 index, const INDEX_DATA_T& object)
 {
+    const QString indexCell = "0x"_L1 + hex(index, 4) + ","_L1;
     const QList<quint8> subs = m_database->getSubIndexList(m_line, index);
     for (quint8 subindex : subs) {
         SUBINDEX_DATA_T sub;
         m_database->getSubIndex(m_line, index, subindex, sub);
         const bool arrayHead = subindex == 0 && object.objecttype == CANopen::Array;
 
-        out << "0x" << hex(index, 4) << ",";
-        out << "0x" << hex(subindex, 2) << ",";
-        out << (subindex == 0 && object.objecttype == CANopen::Var ? "VARIABLE," : ",");
-        out << COHelper::index2DataTypeString(arrayHead ? object.datatype : sub.datatype) << ",";
-        out << CsvCells::plain(sub.name) << ",";
+        out << indexCell;
+        out << "0x"_L1 << hex(subindex, 2) << ","_L1;
+        out << (subindex == 0 && object.objecttype == CANopen::Var ? "VARIABLE,"_L1 : ","_L1);
+        out << COHelper::index2DataTypeString(arrayHead ? object.datatype : sub.datatype) << ","_L1;
+        out << CsvCells::plain(sub.name) << ","_L1;
         out << (sub.implementation == CANopen::ApplicationVariable ? CsvCells::plain(sub.varname) : QString())
-            << ",";
-        out << CsvCells::plain(sub.accesstype) << ",";
-        out << sub.pdomapping.getCSVStringValue() << ",";
-        out << (sub.defaultineds ? "1" : "0") << ",";
-        out << int(sub.writedefaulttoeds) << ",";
+            << ","_L1;
+        out << CsvCells::plain(sub.accesstype) << ","_L1;
+        out << sub.pdomapping.getCSVStringValue() << ","_L1;
+        out << (sub.defaultineds ? "1" : "0") << ","_L1;
+        out << int(sub.writedefaulttoeds) << ","_L1;
         out << CsvCells::typedValue(sub, false);
         if (m_withDescription)
-            out << descriptionCell(sub.description) << ",";
-        out << sub.size << ",";
+            out << descriptionCell(sub.description) << ","_L1;
+        out << sub.size << ","_L1;
         out << CsvCells::implementation(sub.implementation);
-        out << CsvCells::yesNo(sub.limitineds) << ",";
-        out << CsvCells::plain(sub.lowlimit) << ",";
-        out << CsvCells::plain(sub.uplimit) << ",";
+        out << CsvCells::yesNo(sub.limitineds) << ","_L1;
+        out << CsvCells::plain(sub.lowlimit) << ","_L1;
+        out << CsvCells::plain(sub.uplimit) << ","_L1;
         out << CsvCells::yesNo(sub.nvstorage);
-        out << "\n";
+        out << "\n"_L1;
     }
 }
 
 QString ICSVGenerator::descriptionCell(const QString& text)
 {
-    static const QRegularExpression lineEnd(QStringLiteral("[\\r\\n]"));
     QString cell = text;
-    cell.replace(lineEnd, Helper::csvDescLinebreak);
+    cell.replace(QLatin1Char('\r'), Helper::csvDescLinebreak)
+        .replace(QLatin1Char('\n'), Helper::csvDescLinebreak);
     return CsvCells::plain(cell);
 }

@@ -7,6 +7,8 @@
 #include <QTextStream>
 #include <QThread>
 
+using namespace Qt::Literals::StringLiterals;
+
 TextDocGenerator::TextDocGenerator(QObject* parent) : DocumentGenerator(parent) {}
 
 QString TextDocGenerator::outputFileName() const
@@ -41,19 +43,20 @@ void TextDocGenerator::writeDocument(QTextStream& out)
 // "Documenation" is the title the documentation import and its users know.
 void TextDocGenerator::writeTitle(QTextStream& out)
 {
-    out << "CANopen Object Dictionary Documenation for " << m_deviceName << "\n\n";
+    out << "CANopen Object Dictionary Documenation for "_L1 << m_deviceName << "\n\n"_L1;
 }
 
 void TextDocGenerator::writeObject(QTextStream& out, quint16 index)
 {
     INDEX_DATA_T object;
     m_database->getIndex(m_line, index, object);
-    out << "\nIndex:       0x" << hex(index, 4) << " - "
-        << Helper::substituteVariables(object.name, index, 0, m_line) << "\n";
-    out << "DataType:    " << COHelper::index2DataTypeString(object.datatype) << "\n";
-    out << "ObjectCode:  " << COHelper::objectCode2String(CANopen::ObjectCode(object.objecttype)) << "\n";
+    out << "\nIndex:       0x"_L1 << hex(index, 4) << " - "_L1
+        << Helper::substituteVariables(object.name, index, 0, m_line) << "\n"_L1;
+    out << "DataType:    "_L1 << COHelper::index2DataTypeString(object.datatype) << "\n"_L1;
+    out << "ObjectCode:  "_L1 << COHelper::objectCode2String(CANopen::ObjectCode(object.objecttype))
+        << "\n"_L1;
     if (!object.description.isEmpty())
-        out << "Description: " << object.description << "\n";
+        out << "Description: "_L1 << object.description << "\n"_L1;
 }
 
 // "  Description: " keeps a single blank while its neighbours align: the
@@ -64,14 +67,14 @@ void TextDocGenerator::writeSubIndices(QTextStream& out, quint16 index)
     for (quint8 subindex : subs) {
         SUBINDEX_DATA_T sub;
         m_database->getSubIndex(m_line, index, subindex, sub);
-        out << "  Sub:          0x" << hex(subindex, 2) << " - "
-            << Helper::substituteVariables(sub.name, index, subindex, m_line) << "\n";
-        out << "  DataType:     " << COHelper::index2DataTypeString(sub.datatype) << "\n";
+        out << "  Sub:          0x"_L1 << hex(subindex, 2) << " - "_L1
+            << Helper::substituteVariables(sub.name, index, subindex, m_line) << "\n"_L1;
+        out << "  DataType:     "_L1 << COHelper::index2DataTypeString(sub.datatype) << "\n"_L1;
         if (!sub.defaultvalue.isEmpty())
-            out << "  DefaultValue: " << sub.defaultvalue << "\n";
-        out << "  AccessType:   " << sub.accesstype << "\n";
-        out << "  PDOMapping:   " << int(sub.pdomapping.toUInt()) << "\n";
+            out << "  DefaultValue: "_L1 << sub.defaultvalue << "\n"_L1;
+        out << "  AccessType:   "_L1 << sub.accesstype << "\n"_L1;
+        out << "  PDOMapping:   "_L1 << int(sub.pdomapping.toUInt()) << "\n"_L1;
         if (!sub.description.isEmpty())
-            out << "  Description: " << sub.description << "\n";
+            out << "  Description: "_L1 << sub.description << "\n"_L1;
     }
 }
