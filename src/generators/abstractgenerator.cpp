@@ -110,10 +110,17 @@ QString AbstractGenerator::formatWideInteger(int dataType, quint64 unsignedValue
         return QString();
     const quint64 value =
         COHelper::signedness(quint16(dataType)) == CAN::SignedInteger ? quint64(signedValue) : unsignedValue;
-    QStringList parts;
-    for (int i = COHelper::getDataLengthBits(CAN::CANopenDataType(dataType)) / 8 - 1; i >= 0; --i)
-        parts << QStringLiteral("0x%1").arg((value >> (8 * i)) & 0xFF, 2, 16, QLatin1Char('0'));
-    return macro + QLatin1Char('(') + parts.join(QLatin1Char(',')) + QLatin1Char(')');
+    static const char digits[] = "0123456789abcdef";
+    QString text = macro + QLatin1Char('(');
+    for (int i = COHelper::getDataLengthBits(CAN::CANopenDataType(dataType)) / 8 - 1; i >= 0; --i) {
+        const quint8 byte = quint8(value >> (8 * i));
+        text += QLatin1String("0x");
+        text += QLatin1Char(digits[byte >> 4]);
+        text += QLatin1Char(digits[byte & 0xF]);
+        if (i > 0)
+            text += QLatin1Char(',');
+    }
+    return text + QLatin1Char(')');
 }
 
 AbstractGenerator::GeneratorStatus AbstractGenerator::startWorker(const QString& objectName)

@@ -18,7 +18,7 @@ SectionStream& SectionStream::operator<<(const char* literal)
     if (m_coreWords)
         m_stream << m_coreWords->coreSpelling(literal);
     else
-        m_stream << literal;
+        m_stream << QLatin1StringView(literal);
     return *this;
 }
 

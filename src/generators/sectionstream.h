@@ -10,8 +10,9 @@ class QIODevice;
 class StackWords;
 
 // Writes one section of a generated C file into the generator's output file.
-// Literal pieces (C strings) are spelt in the words of the generator's stack
-// form; texts of the project and numbers are written as they are.
+// Literal pieces (C strings, plain ASCII) are spelt in the words of the
+// generator's stack form; texts of the project and numbers are written as
+// they are.
 class SectionStream
 {
 public:

@@ -16,7 +16,7 @@ constexpr int symbolWidth = 25;
 
 QString nameVariant(const QString& symbol, int number)
 {
-    return number == 0 ? symbol : QStringLiteral("%1_%2").arg(symbol).arg(number);
+    return number == 0 ? symbol : symbol + QLatin1Char('_') + QString::number(number);
 }
 
 bool isStructured(int objectType)
@@ -45,11 +45,19 @@ AbstractGenerator::GeneratorStatus IndicesGenerator::start()
 
 QString IndicesGenerator::makeIdentifier(const QString& text)
 {
-    static const QRegularExpression invalid(QStringLiteral("[^A-Za-z0-9_]"));
-    static const QRegularExpression repeatedUnderscores(QStringLiteral("_{2,}"));
-    QString identifier = text.toUpper();
-    identifier.replace(invalid, QStringLiteral("_"));
-    identifier.replace(repeatedUnderscores, QStringLiteral("_"));
+    // Every character a C identifier can't hold becomes "_", and a run of
+    // "_" shrinks to one.
+    const QString upper = text.toUpper();
+    QString identifier;
+    identifier.reserve(upper.size());
+    for (QChar c : upper) {
+        const char16_t u = c.unicode();
+        const bool valid = (u >= 'A' && u <= 'Z') || (u >= 'a' && u <= 'z') || (u >= '0' && u <= '9');
+        if (valid)
+            identifier += c;
+        else if (!identifier.endsWith(QLatin1Char('_')))
+            identifier += QLatin1Char('_');
+    }
     return identifier;
 }
 
@@ -136,6 +144,8 @@ void IndicesGenerator::writePdoAlias(QTextStream& out, quint8 line, quint16 inde
     static const QRegularExpression lineTag(QStringLiteral("^L[0-9]+_"));
     static const QRegularExpression pdoForNode(
         QStringLiteral("^I_([RT]PDO)_COMM_PAR_([0-9]+)_FOR_NODE_([0-9]+)_([A-Za-z0-9_]+)$"));
+    if (!symbol.contains(QLatin1String("_FOR_NODE_")))
+        return;
     QString plain = symbol;
     plain.remove(lineTag);
     const QRegularExpressionMatch match = pdoForNode.match(plain);

@@ -184,6 +184,8 @@ void ObjDictGenerator::readDictionary()
             if (m_database->getIndex(line, index, data))
                 object.objectType = data.objecttype;
             const QList<quint8> subindices = m_database->getSubIndexList(line, index);
+            object.subindices.reserve(subindices.size());
+            object.subs.reserve(subindices.size());
             for (quint8 subindex : subindices) {
                 SUBINDEX_DATA_T sub;
                 if (!m_database->getSubIndex(line, index, subindex, sub))

@@ -2,6 +2,10 @@
 
 #include "canopenlib/cohelper.h"
 
+#include <QStringBuilder>
+
+using namespace Qt::Literals::StringLiterals;
+
 namespace {
 
 constexpr quint8 noCompaction = 255;
@@ -76,25 +80,26 @@ QString ObjDictGenerator::descriptionRow(quint8 line, quint16 index, quint8 subi
                                          const SUBINDEX_DATA_T& sub, bool compactEnd)
 {
     const quint32 key = objectKey(line, index, subindex);
-    QString row = QStringLiteral("\t{ (UNSIGNED8)%1u, ").arg(subindex);
-    row += dataTypeWord(line, index, subindex, sub).leftJustified(18) + QStringLiteral(", ");
-    if (coreForm()) {
-        const QString suffix = serviceSuffix(line, index, subindex, sub);
-        row += QStringLiteral("CO_DSPEC") + suffix + QStringLiteral(", ");
+    const QString subText = QString::number(subindex);
+    QString row;
+    row.reserve(160);
+    row += "\t{ (UNSIGNED8)"_L1 % subText % "u, "_L1;
+    row += dataTypeWord(line, index, subindex, sub).leftJustified(18) % ", "_L1;
+    if (coreForm())
+        row += "CO_DSPEC"_L1 % serviceSuffix(line, index, subindex, sub) % ", "_L1;
+    row += "(UNSIGNED16)"_L1 % QString::number(valueSlot(line, index, subindex, sub)) % "u, "_L1;
+    row += attributeWord(key, sub, compactEnd) % ", "_L1;
+    row += " (UNSIGNED16)"_L1 % QString::number(m_layout.constSlot(key));
+    if (m_limitCheck > 0) {
+        row += "u, (UNSIGNED16)"_L1 % QString::number(m_layout.lowLimitSlot(key));
+        row += "u, (UNSIGNED16)"_L1 % QString::number(m_layout.upLimitSlot(key));
     }
-    row += QStringLiteral("(UNSIGNED16)%1u, ").arg(valueSlot(line, index, subindex, sub));
-    row += attributeWord(key, sub, compactEnd) + QStringLiteral(", ");
-    row += QStringLiteral(" (UNSIGNED16)%1").arg(m_layout.constSlot(key));
-    if (m_limitCheck > 0)
-        row += QStringLiteral("u, (UNSIGNED16)%1u, (UNSIGNED16)%2")
-                   .arg(m_layout.lowLimitSlot(key))
-                   .arg(m_layout.upLimitSlot(key));
-    row += QStringLiteral("u},");
+    row += "u},"_L1;
+    const QString index16 = QString::number(index, 16).rightJustified(4, QLatin1Char('0'));
     if (multiLineForm())
-        row +=
-            QStringLiteral("/* %1-0x%2:%3*/ \n").arg(line).arg(index, 4, 16, QLatin1Char('0')).arg(subindex);
+        row += "/* "_L1 % QString::number(line) % "-0x"_L1 % index16 % ":"_L1 % subText % "*/ \n"_L1;
     else
-        row += QStringLiteral("/* 0x%1:%2*/ \n").arg(index, 4, 16, QLatin1Char('0')).arg(subindex);
+        row += "/* 0x"_L1 % index16 % ":"_L1 % subText % "*/ \n"_L1;
     return row;
 }
 
