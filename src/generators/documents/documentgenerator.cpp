@@ -5,7 +5,6 @@
 #include <QDate>
 #include <QDebug>
 #include <QTextStream>
-#include <QThread>
 
 DocumentGenerator::DocumentGenerator(QObject* parent) : AbstractGenerator(parent) {}
 
@@ -93,7 +92,6 @@ void DocumentGenerator::writeObjects(
         INDEX_DATA_T object;
         m_database->getIndex(m_line, index, object);
         writeObject(index, object);
-        QThread::yieldCurrentThread();
     }
 }
 

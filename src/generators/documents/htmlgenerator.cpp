@@ -6,7 +6,6 @@
 
 #include <QDateTime>
 #include <QTextStream>
-#include <QThread>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -114,7 +113,6 @@ void HTMLGenerator::writeObjectTables(QTextStream& out, const QList<quint16>& in
         if (aborted())
             break;
         writeObjectTable(out, index);
-        QThread::yieldCurrentThread();
     }
     out << "  </div>\n"_L1;
     out << "  </body>\n"_L1;

@@ -9,7 +9,6 @@
 #include <QDate>
 #include <QDateTime>
 #include <QTextStream>
-#include <QThread>
 #include <QXmlStreamWriter>
 
 namespace {
@@ -164,7 +163,6 @@ void XDDGenerator::writeObjectList(QXmlStreamWriter& xml)
         if (aborted())
             break;
         writeObject(xml, index);
-        QThread::yieldCurrentThread();
     }
     xml.writeEndElement();
 }
