@@ -39,7 +39,7 @@ QSharedPointer<ObjectDataBase> smallDevice()
         {0x2002, CAN::Domain},    {0x2003, CAN::VisibleString},
         {0x6000, CAN::Real32}};
     for (const auto& [index, type] : objectTypes)
-        changeObject(db, 0, index, [type](INDEX_DATA_T& object) { object.datatype = type; });
+        changeObject(db, 0, index, [datatype = type](INDEX_DATA_T& object) { object.datatype = datatype; });
     changeObject(db, 0, 0x2000, [](INDEX_DATA_T& object) { object.description = "first line\nsecond line"; });
     changeSub(db, 0, 0x2000, 0, [](SUBINDEX_DATA_T& sub) {
         sub.limitineds = true;
