@@ -110,7 +110,7 @@ void ObjDictGenerator::doJob()
 {
     beginJob();
     readGenerateML();
-    readProject(true);
+    readProject();
     prepareOutputFile();
     writeDictionaryTables();
     Q_EMIT progress(75);
@@ -125,13 +125,11 @@ void ObjDictGenerator::doJob()
     finishJob();
 }
 
-void ObjDictGenerator::readProject(bool layOut)
+void ObjDictGenerator::readProject()
 {
     readDictionary();
     readSrdoEntries();
     readRunSettings();
-    if (!layOut)
-        return;
     ObjDictLayout::Options options;
     options.multiLine = multiLineForm();
     options.coreForm = coreForm();
@@ -408,11 +406,6 @@ QList<quint16> ObjDictGenerator::indicesIn(quint8 line, quint16 from, quint16 to
             indices << object.index;
     }
     return indices;
-}
-
-bool ObjDictGenerator::isSrdoEntry(quint8 line, quint16 index, quint8 subindex) const
-{
-    return m_srdoEntries.contains(objectKey(line, index, subindex));
 }
 
 QString ObjDictGenerator::variableName(quint8 line, quint16 index, quint8 subindex,

@@ -60,7 +60,7 @@ void MultiProGenerator::doJob()
     beginJob();
     readGenerateML();
     readProtocols();
-    readProject(true);
+    readProject();
     if (m_pgn && m_udsOnly && openOutputFile(fileName())) {
         SectionStream out(this);
         writeUdsOnlyFile(out);
