@@ -300,23 +300,31 @@ bool ObjDictGenerator::prepareOutputFile()
         for (const QString& header : headers)
             out << "#include \"" << header << "\"\n";
     }
-    out << "/* definition of memory specifier */\n";
-    out << "#ifndef CO_CONST\n";
-    out << "#define CO_CONST const\n";
-    out << "#endif\n\n";
-    out << "/* definition of compiler-specific storage classes */\n";
-    out << "#ifndef CO_STORAGE_CLASS\n";
-    out << "#define CO_STORAGE_CLASS\n";
-    out << "#endif\n";
-    out << "#ifndef CO_CONST_STORAGE_CLASS\n";
-    out << "#define CO_CONST_STORAGE_CLASS\n";
-    out << "#endif\n\n";
+    writeStorageClasses(out);
     out << "/* definition of watchdog handle during initialization */\n";
     out << "#ifndef CO_HANDLE_WATCHDOG\n";
     out << "#define CO_HANDLE_WATCHDOG\n";
     out << "#endif /* CO_HANDLE_WATCHDOG */\n\n";
     writeIndicationsAndCounts(out);
     return true;
+}
+
+void ObjDictGenerator::writeStorageClasses(SectionStream& out)
+{
+    out << R"(/* definition of memory specifier */
+#ifndef CO_CONST
+#define CO_CONST const
+#endif
+
+/* definition of compiler-specific storage classes */
+#ifndef CO_STORAGE_CLASS
+#define CO_STORAGE_CLASS
+#endif
+#ifndef CO_CONST_STORAGE_CLASS
+#define CO_CONST_STORAGE_CLASS
+#endif
+
+)";
 }
 
 // The user header declares the functions that overwrite COB-IDs and string defaults.

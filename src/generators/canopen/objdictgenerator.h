@@ -58,6 +58,8 @@ protected:
     // indication pointers and the object counts.
     void writeUserInclude(SectionStream& out);
     void writeIndicationsAndCounts(SectionStream& out);
+    // The defaults of the memory specifier and the storage classes that the tables are declared with.
+    void writeStorageClasses(SectionStream& out);
     // The data sections, from the managed variables to od_data_variables.
     void writeDictionaryTables();
     // The sections behind the start-up code.
@@ -71,6 +73,11 @@ protected:
     virtual void writeSdoServerInits(SectionStream& out, quint8 line, bool perLine);
     virtual void writeSdoClientInits(SectionStream& out, quint8 line, bool perLine);
     void writeLoadParameter(SectionStream& out);
+    // The function that ends the stack start: it starts PDO routing where the
+    // device routes PDOs and is empty otherwise. The start-up files differ in
+    // the line that declares the result and in the note of an empty function.
+    void writeStackInitFinish(SectionStream& out, const QString& name, bool routing, const char* declaration,
+                              const char* emptyNote);
     // The NMT start of the classic stack or of one line of the multi-line one.
     void writeNmtInit(SectionStream& out, bool master, bool perLine);
 

@@ -162,20 +162,7 @@ void VobjDictGenerator::writeHead()
         for (const QString& header : applicationHeader.split(QLatin1Char(' '), Qt::SkipEmptyParts))
             out << "#include \"" << header << "\"\n";
     }
-    out << R"(/* definition of memory specifier */
-#ifndef CO_CONST
-#define CO_CONST const
-#endif
-
-/* definition of compiler-specific storage classes */
-#ifndef CO_STORAGE_CLASS
-#define CO_STORAGE_CLASS
-#endif
-#ifndef CO_CONST_STORAGE_CLASS
-#define CO_CONST_STORAGE_CLASS
-#endif
-
-)";
+    writeStorageClasses(out);
 }
 
 // The stack reaches a virtual value through the application's function in

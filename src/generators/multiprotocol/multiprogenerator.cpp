@@ -191,21 +191,8 @@ void MultiProGenerator::writeFileHead(SectionStream& out)
     writeWatchdogDefinition(out);
     writeUserInclude(out);
     writePrototypes(out);
-    out << R"(/* definition of memory specifier */
-#ifndef CO_CONST
-#define CO_CONST const
-#endif
-
-/* definition of compiler-specific storage classes */
-#ifndef CO_STORAGE_CLASS
-#define CO_STORAGE_CLASS
-#endif
-#ifndef CO_CONST_STORAGE_CLASS
-#define CO_CONST_STORAGE_CLASS
-#endif
-
-
-)";
+    writeStorageClasses(out);
+    out << "\n";
     writeIndicationsAndCounts(out);
     out << "\n";
 }
