@@ -6,10 +6,10 @@
 // runs, the same for the tool call "generate" of the MCP server, and how the
 // wall time grows with ten times the objects.
 
+#include "benchprojects.h"
 #include "benchsupport.h"
 #include "canopenlib/canopentypes.h"
 #include "common/cleanproject.h"
-#include "database/linetypes.h"
 #include "database/objectdatabase.h"
 
 #include <QCoreApplication>
@@ -38,35 +38,22 @@ constexpr double processorPerWallLimit = 1.1;
 constexpr qint64 memoryLimitKb = 100 * 1024;
 constexpr double scalingLimit = 10.5;
 
-// Records of mixed types with descriptions, limits and application
-// variables, so that every document has text to write.
-void addObjects(ObjectDataBase& db, quint8 line, int objects)
+// The entries of the bench's records: mixed types with descriptions and
+// application variables, so that every document has text to write.
+SUBINDEX_DATA_T subFor(int object, int subindex, quint8 line)
 {
     static const int types[] = {5, 6, 7, 2, 3, 4, 8, 27};
-    QList<ObjectDataBase::SubEntry> entries;
-    for (int object = 0; object < objects; ++object) {
-        const quint16 index = quint16(0x2000 + object);
-        INDEX_DATA_T record;
-        record.name = QStringLiteral("Parameter block %1").arg(object);
-        record.objecttype = 9;
-        record.description = QStringLiteral("Block %1 <of the bench>,\nwith two lines").arg(object);
-        db.addIndex(line, index, record);
-        entries.append(
-            {line, index, 0,
-             cleanproject::subRecord(5, QStringLiteral("ro"), QString::number(subsPerObject - 1))});
-        for (int subindex = 1; subindex < subsPerObject; ++subindex) {
-            SUBINDEX_DATA_T sub =
-                cleanproject::subRecord(types[(object + subindex) % int(std::size(types))],
-                                        QStringLiteral("rw"), QString::number((object * 7 + subindex) % 100));
-            sub.description = subindex % 3 == 0 ? QStringLiteral("entry & value") : QString();
-            if (object % 4 == 3) {
-                sub.implementation = 2;
-                sub.varname = QStringLiteral("app_%1_%2_l%3").arg(object).arg(subindex).arg(line);
-            }
-            entries.append({line, index, quint8(subindex), sub});
-        }
+    if (subindex == 0)
+        return cleanproject::subRecord(5, QStringLiteral("ro"), QString::number(subsPerObject - 1));
+    SUBINDEX_DATA_T sub =
+        cleanproject::subRecord(types[(object + subindex) % int(std::size(types))], QStringLiteral("rw"),
+                                QString::number((object * 7 + subindex) % 100));
+    sub.description = subindex % 3 == 0 ? QStringLiteral("entry & value") : QString();
+    if (object % 4 == 3) {
+        sub.implementation = 2;
+        sub.varname = QStringLiteral("app_%1_%2_l%3").arg(object).arg(subindex).arg(line);
     }
-    db.addSubIndices(entries);
+    return sub;
 }
 
 // A CAN FD device gives its device type as an array of one profile entry.
@@ -89,14 +76,13 @@ bool saveProject(const QString& path, int objects)
         return false;
     cleanproject::addProjectSettings(db);
     db.setGeneralSetting(QStringLiteral("canfd_supported"), QStringLiteral("1"));
+    benchprojects::addRecordLines(db, {0, 1, 2, 3}, objects, subsPerObject, subFor, [](int object) {
+        return QStringLiteral("Block %1 <of the bench>,\nwith two lines").arg(object);
+    });
     for (quint8 line = 0; line < lineCount; ++line) {
-        if (line != 0)
-            db.addNode(line, NODE_DATA_T());
-        db.setLineType(line, Line::CANopen);
         cleanproject::addLineSettings(db, line);
         cleanproject::addMandatoryObjects(db, line);
         addFdDeviceType(db, line);
-        addObjects(db, line, objects);
     }
     return db.saveDatabase(path);
 }
