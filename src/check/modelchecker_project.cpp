@@ -1,5 +1,6 @@
 #include "check/modelchecker.h"
 
+#include "canopenlib/udsstaticindication.h"
 #include "database/linetypes.h"
 
 #include <QCoreApplication>
@@ -60,14 +61,9 @@ void ModelChecker::checkStaticUdsIndication()
 {
     if (m_database->getGeneralSetting(QStringLiteral("uds_static_indication")).toInt() != 1)
         return;
-    static const char* const functionKeys[] = {
-        "uds_fct_check_req_session", "uds_fct_clear_dtc_info",    "uds_fct_dtc_info",
-        "uds_fct_id_data_transmit",  "uds_fct_mem_data_transmit", "uds_fct_sec_access_req_key",
-        "uds_fct_req_commgt",        "uds_fct_authent_req",       "uds_fct_ioctrl",
-        "uds_fct_routine_ctrl",      "uds_fct_data_transfer",     "uds_fct_generic"};
     QStringList names;
-    for (const char* key : functionKeys) {
-        const QString name = m_database->getGeneralSetting(QLatin1String(key)).trimmed();
+    for (const UDS::StaticIndication& service : UDS::staticIndications) {
+        const QString name = m_database->getGeneralSetting(QLatin1String(service.key)).trimmed();
         if (!name.isEmpty())
             names << name;
     }

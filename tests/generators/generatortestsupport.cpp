@@ -3,6 +3,7 @@
 #include "common/testhelpers.h"
 #include "generators/abstractgenerator.h"
 #include "generators/canopen/codefinegenerator.h"
+#include "generators/canopen/indicationgeneratorv4.h"
 
 #include <QFile>
 #include <QProcess>
@@ -39,6 +40,14 @@ ObjectDataBase::DataElement element(int dataType, quint16 bits, const QString& v
     record.bitsize = bits;
     record.varname = varname;
     return record;
+}
+
+void writeStaticIndicationHeader(ObjectDataBase& db, const QString& dir)
+{
+    if (db.getGeneralSetting(QStringLiteral("uds_static_indication")) != QLatin1String("1"))
+        return;
+    indicationgeneratorv4 generator;
+    runGenerator(generator, db, dir, QStringLiteral("gen_indication.h"));
 }
 
 QString withoutBanner(const QString& text)

@@ -48,6 +48,9 @@ QString runGenerator(AbstractGenerator& generator, ObjectDataBase& db, const QSt
 QString withoutBanner(const QString& text);
 
 void writeFile(const QString& path, const QString& text);
+// With static UDS indications the run writes the V4 gen_indication.h, whose
+// prototypes the indication pointers of the start-up code refer to.
+void writeStaticIndicationHeader(ObjectDataBase& db, const QString& dir);
 // Tells the define generator about J1939 and mixed protocols as the pipeline
 // does: beside J1939 any CANopen or raw CAN line makes the project mixed.
 void setProtocolFlags(CoDefineGenerator& generator, ObjectDataBase& db);

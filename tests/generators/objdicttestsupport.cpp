@@ -152,6 +152,7 @@ Generated generate(ObjectDataBase& db, const QString& dir, const RunOptions& opt
     generatortest::writeFile(dir + QStringLiteral("/test_application.h"), applicationHeader(db));
     db.setGeneralSetting(QStringLiteral("applicationheader"), QStringLiteral("test_application.h"));
     generatortest::cacheLines(db);
+    generatortest::writeStaticIndicationHeader(db, dir);
     Generated result;
     {
         std::unique_ptr<CoDefineGenerator> define(options.core ? new GenDefineGenerator

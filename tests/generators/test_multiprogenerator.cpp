@@ -151,6 +151,22 @@ INSTANTIATE_TEST_SUITE_P(
                                 "gen_rawcan.c", "rawcanStackInit", false}),
     [](const testing::TestParamInfo<ExampleCase>& info) { return std::string(info.param.name); });
 
+// A UDS server with a session table on line 1, none of whose services needs
+// authentication.
+void addUdsServerOnLineOne(ObjectDataBase& db)
+{
+    for (const auto& [key, value] : {std::pair{"udsserver_supported", "1"},
+                                     {"udsserver_version", "5"},
+                                     {"uds_physical_request_id", "0x7e0,0x7e1"},
+                                     {"uds_physical_response_id", "0x7e8,0x7e9"},
+                                     {"uds_functional_request_id", "0x7df,0x7df"},
+                                     {"uds_server_active", "0,1"},
+                                     {"isotp_supported", "1"}})
+        db.setGeneralSetting(key, value);
+    db.setUDSServiceActive(1, 0x10, true);
+    db.setUDSServiceSessions(1, 0x10, "1,3");
+}
+
 struct EdgeCase
 {
     const char* name;
@@ -259,18 +275,7 @@ INSTANTIATE_TEST_SUITE_P(
                  true},
         EdgeCase{"UdsServerOnTheJ1939Line",
                  {1, 2},
-                 [](ObjectDataBase& db) {
-                     for (const auto& [key, value] : {std::pair{"udsserver_supported", "1"},
-                                                      {"udsserver_version", "5"},
-                                                      {"uds_physical_request_id", "0x7e0,0x7e1"},
-                                                      {"uds_physical_response_id", "0x7e8,0x7e9"},
-                                                      {"uds_functional_request_id", "0x7df,0x7df"},
-                                                      {"uds_server_active", "0,1"},
-                                                      {"isotp_supported", "1"}})
-                         db.setGeneralSetting(key, value);
-                     db.setUDSServiceActive(1, 0x10, true);
-                     db.setUDSServiceSessions(1, 0x10, "1,3");
-                 },
+                 addUdsServerOnLineOne,
                  "gen_mp.c",
                  {"#include <iso_tp.h>\n#include <uds_uds.h>\n", "retVal = udsStackInit_common(",
                   "retVal = udsStackInit_line(1, &udsLine1);\n"}},
@@ -280,15 +285,35 @@ INSTANTIATE_TEST_SUITE_P(
                      for (const auto& [key, value] : {std::pair{"udsserver_supported", "1"},
                                                       {"udsserver_version", "5"},
                                                       {"uds_bl_setting", "1"},
-                                                      {"isotp_supported", "1"}})
+                                                      {"isotp_supported", "1"},
+                                                      {"uds_static_indication", "1"},
+                                                      {"uds_fct_dtc_info", "appDtcInfo"}})
                          db.setGeneralSetting(key, value);
                      db.setUDSServiceActive(0, 0x27, true);
                      db.setUDSServiceAuthentication(0, 0x27, "1");
                  },
                  "gen_uds.c",
-                 {"RET_T udsStackInit(void) {\n", "UDS_CONFIG_INIT_VAL_T\tudsLine0 = {\n",
+                 {"UDS_CONFIG_INIT_VAL_T\tudsLine0 = {\n",
+                  "\tauthenticationTable_0,\n\t1\n};\n\n\n/* definition of static indication function "
+                  "pointers */\n"
+                  "#if UDS_EVENT_STATIC_DTC_INFO\n"
+                  "CORE_CONST UDS_EVENT_DTC_INFO_FCT_T udsReadDtcInfoInd = appDtcInfo;\n#endif\n\n"
+                  "RET_T udsStackInit(void) {\n",
                   "    /* setup CAN-IDs */\n    if (udsLine0.serverPhysAddrReqCanID == 0u)  {\n"},
                  true},
+        EdgeCase{
+            "UdsStaticIndicationWithoutAuthenticationOnTheCore",
+            {1, 2},
+            [](ObjectDataBase& db) {
+                addUdsServerOnLineOne(db);
+                db.setGeneralSetting("uds_static_indication", "1");
+                db.setGeneralSetting("uds_fct_routine_ctrl", "appRoutine");
+            },
+            "gen_mp.c",
+            {"\tCO_TRUE,\n\tNULL,\n\t0\n};\n\n\n\n"
+             "/* definition of static indication function pointers */\n#if UDS_EVENT_STATIC_ROUTINE_CTRL\n"
+             "CORE_CONST UDS_EVENT_ROUTINE_CTRL_T udsRoutineCtrlInd = appRoutine;\n#endif\n\n"},
+            true},
         EdgeCase{"CanIdWithoutElementsOnTheCore",
                  {4},
                  [](ObjectDataBase& db) { addCanId(db, 0, 0x200, {}); },

@@ -181,6 +181,13 @@ TEST(ObjDictGenerator, ExampleProjectsCompileInBothStackForms)
     }
 }
 
+// A UDS server whose security access and communication control indications
+// are bound statically.
+constexpr const char* staticUdsIndications =
+    "udsserver_supported=1 udsserver_version=5 uds_physical_request_id=0x7e0 uds_physical_response_id=0x7e8 "
+    "uds_functional_request_id=0x7df uds_server_active=1 uds_static_indication=1 "
+    "uds_fct_sec_access_req_key=appSeedKey uds_fct_req_commgt=appCommControl";
+
 struct SyntheticCase
 {
     const char* name;
@@ -237,6 +244,7 @@ INSTANTIATE_TEST_SUITE_P(
                       "udsserver_supported=1 udsserver_version=5 uds_physical_request_id=0x7e0,0x7e1 "
                       "uds_physical_response_id=0x7e8,0x7e9 uds_functional_request_id=0x7df,0x7df "
                       "uds_server_active=1,0 uds_seedkey_length=4 uds_session_timeout=5000"},
+        SyntheticCase{"UdsStaticIndicationV4", false, true, false, false, staticUdsIndications},
         SyntheticCase{"SdoServerOfJ1939Device", false, false, false, true, ""},
         SyntheticCase{"SdoServerOfJ1939DeviceTwoLinesV4", true, true, false, true, ""}),
     [](const testing::TestParamInfo<SyntheticCase>& info) { return std::string(info.param.name); });
@@ -343,7 +351,14 @@ INSTANTIATE_TEST_SUITE_P(
              "CORE_COMMON_INIT_VAL_T    commonInitVars = {\n", "CORE_DTYPE_U8", "CO_DSPEC_VAR",
              "#ifdef GEN_OVERWRITE_PREDEF_CONN_SET\n", "RET_T genLoadIndication(UNSIGNED8 subIndex)\n",
              "\t\tcobId = nodeId + 0x180;\n", "CORE_HANDLE_WATCHDOG\n",
-             "\t{ (UNSIGNED8)5u, CORE_DTYPE_VS     , CO_DSPEC_CONST, (UNSIGNED16)1u, "})),
+             "\t{ (UNSIGNED8)5u, CORE_DTYPE_VS     , CO_DSPEC_CONST, (UNSIGNED16)1u, "}),
+        PieceCase(
+            "UdsStaticIndicationV4", false, true, staticUdsIndications,
+            {"\tCO_TRUE,\n\tNULL,\n\t0\n};\n\n\n/* definition of static indication function pointers */\n"
+             "#if UDS_EVENT_STATIC_SEC_ACCESS_REQ_KEY\n"
+             "CORE_CONST UDS_EVENT_SECURITY_ACCESS_REQ_KEY_T udsEventSecurityAccessReqKeyInd = appSeedKey;\n"
+             "#endif\n#if UDS_EVENT_STATIC_REQ_COMMGT\n"
+             "CORE_CONST UDS_EVENT_REQ_COMMGT_T udsReqCommgtInd = appCommControl;\n#endif\n\n"})),
     [](const testing::TestParamInfo<PieceCase>& info) { return std::string(info.param.name); });
 
 namespace {

@@ -32,6 +32,7 @@ Files generateBoth(ObjectDataBase& db, const QString& dir, bool core)
 {
     db.deletePGN(0, 60928, ObjectDataBase::Transmit);
     cacheLines(db);
+    writeStaticIndicationHeader(db, dir);
     Files files;
     std::unique_ptr<CoDefineGenerator> define(core ? new GenDefineGenerator : new CoDefineGenerator);
     setProtocolFlags(*define, db);
@@ -103,6 +104,17 @@ void makeUdsProject(ObjectDataBase& db)
     db.setUDSServiceActive(0, 0x31, true);
     db.setUDSServiceUserLevels(0, 0x31, "2");
     addPgn(db, 0, 65262, ObjectDataBase::Transmit, 6, {spn(110, 5, 8, "coolant"), spn(175, 6, 16)});
+}
+
+// The UDS project with two statically bound indications, one of them
+// answering with a response code, and no service that needs authentication.
+void makeStaticIndicationProject(ObjectDataBase& db)
+{
+    makeUdsProject(db);
+    db.setUDSServiceAuthentication(0, 0x27, "0");
+    db.setGeneralSetting("uds_static_indication", "1");
+    db.setGeneralSetting("uds_fct_ioctrl", " appIoControl ");
+    db.setGeneralSetting("uds_fct_generic", "appGeneric");
 }
 
 // A count as the C code says it: a number, or the value of a define of gen_define.h.
@@ -207,7 +219,9 @@ TEST_P(J1939Project, CompilesWithGccAndClangAndAgreesWithItsDefines)
         EXPECT_TRUE(compilesWithStack(dir.path(), "gen_pgn.c", core, "gcc"));
         EXPECT_TRUE(compilesWithStack(dir.path(), "gen_pgn.c", core, "clang"));
         expectConsistent(files, core);
-        EXPECT_TRUE(compileHeaders(dir.path(), {"gen_define.h"}));
+        // The functions that gen_define.h binds statically stand for numbers here.
+        EXPECT_TRUE(
+            compileHeaders(dir.path(), {"gen_define.h"}, "#define appGeneric 0u\n#define appIoControl 0u\n"));
     }
 }
 
@@ -219,6 +233,7 @@ INSTANTIATE_TEST_SUITE_P(
                                         TRW_SOURCE_DIR "/examples/j1939_engine_ecu/j1939_engine_ecu.trwt"));
                                 }},
                     ProjectCase{"TwoLines", makeTwoLineProject}, ProjectCase{"UdsServer", makeUdsProject},
+                    ProjectCase{"UdsStaticIndicationWithoutAuthentication", makeStaticIndicationProject},
                     ProjectCase{"TwoLinesCanFdDynamicSafety",
                                 [](ObjectDataBase& db) {
                                     makeTwoLineProject(db);
@@ -386,7 +401,19 @@ INSTANTIATE_TEST_SUITE_P(
                    "\tsessionTbl_0,\n\t13,\n\tsecurityLvlTbl_0,\n\t4,\n\tCO_TRUE,\n\tauthenticationTable_0,"
                    "\n\t1\n};\n",
                    "    retVal = udsStackInit_line(&udsLine0);\n",
-                   "#define UDS_AUTHENTICATION_REQUIRED\t1u\n"}}),
+                   "#define UDS_AUTHENTICATION_REQUIRED\t1u\n"}},
+        PieceCase{"UdsStaticIndicationV4",
+                  true,
+                  makeStaticIndicationProject,
+                  {"\n/* definition of static indication function pointers */\n"
+                   "#if UDS_EVENT_STATIC_IOCTRL\n"
+                   "CORE_CONST UDS_EVENT_ROUTINE_IOCTRL_T udsIoCtrlInd = appIoControl;\n#endif\n"
+                   "#if UDS_EVENT_STATIC_GENERIC_FCT\n"
+                   "CORE_CONST UDS_EVENT_GENERIC_FCT_T udsGenericInd = appGeneric;\n#endif\n"
+                   "\n\n/*  J1939 stack initialization function */\n",
+                   "\tCO_TRUE,\n\tNULL,\n\t0\n};\n",
+                   "#define UDS_EVENT_STATIC_GENERIC_FCT\tappGeneric\n#define "
+                   "UDS_EVENT_STATIC_IOCTRL\tappIoControl\n"}}),
     [](const testing::TestParamInfo<PieceCase>& info) { return std::string(info.param.name); });
 
 // Input that the check reports still gives a whole file: a PGN without

@@ -1,5 +1,6 @@
 #include "generators/canopen/indicationgenerator.h"
 
+#include "canopenlib/udsstaticindication.h"
 #include "database/objectdatabase.h"
 
 #include <QCoreApplication>
@@ -110,41 +111,6 @@ const IndicationRow usdoClientRows[] = {
      "CORE_CONST CO_EVENT_USDO_CLIENT_DOMAIN_PARA_T *pPara);\n"},
 };
 
-// Static UDS indications of the V4 stack, each compiled in by the define of
-// gen_define.h that binds it. Services that answer with a negative response
-// code of ISO 14229 return that code.
-struct UdsRow
-{
-    const char* key;
-    const char* guard;
-    const char* returnWord;
-    const char* parameters;
-};
-
-const UdsRow udsRows[] = {
-    {"uds_fct_authent_req", "UDS_EVENT_STATIC_AUTHENT_REQ", "RET_T ",
-     "UDS_REQ_AUTHENT_CMD_T cmd, UDS_REQ_AUTHENT_PARA_T *pPara);\n"},
-    {"uds_fct_check_req_session", "UDS_EVENT_STATIC_CHECK_REQ_SESSION", "UNSIGNED8 ",
-     "UDS_CHECK_REQUIRED_SESSION_PARA_T *pPara);\n"},
-    {"uds_fct_clear_dtc_info", "UDS_EVENT_STATIC_CLEAR_DTC_INFO", "RET_T ",
-     "UDS_CLEAR_DTC_INFO_PARA_T *pPara);\n"},
-    {"uds_fct_data_transfer", "UDS_EVENT_STATIC_DATA_TRANSFER", "RET_T ",
-     "UDS_DATA_TRANSFER_PARA_T *pPara);\n"},
-    {"uds_fct_dtc_info", "UDS_EVENT_STATIC_DTC_INFO", "RET_T ", "UDS_DTC_INFO_PARA_T *pPara);\n"},
-    {"uds_fct_generic", "UDS_EVENT_STATIC_GENERIC_FCT", "RET_T ", "UDS_GENERIC_PARA_T *pPara);\n"},
-    {"uds_fct_id_data_transmit", "UDS_EVENT_STATIC_ID_DATA_TRANSMIT", "RET_T ",
-     "UDS_DATA_TRANSMIT_PARA_T *pPara);\n"},
-    {"uds_fct_ioctrl", "UDS_EVENT_STATIC_IOCTRL", "UNSIGNED8 ", "UDS_ROUTINE_IOCTRL_PARA_T *pPara);\n"},
-    {"uds_fct_mem_data_transmit", "UDS_EVENT_STATIC_MEM_DATA_TRANSMIT", "RET_T ",
-     "UDS_MEM_DATA_TRANSMIT_PARA_T *pPara);\n"},
-    {"uds_fct_req_commgt", "UDS_EVENT_STATIC_REQ_COMMGT", "UNSIGNED8 ",
-     "UDS_REQ_COMMGT_STATE_T state, UDS_REQ_COMMGT_PARA_T *pPara);\n"},
-    {"uds_fct_routine_ctrl", "UDS_EVENT_STATIC_ROUTINE_CTRL", "UNSIGNED8 ",
-     "UDS_EVENT_ROUTINE_CTRL_PARA_T *pPara);\n"},
-    {"uds_fct_sec_access_req_key", "UDS_EVENT_STATIC_SEC_ACCESS_REQ_KEY", "RET_T ",
-     "UDS_SECURITY_ACCESS_REQ_KEY_PARA_T *pPara);\n"},
-};
-
 } // namespace
 
 indicationgenerator::indicationgenerator(QObject* parent) : AbstractGenerator(parent) {}
@@ -196,10 +162,10 @@ QList<indicationgenerator::Prototype> indicationgenerator::namedPrototypes() con
         take(usdoClientRows, std::size(usdoClientRows));
     if (coreForm() &&
         m_database->getGeneralSetting(QStringLiteral("uds_static_indication")).trimmed().toInt() == 1) {
-        for (const UdsRow& row : udsRows) {
-            const QString function = m_database->getGeneralSetting(QString::fromLatin1(row.key)).trimmed();
+        for (const UDS::StaticIndication* service : UDS::staticIndicationsBySetting()) {
+            const QString function = m_database->getGeneralSetting(QLatin1String(service->key)).trimmed();
             if (!function.isEmpty())
-                prototypes << Prototype{function, row.returnWord, row.parameters, row.guard};
+                prototypes << Prototype{function, service->returnWord, service->parameters, service->macro};
         }
     }
     return prototypes;

@@ -127,7 +127,9 @@ void ObjDictGenerator::writeInitDeclarations(SectionStream& out, bool fileLevel)
     if (settingInt(QStringLiteral("new_init_structure")) == 1)
         writeCommonDeclarations(out);
     writeServiceTable(out, fileLevel ? QStringLiteral("   ") : QStringLiteral("       "));
-    out << commonHelper()->udsDefinitions();
+    const std::unique_ptr<CommonGeneratorHelper> helper = commonHelper();
+    out << helper->udsDefinitions();
+    out << helper->staticIndicationPointers();
 }
 
 void ObjDictGenerator::writeServiceTable(SectionStream& out, const QString& indent)

@@ -2,6 +2,7 @@
 
 #include "canopenlib/cohelper.h"
 #include "canopenlib/udssiddefinitions.h"
+#include "canopenlib/udsstaticindication.h"
 #include "database/linetypes.h"
 #include "database/objectdatabase.h"
 #include "generators/stackwords.h"
@@ -287,24 +288,28 @@ QString CommonGeneratorHelper::serviceTable(quint8 line, const QList<UdsRow>& ro
            QStringLiteral("[] = {\n") + body + QStringLiteral("\n") + in + QStringLiteral("};\n\n");
 }
 
-// Services that a client may use only after authentication.
+// Services that a client may use only after authentication. A line without
+// such a service has no table: C knows no empty initializer list, and the
+// line structure then points to none.
 QString CommonGeneratorHelper::authenticationTable(quint8 line, const QList<UdsRow>& rows,
                                                    int& rowCount) const
 {
-    QString text = QStringLiteral("/* UDS Authentication table (line %1) */\n").arg(line);
-    text += QStringLiteral("static UDS_AUTHENT_TABLE_T\tauthenticationTable_%1[] = {\n").arg(line);
     rowCount = 0;
-    if (settingInt(QStringLiteral("udsserver_supported")) == 1) {
-        for (const UdsRow& row : rows) {
-            const QString authentication = row.authentication.trimmed();
-            if (authentication.isEmpty() || authentication == QLatin1String("0"))
-                continue;
-            text += QStringLiteral("\t{ %1 },\n").arg(hex2(row.sid));
-            ++rowCount;
-        }
+    if (settingInt(QStringLiteral("udsserver_supported")) != 1)
+        return QString();
+    QString body;
+    for (const UdsRow& row : rows) {
+        const QString authentication = row.authentication.trimmed();
+        if (authentication.isEmpty() || authentication == QLatin1String("0"))
+            continue;
+        body += QStringLiteral("\t{ %1 },\n").arg(hex2(row.sid));
+        ++rowCount;
     }
-    text += QStringLiteral("\n};\n\n");
-    return text;
+    if (rowCount == 0)
+        return QString();
+    return QStringLiteral("/* UDS Authentication table (line %1) */\n").arg(line) +
+           QStringLiteral("static UDS_AUTHENT_TABLE_T\tauthenticationTable_%1[] = {\n").arg(line) + body +
+           QStringLiteral("\n};\n\n");
 }
 
 // The server's three CAN-IDs, then the client's, in this fixed arrangement;
@@ -394,6 +399,27 @@ QString CommonGeneratorHelper::sessionName(const QString& value) const
             return QStringLiteral("UDS_SUB_SESSION_MANU_40 + ") + hex2(session - 64);
         return hex2(session);
     }
+}
+
+QString CommonGeneratorHelper::staticIndicationPointers() const
+{
+    if (!coreForm() || !udsInUse() || settingInt(QStringLiteral("uds_static_indication")) != 1)
+        return QString();
+    QString pointers;
+    for (const UDS::StaticIndication& service : UDS::staticIndications) {
+        const QString function = m_database->getGeneralSetting(QLatin1String(service.key)).trimmed();
+        if (function.isEmpty())
+            continue;
+        pointers += QStringLiteral("#if %1\n").arg(QLatin1String(service.macro));
+        pointers +=
+            QStringLiteral("CORE_CONST %1 %2 = %3;\n")
+                .arg(QLatin1String(service.pointerType), QLatin1String(service.pointerName), function);
+        pointers += QStringLiteral("#endif\n");
+    }
+    if (pointers.isEmpty())
+        return QString();
+    return QStringLiteral("\n/* definition of static indication function pointers */\n") + pointers +
+           QStringLiteral("\n");
 }
 
 QString CommonGeneratorHelper::commonUdsCall() const

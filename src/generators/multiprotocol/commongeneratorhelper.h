@@ -36,6 +36,11 @@ public:
     // The UDS service structure and, per line, the session, security (and
     // V4 authentication) tables and the line structure; empty without UDS.
     QString udsDefinitions() const;
+    // The V4 pointers to the application's statically bound UDS indications,
+    // each under the guard of its binding; they belong at file level, so a
+    // caller whose UDS definitions stand in a function writes them ahead of
+    // it. Empty in the classic form, without UDS and without a bound service.
+    QString staticIndicationPointers() const;
     // udsStackInit_common with its check; empty without UDS.
     QString commonUdsCall() const;
     // udsStackInit_line of one line with its check; empty without UDS.

@@ -343,6 +343,7 @@ void MultiProGenerator::writeUdsOnlyFile(SectionStream& out)
     const std::unique_ptr<CommonGeneratorHelper> helper = commonHelper();
     out << helper->commonDeclarations();
     out << helper->udsDefinitions();
+    out << helper->staticIndicationPointers();
     out << "RET_T udsStackInit(void) {\n";
     out << "    RET_T retVal;\n\n";
     out << R"(    /* setup CAN-IDs */

@@ -38,7 +38,7 @@ void MultiProGenerator::writeStackInit(SectionStream& out)
 {
     const std::unique_ptr<CommonGeneratorHelper> helper = commonHelper();
     if (udsInUse())
-        out << helper->udsDefinitions() << "\n";
+        out << helper->udsDefinitions() << "\n" << helper->staticIndicationPointers();
     // The V4 stack keeps the initialisation values at file level.
     if (coreForm())
         writeServiceDeclarations(out);

@@ -457,6 +457,9 @@ void PGNGenerator::writeStackInit(SectionStream& out)
     const bool newInit = coreForm() || setting(QStringLiteral("new_init_structure")).trimmed().toUInt() == 1;
     const bool fdModes = settingInt(QStringLiteral("canfd_supported")) >= 1;
 
+    // The UDS definitions below stand in the function; the indication
+    // pointers must be seen by the stack and so go ahead of it.
+    out << helper->staticIndicationPointers();
     out << "\n";
     out << "/*  J1939 stack initialization function */\n";
     out << "\n";
