@@ -1,7 +1,7 @@
 #include "canopenlib/helper.h"
 #include "canopenlib/udssiddefinitions.h"
+#include "common/testhelpers.h"
 
-#include <QFile>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
@@ -70,13 +70,9 @@ TEST(HelperLineEndings, AnyMixOfEndingsBecomesTheChosenOneAMissingFileFails)
     const QString path = dir.filePath(QStringLiteral("gen_define.h"));
     for (const auto& entry : cases) {
         SCOPED_TRACE(entry.content.toStdString());
-        QFile file(path);
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
-        file.write(entry.content);
-        file.close();
+        testhelpers::writeFile(path, entry.content);
         EXPECT_TRUE(Helper::modifyLineEnding(path, QLatin1String(entry.ending)));
-        ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-        EXPECT_EQ(file.readAll(), entry.expected);
+        EXPECT_EQ(testhelpers::readFile(path), entry.expected);
     }
     EXPECT_FALSE(Helper::modifyLineEnding(dir.filePath(QStringLiteral("absent.c")), QStringLiteral("\n")));
 }

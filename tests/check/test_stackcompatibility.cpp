@@ -1,11 +1,12 @@
 #include "testproject.h"
 
+#include "common/testhelpers.h"
+
 #include "check/featuresetextractor.h"
 #include "check/versionreader.h"
 
 #include <QCoreApplication>
 #include <QDir>
-#include <QFile>
 
 #include <gtest/gtest.h>
 
@@ -32,20 +33,13 @@ QString featureFile(const QString& version)
         .arg(version);
 }
 
-void writeFile(const QString& path, const QString& content)
-{
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write(content.toUtf8());
-}
-
 // Stack folder "stack" inside the project folder, with the given files.
 QString makeStack(TestProject& p, const QList<std::pair<QString, QString>>& files)
 {
     const QString folder = p.folder() + QStringLiteral("/stack");
     QDir().mkpath(folder);
     for (const auto& file : files)
-        writeFile(folder + QLatin1Char('/') + file.first, file.second);
+        testhelpers::writeFile(folder + QLatin1Char('/') + file.first, file.second.toUtf8());
     return folder;
 }
 

@@ -13,27 +13,17 @@ TestProject::TestProject() : m_db(new ObjectDataBase())
     EXPECT_TRUE(m_db->createNewDataBase());
     m_db->setLineType(0, Line::CANopen);
     cleanproject::addProjectSettings(*m_db);
-    addLineSettings(0);
-    addMandatoryObjects(0);
+    cleanproject::addLineSettings(*m_db, 0);
+    cleanproject::addMandatoryObjects(*m_db, 0);
 }
 
 void TestProject::addLine(quint8 line, int type)
 {
     projectbuilder::addLine(*m_db, line, type);
     EXPECT_TRUE(m_db->nodeExists(line));
-    addLineSettings(line);
-    if (Line::carriesCANopen(type))
-        addMandatoryObjects(line);
-}
-
-void TestProject::addLineSettings(quint8 line)
-{
     cleanproject::addLineSettings(*m_db, line);
-}
-
-void TestProject::addMandatoryObjects(quint8 line)
-{
-    cleanproject::addMandatoryObjects(*m_db, line);
+    if (Line::carriesCANopen(type))
+        cleanproject::addMandatoryObjects(*m_db, line);
 }
 
 void TestProject::addObject(quint16 index, int objectCode, const QString& name, quint8 line)
@@ -117,9 +107,7 @@ SUBINDEX_DATA_T TestProject::readSub(quint16 index, quint8 subindex, quint8 line
 void TestProject::changeSub(quint16 index, quint8 subindex,
                             const std::function<void(SUBINDEX_DATA_T&)>& change)
 {
-    SUBINDEX_DATA_T record = readSub(index, subindex);
-    change(record);
-    addSub(index, subindex, record);
+    projectbuilder::changeSub(*m_db, 0, index, subindex, change);
 }
 
 CheckOutcome TestProject::run()

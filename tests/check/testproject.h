@@ -67,8 +67,6 @@ public:
     CheckOutcome run();
 
 private:
-    void addLineSettings(quint8 line);
-    void addMandatoryObjects(quint8 line);
     void addPdo(quint16 communication, quint16 mapping, const QString& cobId, const QStringList& entries,
                 const QString& mappingAccess);
 

@@ -71,16 +71,25 @@ void addMandatoryObjects(ObjectDataBase& db, quint8 line)
         db.addSubIndex(line, 0x1018, quint8(sub), subRecord(7, QStringLiteral("ro"), identity.at(sub - 1)));
 }
 
+bool fillProject(ObjectDataBase& db, const QList<int>& lineTypes)
+{
+    if (!db.createNewDataBase())
+        return false;
+    addProjectSettings(db);
+    for (qsizetype line = 0; line < lineTypes.size(); ++line) {
+        if (line > 0)
+            db.addNode(quint8(line), NODE_DATA_T());
+        db.setLineType(quint8(line), lineTypes.at(line));
+        addLineSettings(db, quint8(line));
+        addMandatoryObjects(db, quint8(line));
+    }
+    return true;
+}
+
 bool saveCanopenProject(const QString& path, int lineType)
 {
     ObjectDataBase db;
-    if (!db.createNewDataBase())
-        return false;
-    db.setGeneralSetting(QStringLiteral("line0type"), QString::number(lineType));
-    addProjectSettings(db);
-    addLineSettings(db, 0);
-    addMandatoryObjects(db, 0);
-    return db.saveDatabase(path);
+    return fillProject(db, {lineType}) && db.saveDatabase(path);
 }
 
 } // namespace cleanproject

@@ -14,6 +14,10 @@ void addLineSettings(ObjectDataBase& db, quint8 line);
 // 0x1000, 0x1001, 0x1017 and the identity object 0x1018 of one line.
 void addMandatoryObjects(ObjectDataBase& db, quint8 line);
 
+// A new project whose lines 0, 1, ... have the given types, each with its
+// line settings and the mandatory objects, and the project-wide settings.
+bool fillProject(ObjectDataBase& db, const QList<int>& lineTypes);
+
 // Line 0 as a CANopen line that passes the check, saved at the path.
 bool saveCanopenProject(const QString& path, int lineType = 1);
 

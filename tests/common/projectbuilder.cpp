@@ -62,6 +62,24 @@ void addObject(ObjectDataBase& db, quint8 line, quint16 index, int objectType, c
         db.addSubIndex(line, index, sub.subindex, sub.record());
 }
 
+void changeObject(ObjectDataBase& db, quint8 line, quint16 index,
+                  const std::function<void(INDEX_DATA_T&)>& change)
+{
+    INDEX_DATA_T object;
+    db.getIndex(line, index, object);
+    change(object);
+    db.addIndex(line, index, object);
+}
+
+void changeSub(ObjectDataBase& db, quint8 line, quint16 index, quint8 subindex,
+               const std::function<void(SUBINDEX_DATA_T&)>& change)
+{
+    SUBINDEX_DATA_T sub;
+    db.getSubIndex(line, index, subindex, sub);
+    change(sub);
+    db.addSubIndex(line, index, subindex, sub);
+}
+
 bool addPgn(ObjectDataBase& db, quint8 line, quint32 number, ObjectDataBase::PGN pgn,
             QList<ObjectDataBase::SPN> spns)
 {

@@ -7,6 +7,8 @@
 #include <QList>
 #include <QString>
 
+#include <functional>
+
 // Fills a test project the way editing in the tool does: lines of a type,
 // objects with their sub-indices, and the caches the pipeline fills before
 // any generator or check runs. Every unit test builds its projects with it.
@@ -45,6 +47,13 @@ void addObject(ObjectDataBase& db, quint8 line, quint16 index, const QString& na
                QList<Sub> subs = {});
 // An object called "object <index>"; with one sub-index it takes that one's data type.
 void addObject(ObjectDataBase& db, quint8 line, quint16 index, int objectType, const QList<Sub>& subs);
+
+// Changes the fields of a stored object or sub-index that the calls above
+// leave at their defaults (descriptions, limits, flags, metadata).
+void changeObject(ObjectDataBase& db, quint8 line, quint16 index,
+                  const std::function<void(INDEX_DATA_T&)>& change);
+void changeSub(ObjectDataBase& db, quint8 line, quint16 index, quint8 subindex,
+               const std::function<void(SUBINDEX_DATA_T&)>& change);
 
 // A PGN of the line with its SPNs, each numbered by its `spnnumber`: they take
 // the PGN's number and direction, and the PGN's mappingcount counts them.

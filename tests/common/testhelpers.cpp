@@ -5,6 +5,8 @@
 #include <QFile>
 #include <QProcess>
 
+#include <gtest/gtest.h>
+
 namespace testhelpers {
 
 RunResult runTrw(const QStringList& args, const QString& workDir, const QByteArray& stdinData)
@@ -27,12 +29,27 @@ RunResult runTrw(const QStringList& args, const QString& workDir, const QByteArr
     return r;
 }
 
+QString lastLine(const QString& out)
+{
+    const QStringList lines = out.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    return lines.isEmpty() ? QString() : lines.last();
+}
+
 QByteArray readFile(const QString& path)
 {
     QFile f(path);
     if (!f.open(QIODevice::ReadOnly))
         return {};
     return f.readAll();
+}
+
+QString writeFile(const QString& path, const QByteArray& content)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
+        ADD_FAILURE() << "cannot write " << path.toStdString();
+    file.write(content);
+    return path;
 }
 
 QStringList exampleProjects()

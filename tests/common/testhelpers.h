@@ -18,8 +18,14 @@ struct RunResult
 RunResult runTrw(const QStringList& args, const QString& workDir = QString(),
                  const QByteArray& stdinData = {});
 
+// The last line of a run's output that isn't empty.
+QString lastLine(const QString& out);
+
 // Reads a whole file, empty when it does not exist.
 QByteArray readFile(const QString& path);
+// Writes the bytes over whatever the file held and returns its path; a file
+// that can't be written fails the test.
+QString writeFile(const QString& path, const QByteArray& content);
 
 // The .trwt files of the example projects, sorted by path.
 QStringList exampleProjects();

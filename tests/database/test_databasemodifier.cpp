@@ -1,7 +1,7 @@
+#include "common/testhelpers.h"
 #include "database/databasemodifier.h"
 #include "database/objectdatabase.h"
 
-#include <QFile>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
@@ -14,11 +14,7 @@ protected:
 
     QString writeFile(const QByteArray& content)
     {
-        const QString path = dir.filePath(QStringLiteral("changes.txt"));
-        QFile file(path);
-        EXPECT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
-        file.write(content);
-        return path;
+        return testhelpers::writeFile(dir.filePath(QStringLiteral("changes.txt")), content);
     }
 
     QTemporaryDir dir;

@@ -4,7 +4,6 @@
 #include "j1939testdata.h"
 #include "projectfile.h"
 
-#include <QFile>
 #include <QSettings>
 #include <QSqlQuery>
 #include <QTemporaryDir>
@@ -301,11 +300,7 @@ TEST_F(TextForm, DamagedFilesOpenWithWhatTheyHold)
          {0x1000}},
     };
     for (const Case& c : cases) {
-        const QString file = path(QStringLiteral("damaged.trwt"));
-        QFile out(file);
-        ASSERT_TRUE(out.open(QIODevice::WriteOnly | QIODevice::Truncate));
-        out.write(c.content);
-        out.close();
+        const QString file = testhelpers::writeFile(path(QStringLiteral("damaged.trwt")), c.content);
 
         ObjectDataBase project;
         EXPECT_EQ(project.openTextProject(file), c.converted) << c.label;
@@ -323,20 +318,14 @@ TEST_F(TextForm, DamagedFilesOpenWithWhatTheyHold)
 
 TEST_F(TextForm, AnUnreadableTextFileSurvivesASaveOverItAsBackup)
 {
-    const QString file = path(QStringLiteral("unreadable.trwt"));
     const QByteArray content("SQLite format 3\0binary pages, no groups", 40);
-    QFile out(file);
-    ASSERT_TRUE(out.open(QIODevice::WriteOnly));
-    out.write(content);
-    out.close();
+    const QString file = testhelpers::writeFile(path(QStringLiteral("unreadable.trwt")), content);
 
     EXPECT_TRUE(reopened.openDataBase(file, true));
     EXPECT_FALSE(reopened.lastError().isEmpty());
     ASSERT_TRUE(reopened.saveDatabase(QString()));
 
-    QFile backup(file + QStringLiteral(".bak"));
-    ASSERT_TRUE(backup.open(QIODevice::ReadOnly));
-    EXPECT_EQ(backup.readAll(), content);
+    EXPECT_EQ(testhelpers::readFile(file + QStringLiteral(".bak")), content);
     QSettings saved(file, QSettings::IniFormat);
     EXPECT_TRUE(saved.childGroups().contains(QStringLiteral("Nodes")));
 }

@@ -1,27 +1,15 @@
+#include "common/testhelpers.h"
 #include "database/objectdatabase.h"
 #include "projectfile.h"
 
 #include <QCoreApplication>
 #include <QDateTime>
 #include <QDir>
-#include <QFile>
 #include <QFileInfo>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
 namespace {
-
-QByteArray fileContent(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-bool writeFile(const QString& path, const QByteArray& content)
-{
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(content) == content.size();
-}
 
 // A project in the shape that tools of the given format version wrote: the per-line tables lack the columns
 // that later versions added, the sub-index table lacks its unique constraint.
@@ -149,15 +137,15 @@ TEST_F(LifecycleTest, OpeningNeverChangesTheProjectFile)
 {
     const QString project = path("old.trwp");
     ASSERT_TRUE(projectfile::execute(project, oldProjectStatements(99)));
-    const QByteArray before = fileContent(project);
+    const QByteArray before = testhelpers::readFile(project);
     const QDateTime modified = QFileInfo(project).lastModified();
     {
         ObjectDataBase db;
         ASSERT_TRUE(db.openDataBase(project, true));
         db.setGeneralSetting("unsaved", "1");
-        EXPECT_EQ(fileContent(project), before);
+        EXPECT_EQ(testhelpers::readFile(project), before);
     }
-    EXPECT_EQ(fileContent(project), before);
+    EXPECT_EQ(testhelpers::readFile(project), before);
     EXPECT_EQ(QFileInfo(project).lastModified(), modified);
 }
 
@@ -332,9 +320,9 @@ TEST_F(LifecycleTest, BadFilesFailToOpenAndChangeNeitherTheFileNorTheOpenProject
 {
     const QString project = savedProject("open.trwp");
     const QString notSqlite = path("text.trwp");
-    ASSERT_TRUE(writeFile(notSqlite, QByteArray("this is not a database, only some text\n").repeated(50)));
+    testhelpers::writeFile(notSqlite, QByteArray("this is not a database, only some text\n").repeated(50));
     const QString empty = path("empty.trwp");
-    ASSERT_TRUE(writeFile(empty, QByteArray()));
+    testhelpers::writeFile(empty, QByteArray());
     const QString folder = path("folder.trwp");
     ASSERT_TRUE(QDir().mkpath(folder));
     const QString noRows = path("norows.trwp");
@@ -347,11 +335,11 @@ TEST_F(LifecycleTest, BadFilesFailToOpenAndChangeNeitherTheFileNorTheOpenProject
     int objects = 1;
     for (const QString& file : {notSqlite, empty, folder, noRows, noNodes, path("missing.trwp"), QString()}) {
         SCOPED_TRACE(file.toStdString());
-        const QByteArray before = fileContent(file);
+        const QByteArray before = testhelpers::readFile(file);
         ObjectDataBase fresh;
         EXPECT_FALSE(fresh.openDataBase(file, true));
         EXPECT_TRUE(fresh.lastError().isEmpty());
-        EXPECT_EQ(fileContent(file), before);
+        EXPECT_EQ(testhelpers::readFile(file), before);
 
         ObjectDataBase db;
         ASSERT_TRUE(db.openDataBase(project, true));
@@ -373,12 +361,12 @@ TEST_F(LifecycleTest, BadFilesFailToOpenAndChangeNeitherTheFileNorTheOpenProject
 TEST_F(LifecycleTest, SaveKeepsTheOldFileAsBackupAndFailsWhereItCannotWrite)
 {
     const QString project = savedProject("project.trwp");
-    const QByteArray first = fileContent(project);
+    const QByteArray first = testhelpers::readFile(project);
     ObjectDataBase db;
     ASSERT_TRUE(db.openDataBase(project, true));
     db.setGeneralSetting("user_defines", "X");
     ASSERT_TRUE(db.saveDatabase(QString()));
-    EXPECT_EQ(fileContent(project + ".bak"), first);
+    EXPECT_EQ(testhelpers::readFile(project + ".bak"), first);
     EXPECT_EQ(projectfile::scalar(project, "select value from GeneralSettings where item = 'user_defines'"),
               "X");
     EXPECT_EQ(projectfile::scalar(project, "select value from MiscSettings where item = 'SaveToolType'"),

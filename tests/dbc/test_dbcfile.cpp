@@ -2,7 +2,6 @@
 #include "dbc/candbapi.h"
 #include "dbc/candbdbc.h"
 
-#include <QFile>
 #include <gtest/gtest.h>
 
 namespace {
@@ -59,8 +58,7 @@ int signalCount(const CANdbDatabase& database)
 
 QByteArray corpusFile(const char* name)
 {
-    QFile file(QStringLiteral(TRW_CORPUS_DIR "/dbc/") + QLatin1String(name));
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    return testhelpers::readFile(QStringLiteral(TRW_CORPUS_DIR "/dbc/") + QLatin1String(name));
 }
 
 const QByteArray oneMessage = "BO_ 100 Engine: 8 Ecu\n"

@@ -65,15 +65,15 @@ bool runCompiler(const QStringList& arguments, const QString& dir, QString& outp
 ::testing::AssertionResult compileWithBoth(const QString& dir, const QString& source,
                                            const QStringList& extraArguments = {});
 
-// Runs the C preprocessor and a syntax-only C99 compile over a translation unit
-// that includes the headers of `dir` and uses each of their value defines in an
-// initialiser, so that every value must be a valid C constant. A failure
-// carries the compiler's output.
 // A syntax-only C99 compile of `file` in `dir` against the test declarations
 // of the stack, in its V4 vocabulary for `core`.
 ::testing::AssertionResult compilesWithStack(const QString& dir, const QString& file, bool core,
                                              const QString& compiler);
 
+// Runs the C preprocessor and a syntax-only C99 compile over a translation unit
+// that includes the headers of `dir` and uses each of their value defines in an
+// initialiser, so that every value must be a valid C constant. A failure
+// carries the compiler's output.
 ::testing::AssertionResult compileHeaders(const QString& dir, const QStringList& headers,
                                           const QString& prelude = QString());
 

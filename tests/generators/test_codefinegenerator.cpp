@@ -41,11 +41,6 @@ QString generateDefine(ObjectDataBase& db, const QString& dir, DefineRun run = {
     return runGenerator(*generator, db, dir, QStringLiteral("gen_define.h"));
 }
 
-QString classicText(ObjectDataBase& db, const QString& dir)
-{
-    return generateDefine(db, dir);
-}
-
 // A small CANopen device: profile 401, one SDO server, one PDO each way,
 // heartbeat consumers, store parameters and one variable kept in NV storage.
 void addSmallDevice(ObjectDataBase& db, quint8 line)
@@ -86,7 +81,7 @@ class DefineGenerator : public ::testing::Test
 {
 protected:
     void SetUp() override { openSmallProject(db); }
-    QString classic() { return classicText(db, dir.path()); }
+    QString classic() { return generateDefine(db, dir.path()); }
     QString core() { return generateDefine(db, dir.path(), {true}); }
 
     QTemporaryDir dir;
@@ -519,7 +514,7 @@ TEST_F(DefineGenerator, SettingValuesTestedAsNumbersWrittenAsText)
                   {Sub(0, "count", 5, "2"), Sub(1, "node 1", 7, "0"), Sub(2, "node 2", 7, "0")});
         for (const auto& [key, value] : c.settings)
             project.setGeneralSetting(key, value);
-        const QString text = classicText(project, dir.path());
+        const QString text = generateDefine(project, dir.path());
         SCOPED_TRACE(c.settings.first().first.toStdString() + "=" + c.settings.first().second.toStdString());
         EXPECT_TRUE(text.contains(c.present)) << text.toStdString();
         if (!c.absent.isEmpty()) {
@@ -549,7 +544,7 @@ TEST(DefineGeneratorFd, CanFdLineWithoutSdoServer)
     addLine(db, 0, Line::CANopen);
     addObject(db, 0, 0x1000, "Device type", 7, {Sub(0, "Device type", 7, "0")});
     db.setGeneralSetting("canfd_supported", "1");
-    const QString text = classicText(db, dir.path());
+    const QString text = generateDefine(db, dir.path());
     EXPECT_TRUE(text.contains("#define CO_SSDO_COUNTS\t0u\n"));
     EXPECT_FALSE(text.contains("CO_SDO_SERVER_CNT"));
     EXPECT_TRUE(text.contains("#define CO_USDO_SUPPORTED\t1u\n"));

@@ -8,7 +8,7 @@
 #include "generators/documents/rawcantextdocgenerator.h"
 #include "generators/documents/textdocgenerator.h"
 #include "generators/documents/xddgenerator.h"
-#include "importers/csvimporter.h"
+#include "generatortestsupport.h"
 
 #include <QDate>
 #include <QJsonArray>
@@ -21,12 +21,6 @@
 
 #include <functional>
 #include <memory>
-
-// Failure messages show texts as text.
-inline void PrintTo(const QString& text, std::ostream* out)
-{
-    *out << '"' << text.toStdString() << '"';
-}
 
 namespace {
 
@@ -542,42 +536,4 @@ TEST_F(DocumentGenerators, XddAgainstTheCiA311Schemas)
         })) << error.toStdString();
     }
     EXPECT_FALSE(lint.output.contains(QStringLiteral("parser error"))) << lint.output.toStdString();
-}
-
-// The ICSV table is what the CSV import reads back: names, types, access,
-// implementation and descriptions with their line breaks return.
-TEST_F(DocumentGenerators, IcsvTableComesBackThroughTheCsvImport)
-{
-    ICSVGenerator icsv(true);
-    generate(icsv, db, dir.path());
-    QSharedPointer<ObjectDataBase> copy(new ObjectDataBase);
-    copy->createNewDataBase();
-    copy->setGeneralSetting(QStringLiteral("line0type"), QStringLiteral("1"));
-    CsvImporter importer;
-    importer.setIndexRange(0x1000, 0xBFFF);
-    importer.setLine(0);
-    importer.setDatabase(copy);
-    importer.setFile(dir.filePath(QStringLiteral("dev.icsv")));
-    importer.startImport();
-    importer.waitFinished();
-
-    for (quint16 index : {0x2000, 0x2001, 0x2002, 0x2003, 0x6000}) {
-        INDEX_DATA_T original;
-        INDEX_DATA_T imported;
-        db.getIndex(0, index, original);
-        ASSERT_TRUE(copy->getIndex(0, index, imported)) << index;
-        EXPECT_EQ(imported.objecttype, original.objecttype) << index;
-        EXPECT_EQ(copy->getSubIndexList(0, index), db.getSubIndexList(0, index)) << index;
-        for (quint8 subindex : db.getSubIndexList(0, index)) {
-            SUBINDEX_DATA_T was;
-            SUBINDEX_DATA_T is;
-            db.getSubIndex(0, index, subindex, was);
-            copy->getSubIndex(0, index, subindex, is);
-            EXPECT_EQ(QStringList({is.name, QString::number(is.datatype), is.accesstype, is.description,
-                                   QString::number(is.implementation), is.varname}),
-                      QStringList({was.name, QString::number(was.datatype), was.accesstype, was.description,
-                                   QString::number(was.implementation), was.varname}))
-                << index << "/" << int(subindex);
-        }
-    }
 }

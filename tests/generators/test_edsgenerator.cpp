@@ -405,21 +405,6 @@ TEST_F(EdsGeneratorTest, VariantInATwoLineProject)
     EXPECT_TRUE(files["device_0.eds"].contains(QStringLiteral("\nProductName=\n")));
 }
 
-TEST_F(EdsGeneratorTest, SettingsOfLineTwoComeFromKeysWithTheLineNumber)
-{
-    db.addNode(2, NODE_DATA_T());
-    db.setDescriptionLine(0);
-    db.setDescriptionSetting(QStringLiteral("VendorName"), QStringLiteral("line zero"));
-    db.setDescriptionLine(2);
-    db.setDescriptionSetting(QStringLiteral("VendorName"), QStringLiteral("line two"));
-    db.setDescriptionLine(0);
-
-    QString name;
-    const QString text = generate(db, dir.path(), {QString(), false, false, 2, true}, &name);
-    EXPECT_EQ(name, QStringLiteral("device_2.eds"));
-    EXPECT_TRUE(text.contains(QStringLiteral("\nVendorName=line two\n")));
-}
-
 // ---------------------------------------------------------------------------
 // CAN FD and its classical twin
 // ---------------------------------------------------------------------------
@@ -778,12 +763,7 @@ const char* const roundTripFiles[] = {
 
 INSTANTIATE_TEST_SUITE_P(EdsCorpus, EdsRoundTrip, ::testing::ValuesIn(roundTripFiles),
                          [](const ::testing::TestParamInfo<const char*>& info) {
-                             std::string name = info.param;
-                             for (char& c : name) {
-                                 if (!isalnum(static_cast<unsigned char>(c)))
-                                     c = '_';
-                             }
-                             return name;
+                             return edstest::testName(info.param);
                          });
 
 // Every CANopen line of every example project: generate, import that file

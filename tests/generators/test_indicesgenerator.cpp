@@ -68,14 +68,12 @@ TEST_F(IndicesHeader, SingleLineFileIsExact)
     addObject(db, 0, 0x2100, "Outputs", 8, {{0, "count"}, {1, "Output {subdec}"}, {2, "Output {subdec}"}});
     addObject(db, 0, 0x2200, "Pump state", 9, {{0, "count"}, {1, "Vendor-ID"}, {2, "Vendor-ID"}});
     addObject(db, 0, 0x2300, "Renamed", 9, {{0, "count"}, {1, "channel"}, {2, "Number of entries"}});
-    INDEX_DATA_T renamed;
-    ASSERT_TRUE(db.getIndex(0, 0x2300, renamed));
-    renamed.metadata.reset(new QMap<QString, QString>{{"objectdefine", "my own name"}});
-    db.addIndex(0, 0x2300, renamed);
-    SUBINDEX_DATA_T channel;
-    ASSERT_TRUE(db.getSubIndex(0, 0x2300, 1, channel));
-    channel.metadata.reset(new QMap<QString, QString>{{"subdefine", "first channel"}});
-    db.addSubIndex(0, 0x2300, 1, channel);
+    projectbuilder::changeObject(db, 0, 0x2300, [](INDEX_DATA_T& object) {
+        object.metadata.reset(new QMap<QString, QString>{{"objectdefine", "my own name"}});
+    });
+    projectbuilder::changeSub(db, 0, 0x2300, 1, [](SUBINDEX_DATA_T& sub) {
+        sub.metadata.reset(new QMap<QString, QString>{{"subdefine", "first channel"}});
+    });
 
     const QString text = generate();
     const QStringList banner = text.split('\n').mid(0, 3);
@@ -196,32 +194,28 @@ TEST_F(IndicesHeader, PgnsSpnsAndRawCanIdentifiers)
         record.direction = direction;
         return record;
     };
-    auto spn = [](quint32 pos, const QString& name) {
+    auto spn = [](quint32 number, const QString& name) {
         ObjectDataBase::SPN record;
-        record.pos = pos;
+        record.spnnumber = number;
         record.name = name;
         return record;
     };
-    db.addPGN(0, 61444, pgn(ObjectDataBase::Receive, "Electronic Engine Controller 1"));
-    db.addSPN(0, 61444, ObjectDataBase::Receive, 190, spn(0, "Engine Speed"));
-    db.addSPN(0, 61444, ObjectDataBase::Receive, 513, spn(1, "Actual Engine Torque"));
-    db.addPGN(0, 65262, pgn(ObjectDataBase::Transmit, "Engine Temperature 1"));
-    db.addSPN(0, 65262, ObjectDataBase::Transmit, 110, spn(0, "Coolant Temperature"));
-    db.addSPN(0, 65262, ObjectDataBase::Transmit, 190, spn(1, "Engine Speed"));
-    db.addPGN(0, 60928, pgn(ObjectDataBase::Transmit, "Address Claimed"));
-    db.addSPN(0, 60928, ObjectDataBase::Transmit, 2848, spn(0, "NAME"));
+    addPgn(db, 0, 61444, pgn(ObjectDataBase::Receive, "Electronic Engine Controller 1"),
+           packed({spn(190, "Engine Speed"), spn(513, "Actual Engine Torque")}));
+    addPgn(db, 0, 65262, pgn(ObjectDataBase::Transmit, "Engine Temperature 1"),
+           packed({spn(110, "Coolant Temperature"), spn(190, "Engine Speed")}));
+    addPgn(db, 0, 60928, pgn(ObjectDataBase::Transmit, "Address Claimed"), {spn(2848, "NAME")});
 
     ObjectDataBase::CANID id;
     id.name = "Status frame";
     id.direction = ObjectDataBase::Transmit;
-    db.addCANID(1, 0x181, id);
     ObjectDataBase::DataElement element;
+    element.number = 1;
     element.name = "Error bits";
-    element.direction = ObjectDataBase::Transmit;
-    db.addDataElement(1, 0x181, ObjectDataBase::Transmit, 1, element);
+    projectbuilder::addCanId(db, 1, 0x181, id, {element});
     id.name = "Command";
     id.direction = ObjectDataBase::Receive;
-    db.addCANID(1, 0x201, id);
+    projectbuilder::addCanId(db, 1, 0x201, id);
 
     const QString text = withoutBanner(generate(true, {0, 1}));
     const QString expected = "#define L0_PGN_ELECTRONIC_ENGINE_CONTROLLER_1\t61444u /* 0xf004 */\n"
@@ -264,10 +258,10 @@ TEST(IndicesGenerator, AddressClaimBlock)
         ObjectDataBase::PGN claim;
         claim.name = "AC";
         claim.direction = c.direction;
-        db.addPGN(0, 60928, claim);
         ObjectDataBase::SPN name;
+        name.spnnumber = 2848;
         name.name = "NAME";
-        db.addSPN(0, 60928, c.direction, 2848, name);
+        addPgn(db, 0, 60928, claim, {name});
         const QString text = generateIndices(db, dir.path());
         const QString block = "#define PGN_ADDRESS_CLAIM        \t60928u /* 0xee00 */\n"
                               "#define SPN_NAME_OF_CONTROLLER_APPLICATION\t2848u\n";

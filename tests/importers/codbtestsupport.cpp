@@ -1,8 +1,8 @@
 #include "codbtestsupport.h"
 
+#include "common/testhelpers.h"
 #include "importers/codbimporter.h"
 
-#include <QFile>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
@@ -32,11 +32,7 @@ void importFile(const QSharedPointer<ObjectDataBase>& database, const QString& p
 QSharedPointer<ObjectDataBase> importText(const QByteArray& text, void (*configure)(CODBImporter&))
 {
     QTemporaryDir dir;
-    const QString path = dir.filePath(QStringLiteral("vtest.codb"));
-    QFile file(path);
-    EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write(text);
-    file.close();
+    const QString path = testhelpers::writeFile(dir.filePath(QStringLiteral("vtest.codb")), text);
     QSharedPointer<ObjectDataBase> database = newDatabase();
     importFile(database, path, configure);
     return database;

@@ -1,9 +1,9 @@
 #include "edstestsupport.h"
 
+#include "common/testhelpers.h"
 #include "importers/edsimporter.h"
 
 #include <QEventLoop>
-#include <QFile>
 #include <QTimer>
 
 namespace edstest {
@@ -48,11 +48,17 @@ bool importFile(const QSharedPointer<ObjectDataBase>& database, const QString& p
 
 QString writeFile(const QString& dir, const QString& name, const QByteArray& content)
 {
-    const QString path = dir + QLatin1Char('/') + name;
-    QFile file(path);
-    if (file.open(QIODevice::WriteOnly))
-        file.write(content);
-    return path;
+    return testhelpers::writeFile(dir + QLatin1Char('/') + name, content);
+}
+
+std::string testName(const char* file)
+{
+    std::string name = file;
+    for (char& c : name) {
+        if (!isalnum(static_cast<unsigned char>(c)))
+            c = '_';
+    }
+    return name;
 }
 
 int objectCount(ObjectDataBase& database, quint8 line)

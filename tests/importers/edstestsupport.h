@@ -6,6 +6,8 @@
 #include <QSharedPointer>
 #include <QString>
 
+#include <string>
+
 namespace edstest {
 
 // A fresh project: line 0 of type CANopen with the default description settings.
@@ -18,6 +20,9 @@ bool importFile(const QSharedPointer<ObjectDataBase>& database, const QString& p
 
 // Writes the bytes into dir/name and returns the path.
 QString writeFile(const QString& dir, const QString& name, const QByteArray& content);
+
+// A corpus file's name as a test name: letters and digits, the rest "_".
+std::string testName(const char* file);
 
 int objectCount(ObjectDataBase& database, quint8 line = 0);
 int subIndexCount(ObjectDataBase& database, quint8 line = 0);

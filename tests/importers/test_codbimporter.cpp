@@ -1,8 +1,8 @@
 #include "codbtestsupport.h"
+#include "common/testhelpers.h"
 
 #include "importers/codbimporter.h"
 
-#include <QFile>
 #include <QMap>
 #include <QStringList>
 #include <QTemporaryDir>
@@ -250,11 +250,8 @@ TEST(CODBImporter, NarrowedRangeAndOtherLine)
     NODE_DATA_T node;
     ASSERT_TRUE(database->addNode(2, node));
     QTemporaryDir dir;
-    const QString path = dir.filePath(QStringLiteral("v1.codb"));
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write(deviceTypeLine + storeParameters);
-    file.close();
+    const QString path =
+        testhelpers::writeFile(dir.filePath(QStringLiteral("v1.codb")), deviceTypeLine + storeParameters);
 
     CODBImporter importer;
     importer.setDatabase(database);

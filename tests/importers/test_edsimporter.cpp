@@ -1,4 +1,3 @@
-#include "common/cleanproject.h"
 #include "common/testhelpers.h"
 #include "edstestsupport.h"
 
@@ -114,12 +113,7 @@ TEST_P(CorpusImport, ObjectsAndSubIndicesArriveWhole)
 
 INSTANTIATE_TEST_SUITE_P(EdsCorpus, CorpusImport, ::testing::ValuesIn(corpusCases),
                          [](const ::testing::TestParamInfo<CorpusCase>& info) {
-                             std::string name = info.param.file;
-                             for (char& c : name) {
-                                 if (!isalnum(static_cast<unsigned char>(c)))
-                                     c = '_';
-                             }
-                             return name;
+                             return edstest::testName(info.param.file);
                          });
 
 TEST(EdsImport, CorpusTableCoversEveryCorpusFile)
@@ -274,41 +268,6 @@ TEST(EdsImport, CompactArrayGetsItsSubIndicesAndNames)
 // ";;" comment lines become descriptions of the section they stand in
 // ---------------------------------------------------------------------------
 
-const QByteArray deviceTypeVar = "[1000]\nParameterName=Device type\nObjectType=0x7\nDataType=0x0007\n"
-                                 "AccessType=ro\nDefaultValue=0\n";
-const QByteArray deviceTypeArray = "[1000]\nParameterName=Device type\nObjectType=0x8\nSubNumber=2\n"
-                                   "[1000sub0]\nParameterName=Count\nDataType=0x0005\nDefaultValue=1\n";
-
-TEST(EdsImport, CommentInASubIndexSectionGoesToThatSubIndexOrNowhere)
-{
-    struct Case
-    {
-        const char* what;
-        QByteArray head;
-        bool subExists;
-    };
-    const Case cases[] = {
-        {"sub 1 exists", deviceTypeArray, true},
-        {"sub 1 missing", deviceTypeVar, false},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.what);
-        const QByteArray text =
-            c.head + "[1000sub1]\nParameterName=Type\nDataType=0x0007\nDefaultValue=0x191\n;;Line\n[1001]\n"
-                     "ParameterName=Error register\nObjectType=0x7\nDataType=0x0005\n";
-        QSharedPointer<ObjectDataBase> database = importText(text);
-        ObjectDataBase& db = *database;
-        EXPECT_EQ(object(db, 0x1000).description, QString());
-        EXPECT_EQ(sub(db, 0x1000, 0).description, QString());
-        SUBINDEX_DATA_T first;
-        EXPECT_EQ(db.getSubIndex(0, 0x1000, 1, first), c.subExists);
-        if (c.subExists) {
-            EXPECT_EQ(first.description, QStringLiteral("Line"));
-        }
-        EXPECT_EQ(sub(db, 0x1001, 0).description, QString());
-    }
-}
-
 TEST(EdsImport, CommentInAnObjectSectionGoesToObjectAndSubZero)
 {
     const QByteArray text =
@@ -326,8 +285,9 @@ TEST(EdsImport, CommentInAnObjectSectionGoesToObjectAndSubZero)
     EXPECT_EQ(sub(db, 0x2001, 0).description, QStringLiteral("at the end"));
 }
 
-// Which entry a comment belongs to is read from the header above it alone;
-// "sub" marks a subindex only in lower case there. The reader of the file
+// Which entry a comment belongs to is read from the header above it alone,
+// and a sub-index that doesn't exist takes none; "sub" marks a subindex only
+// in lower case there. The reader of the file
 // itself takes section names in any case, so "[2000SUB1]" still hands its
 // comment to sub 1 as well.
 TEST(EdsImport, CommentGoesWhereItsSectionHeaderPoints)
@@ -343,7 +303,7 @@ TEST(EdsImport, CommentGoesWhereItsSectionHeaderPoints)
         {"[2000]", true, true, false},       {"[2000sub1]", false, false, true},
         {"[2000sub0]", false, true, false},  {"[2000SUB1]", true, true, true},
         {"[2000subff]", true, true, false},  {"[2000Sub1]", true, true, true},
-        {"[2002sub1]", false, false, false},
+        {"[2002sub1]", false, false, false}, {"[2000sub3]", false, false, false},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.header);
@@ -602,46 +562,6 @@ TEST(EdsImportCommandLine, ImportedFileIsSavedWithTheProject)
         EXPECT_EQ(subIndexCount(saved), c.subIndices);
         EXPECT_EQ(saved.getDescriptionSetting(QLatin1String(c.key)), QLatin1String(c.value));
     }
-}
-
-// A two-line project whose second line has an object of one EDS variant:
-// the run writes the plain file of each line and the variant's file of the
-// second, and warns about the several files.
-TEST(EdsGenerationCommandLine, VariantDefineInATwoLineProject)
-{
-    QTemporaryDir dir;
-    const QString project = dir.filePath(QStringLiteral("device.trwp"));
-    {
-        ObjectDataBase db;
-        ASSERT_TRUE(db.createNewDataBase());
-        db.setGeneralSetting(QStringLiteral("line0type"), QStringLiteral("1"));
-        db.addNode(1, NODE_DATA_T());
-        db.setGeneralSetting(QStringLiteral("line1type"), QStringLiteral("1"));
-        cleanproject::addProjectSettings(db);
-        for (quint8 line : {0, 1}) {
-            cleanproject::addLineSettings(db, line);
-            cleanproject::addMandatoryObjects(db, line);
-        }
-        INDEX_DATA_T object;
-        object.name = QStringLiteral("Variant value");
-        object.metadata.reset(
-            new QMap<QString, QString>{{QStringLiteral("eds_define"), QStringLiteral("X")}});
-        db.addIndex(1, 0x2000, object);
-        db.addSubIndex(1, 0x2000, 0, cleanproject::subRecord(5, QStringLiteral("rw"), QStringLiteral("0")));
-        ASSERT_TRUE(db.saveDatabase(project));
-    }
-    const auto result = testhelpers::runTrw({"-project", project});
-    EXPECT_EQ(result.exitCode, 0) << result.out.toStdString();
-    EXPECT_TRUE(result.out.contains(QStringLiteral("Warning: multiple different EDS files to be generated.")))
-        << result.out.toStdString();
-    const QStringList files = QDir(dir.path()).entryList({QStringLiteral("*.eds")}, QDir::Files);
-    EXPECT_EQ(files, (QStringList{"device_0.eds", "device_1.eds", "device_1_X.eds"}));
-    const QString variantFile =
-        QString::fromUtf8(testhelpers::readFile(dir.filePath(QStringLiteral("device_1_X.eds"))));
-    const QString plainFile =
-        QString::fromUtf8(testhelpers::readFile(dir.filePath(QStringLiteral("device_1.eds"))));
-    EXPECT_TRUE(variantFile.contains(QStringLiteral("\n[2000]\nParameterName=Variant value\n")));
-    EXPECT_FALSE(plainFile.contains(QStringLiteral("[2000]")));
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 // the built program.
 
 #include "common/cleanproject.h"
+#include "common/testhelpers.h"
 #include "database/objectdatabase.h"
 #include "mcp/mcpoutputhandler.h"
 #include "mcp/mcprequestdispatcher.h"
@@ -12,7 +13,6 @@
 #include "resources/trwresources.h"
 
 #include <QDir>
-#include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -314,12 +314,7 @@ QString runServer(const QString& codbPath, const QByteArray& input)
     return QString::fromUtf8(run.out);
 }
 
-void writeFile(const QString& path, const QByteArray& content)
-{
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write(content);
-}
+using testhelpers::writeFile;
 
 TEST(ProfileFolder, FolderWithoutProfiles)
 {

@@ -1,6 +1,6 @@
+#include "common/testhelpers.h"
 #include "mcp/mcptooltable.h"
 
-#include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QSet>
@@ -48,10 +48,12 @@ TEST(McpToolTable, EverySchemaIsConsistent)
 // text. Any change to them shows here.
 TEST(McpToolTable, DescriptionsAndSchemasAreThoseClientsKnow)
 {
-    QFile file(QStringLiteral(TRW_SOURCE_DIR "/tests/mcp/toolslist.json"));
-    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
     const QJsonArray known =
-        QJsonDocument::fromJson(file.readAll()).object().value(QStringLiteral("tools")).toArray();
+        QJsonDocument::fromJson(
+            testhelpers::readFile(QStringLiteral(TRW_SOURCE_DIR "/tests/mcp/toolslist.json")))
+            .object()
+            .value(QStringLiteral("tools"))
+            .toArray();
     const QJsonArray tools = MCPToolTable::toolList();
     ASSERT_EQ(known.size(), 38);
     ASSERT_EQ(tools.size(), known.size());

@@ -1,4 +1,5 @@
 #include "common/cleanproject.h"
+#include "common/testhelpers.h"
 #include "database/objectdatabase.h"
 #include "generators/abstractgenerator.h"
 #include "pipeline/generatormainhandler.h"
@@ -12,18 +13,7 @@
 
 namespace {
 
-void writeFile(const QString& path, const QByteArray& content)
-{
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly)) << qPrintable(path);
-    file.write(content);
-}
-
-QByteArray readFile(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
+using testhelpers::writeFile;
 
 class CapturingOutput : public OutputHandlerBase
 {
@@ -105,16 +95,7 @@ protected:
         const QString path = dir.path() + QStringLiteral("/device.trwp");
         {
             ObjectDataBase db;
-            EXPECT_TRUE(db.createNewDataBase());
-            cleanproject::addProjectSettings(db);
-            for (int line = 0; line < lineTypes.size(); ++line) {
-                if (line > 0)
-                    db.addNode(line, NODE_DATA_T());
-                db.setGeneralSetting(QStringLiteral("line%1type").arg(line),
-                                     QString::number(lineTypes.at(line)));
-                cleanproject::addLineSettings(db, quint8(line));
-                cleanproject::addMandatoryObjects(db, quint8(line));
-            }
+            EXPECT_TRUE(cleanproject::fillProject(db, lineTypes));
             if (extra)
                 extra(db);
             EXPECT_TRUE(db.saveDatabase(path));
@@ -317,8 +298,8 @@ TEST_F(GenerationOrder, CppOutputCopiesTheObjectDictionaryAndUserHeader)
     run({1}, [](ObjectDataBase& db) {
         db.setGeneralSetting(QStringLiteral("generate_cpp_output"), QStringLiteral("1"));
     });
-    EXPECT_EQ(readFile(dir.filePath("gen_objdict.cpp")), QByteArray("int x;\n"));
-    EXPECT_EQ(readFile(dir.filePath("gen_user.hpp")),
+    EXPECT_EQ(testhelpers::readFile(dir.filePath("gen_objdict.cpp")), QByteArray("int x;\n"));
+    EXPECT_EQ(testhelpers::readFile(dir.filePath("gen_user.hpp")),
               QByteArray("extern \"C\" RET_T myIndication(void);\nextern \"C\" RET_T other(void);\n"));
 }
 
@@ -400,17 +381,7 @@ TEST(GenerationOrderOfRealGenerators, MixedAndRawCanDevicesWriteOneStackSource)
         const QString path = dir.path() + QStringLiteral("/device.trwp");
         {
             ObjectDataBase db;
-            ASSERT_TRUE(db.createNewDataBase());
-            cleanproject::addProjectSettings(db);
-            for (int line = 0; line < c.lineTypes.size(); ++line) {
-                if (line > 0)
-                    db.addNode(line, NODE_DATA_T());
-                db.setGeneralSetting(QStringLiteral("line%1type").arg(line),
-                                     QString::number(c.lineTypes.at(line)));
-                cleanproject::addLineSettings(db, quint8(line));
-                cleanproject::addMandatoryObjects(db, quint8(line));
-            }
-            ASSERT_TRUE(db.saveDatabase(path));
+            ASSERT_TRUE(cleanproject::fillProject(db, c.lineTypes) && db.saveDatabase(path));
         }
         CapturingOutput output;
         GeneratorMainHandler handler(&output);

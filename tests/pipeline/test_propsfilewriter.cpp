@@ -1,3 +1,4 @@
+#include "common/testhelpers.h"
 #include "generators/canopen/propsfilewriter.h"
 
 #include <QFile>
@@ -7,31 +8,25 @@
 
 namespace {
 
-QByteArray read(const QString& path)
-{
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
-}
+using testhelpers::readFile;
 
 TEST(PropsFileWriter, OnlyValuedSymbolsWithoutParametersBecomeConstants)
 {
     QTemporaryDir dir;
-    QFile define(dir.path() + QStringLiteral("/gen_define.h"));
-    ASSERT_TRUE(define.open(QIODevice::WriteOnly));
-    define.write("#ifndef GEN_DEFINE_H\n"
-                 "#define GEN_DEFINE_H\n"
-                 "#define CO_SDO_SERVER_CNT\t1u\n"
-                 "  # define CO_EMCY_PRODUCER 1u\n"
-                 "#define CO_LSS_SUPPORTED\t0u\n"
-                 "#define CO_NMT_MASTER 0\n"
-                 "#define CO_MACRO(x)\t(x)\n"
-                 "#define CO_SDO_SERVER_CNT\t1u\n"
-                 "/* #define NOT_THIS 1 */\n"
-                 "#endif\n");
-    define.close();
-    ASSERT_TRUE(PropsFileWriter::write(define.fileName(), dir.path()));
+    const QString define = testhelpers::writeFile(dir.path() + QStringLiteral("/gen_define.h"),
+                                                  "#ifndef GEN_DEFINE_H\n"
+                                                  "#define GEN_DEFINE_H\n"
+                                                  "#define CO_SDO_SERVER_CNT\t1u\n"
+                                                  "  # define CO_EMCY_PRODUCER 1u\n"
+                                                  "#define CO_LSS_SUPPORTED\t0u\n"
+                                                  "#define CO_NMT_MASTER 0\n"
+                                                  "#define CO_MACRO(x)\t(x)\n"
+                                                  "#define CO_SDO_SERVER_CNT\t1u\n"
+                                                  "/* #define NOT_THIS 1 */\n"
+                                                  "#endif\n");
+    ASSERT_TRUE(PropsFileWriter::write(define, dir.path()));
     EXPECT_EQ(
-        read(dir.path() + QStringLiteral("/gen_define.props")),
+        readFile(dir.path() + QStringLiteral("/gen_define.props")),
         QByteArray(
             "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n"
             "<!-- Auto-generated from gen_define.h - do not edit. -->\n"
@@ -43,7 +38,7 @@ TEST(PropsFileWriter, OnlyValuedSymbolsWithoutParametersBecomeConstants)
             "    <DefineConstants>$(DefineConstants);CO_SDO_SERVER_CNT;CO_EMCY_PRODUCER</DefineConstants>\n"
             "  </PropertyGroup>\n"
             "</Project>\n"));
-    EXPECT_EQ(read(dir.path() + QStringLiteral("/Directory.Build.props")),
+    EXPECT_EQ(readFile(dir.path() + QStringLiteral("/Directory.Build.props")),
               QByteArray("<?xml version=\"1.0\" encoding=\"utf-8\"?>\n"
                          "<!-- Auto-imported by MSBuild. Pulls in the generated define -->\n"
                          "<!-- symbols (gen_define.props) if present; no error if absent. -->\n"

@@ -1,7 +1,7 @@
+#include "common/testhelpers.h"
 #include "resources/trwresources.h"
 
 #include <QDir>
-#include <QFile>
 #include <QFileInfo>
 #include <QProcess>
 #include <QTemporaryDir>
@@ -47,11 +47,7 @@ QStringList resourceFiles()
     return QDir(QStringLiteral(":/codb")).entryList({QStringLiteral("*.codb")}, QDir::Files, QDir::Name);
 }
 
-QByteArray readAll(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
+using testhelpers::readFile;
 
 } // namespace
 
@@ -63,7 +59,7 @@ TEST(CodbResources, ExactlyTheProfileFilesEachDescribedOnItsFirstLine)
         const QString name = QStringLiteral("v%1.codb").arg(QLatin1String(profile.id));
         expected << name;
         const QString first =
-            QString::fromLatin1(readAll(QStringLiteral(":/codb/") + name).split('\n').first());
+            QString::fromLatin1(readFile(QStringLiteral(":/codb/") + name).split('\n').first());
         EXPECT_EQ(first.trimmed(), QStringLiteral("# ") + QLatin1String(profile.comment)) << profile.id;
     }
     expected.sort();
@@ -87,6 +83,6 @@ TEST(CodbResources, MatchTheGeneratorOutput)
         GTEST_SKIP() << "PyYAML is not installed";
     ASSERT_EQ(generator.exitCode(), 0) << generator.readAllStandardError().toStdString();
     for (const QString& name : resourceFiles())
-        EXPECT_TRUE(readAll(out.filePath(name)) == readAll(QStringLiteral(":/codb/") + name))
+        EXPECT_TRUE(readFile(out.filePath(name)) == readFile(QStringLiteral(":/codb/") + name))
             << name.toStdString();
 }

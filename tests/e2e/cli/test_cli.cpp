@@ -18,8 +18,10 @@
 
 #include <unistd.h>
 
+using testhelpers::lastLine;
 using testhelpers::readFile;
 using testhelpers::runTrw;
+using testhelpers::writeFile;
 
 namespace {
 
@@ -38,12 +40,6 @@ QString makeProject(const QString& dir, const QString& name = QStringLiteral("de
     const QString path = dir + QLatin1Char('/') + name;
     EXPECT_TRUE(cleanproject::saveCanopenProject(path, lineType));
     return path;
-}
-
-QString lastLine(const QString& out)
-{
-    const QStringList lines = out.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
-    return lines.isEmpty() ? QString() : lines.last();
 }
 
 // Runs that end before a project is opened: the exit code and the whole output.
@@ -213,13 +209,6 @@ FileState stateOf(const QString& path)
 {
     const QFileInfo info(path);
     return FileState{info.exists(), readFile(path), info.exists() ? info.lastModified() : QDateTime()};
-}
-
-void writeFile(const QString& path, const QByteArray& content)
-{
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
-    file.write(content);
 }
 
 // A run that is asked to save the project fails to open it, and neither the file nor its ".bak" changes.

@@ -11,6 +11,7 @@
 
 #include <gtest/gtest.h>
 
+using testhelpers::lastLine;
 using testhelpers::readFile;
 
 namespace {
@@ -33,15 +34,11 @@ public:
 
     QString script(const QString& name, const QByteArray& body, bool executable = true)
     {
-        const QString path = home.filePath(name);
-        QFile file(path);
-        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write("#!/bin/sh\n" + body);
-        file.close();
+        const QString path = testhelpers::writeFile(home.filePath(name), "#!/bin/sh\n" + body);
         QFile::Permissions permissions = QFile::ReadOwner | QFile::WriteOwner;
         if (executable)
             permissions |= QFile::ExeOwner;
-        file.setPermissions(permissions);
+        QFile::setPermissions(path, permissions);
         return path;
     }
 
@@ -95,12 +92,6 @@ public:
     QVariantMap checker;
     double seconds = 0;
 };
-
-QString lastLine(const QString& out)
-{
-    const QStringList lines = out.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
-    return lines.isEmpty() ? QString() : lines.last();
-}
 
 // The command runs first, with its output under a header per change of
 // stream and its exit code in the last line; then the EDS checker reports on
