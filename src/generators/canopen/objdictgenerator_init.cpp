@@ -1,8 +1,8 @@
 #include "generators/canopen/objdictgenerator.h"
 
 #include "canopenlib/cohelper.h"
-#include "generators/multiprotocol/commongeneratorhelper.h"
-#include "generators/multiprotocol/commongeneratorhelperv4.h"
+#include "generators/commongeneratorhelper.h"
+#include "generators/commongeneratorhelperv4.h"
 
 #include <memory>
 

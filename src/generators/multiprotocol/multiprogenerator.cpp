@@ -6,7 +6,7 @@
 
 #include "database/linetypes.h"
 #include "database/objectdatabase.h"
-#include "generators/multiprotocol/commongeneratorhelper.h"
+#include "generators/commongeneratorhelper.h"
 #include "generators/multiprotocol/pgngenerator.h"
 #include "generators/multiprotocol/pgngeneratorv4.h"
 #include "generators/stackwords.h"

@@ -6,7 +6,7 @@
 #include "generators/multiprotocol/multiprogenerator.h"
 
 #include "database/linetypes.h"
-#include "generators/multiprotocol/commongeneratorhelper.h"
+#include "generators/commongeneratorhelper.h"
 
 #include <QBuffer>
 
