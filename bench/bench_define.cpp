@@ -10,9 +10,10 @@
 #include "generators/canopen/indicesgenerator.h"
 
 #include <QCoreApplication>
-#include <QElapsedTimer>
 #include <QTemporaryDir>
 #include <QTextStream>
+
+#include <memory>
 
 namespace {
 
@@ -76,21 +77,7 @@ void fillProject(ObjectDataBase& db)
     db.setGeneralSetting(QStringLiteral("co_timer_interval"), QStringLiteral("1000"));
 }
 
-void run(AbstractGenerator& generator, ObjectDataBase& db, const QString& dir)
-{
-    generator.setOutputDir(dir);
-    generator.setDatabase(&db);
-    generator.setDeviceName(QStringLiteral("bench"));
-    generator.setLine(0);
-    generator.setMultiLine(true);
-    generator.start();
-    generator.waitUntilDone();
-}
-
 } // namespace
-
-using benchsupport::median;
-using benchsupport::WorkerClock;
 
 int main(int argc, char** argv)
 {
@@ -109,36 +96,27 @@ int main(int argc, char** argv)
         return saved;
     benchsupport::cacheAsThePipelineDoes(db);
 
-    QList<qint64> indicesTimes;
-    QList<qint64> defineTimes;
-    QList<qint64> totalTimes;
-    QList<qint64> indicesCpuTimes;
-    QList<qint64> defineCpuTimes;
-    for (int round = 0; round < rounds; ++round) {
-        QElapsedTimer timer;
-        timer.start();
-        WorkerClock clock;
-        IndicesGenerator indices;
-        indices.setLineList({0, 1, 2, 3});
-        run(indices, db, dir.path());
-        const qint64 indicesMs = timer.elapsed();
-        indicesCpuTimes << clock.elapsed();
-        const WorkerClock defineClock;
-        GenDefineGenerator define;
-        run(define, db, dir.path());
-        const qint64 totalMs = timer.elapsed();
-        defineCpuTimes << defineClock.elapsed();
-        indicesTimes << indicesMs;
-        defineTimes << totalMs - indicesMs;
-        totalTimes << totalMs;
-    }
-    const qint64 total = median(totalTimes);
-    const qint64 cpuTotal = median(indicesCpuTimes) + median(defineCpuTimes);
-    out << "gen_indices.h of " << lineCount << " lines x " << objectsPerLine
-        << " objects: " << median(indicesTimes) << " ms, cpu " << median(indicesCpuTimes) << " ms (median of "
-        << rounds << ")\n";
-    out << "gen_define.h of the same project: " << median(defineTimes) << " ms, cpu "
-        << median(defineCpuTimes) << " ms (median of " << rounds << ")\n";
+    const benchsupport::GeneratorTiming indices = benchsupport::timeGenerator(
+        [] {
+            auto generator = std::make_unique<IndicesGenerator>();
+            generator->setLineList({0, 1, 2, 3});
+            generator->setMultiLine(true);
+            return generator;
+        },
+        db, dir.path(), rounds);
+    const benchsupport::GeneratorTiming define = benchsupport::timeGenerator(
+        [] {
+            auto generator = std::make_unique<GenDefineGenerator>();
+            generator->setMultiLine(true);
+            return generator;
+        },
+        db, dir.path(), rounds);
+    const qint64 total = indices.wallMs + define.wallMs;
+    const qint64 cpuTotal = indices.workerMs + define.workerMs;
+    out << "gen_indices.h of " << lineCount << " lines x " << objectsPerLine << " objects: " << indices.wallMs
+        << " ms, cpu " << indices.workerMs << " ms (median of " << rounds << ")\n";
+    out << "gen_define.h of the same project: " << define.wallMs << " ms, cpu " << define.workerMs
+        << " ms (median of " << rounds << ")\n";
     // The verdict is on processor time: on a loaded machine the wall time
     // mostly measures the wait for a free core.
     out << "both together: " << total << " ms, cpu " << cpuTotal << " ms, limit " << limitMs << " ms "

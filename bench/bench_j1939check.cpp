@@ -1,6 +1,7 @@
 // Times the model check of a J1939 line with 500 PGNs of 8 SPNs each and a
 // raw CAN line with 500 identifiers of 8 data elements each.
 
+#include "benchprojects.h"
 #include "benchsupport.h"
 #include "canopenlib/canopentypes.h"
 #include "check/modelchecker.h"
@@ -20,30 +21,7 @@ constexpr qint64 limitMs = 100;
 constexpr quint8 j1939Line = 0;
 constexpr quint8 rawCanLine = 1;
 
-// Both directions, half each; every signal an application variable of one byte.
-void fillJ1939Line(ObjectDataBase& db)
-{
-    db.setLineType(j1939Line, Line::J1939);
-    for (int i = 0; i < messagesPerLine; ++i) {
-        const quint32 number = quint32(0xFF00 + i);
-        ObjectDataBase::PGN pgn;
-        pgn.name = QStringLiteral("PG %1").arg(i);
-        pgn.direction = i % 2 ? ObjectDataBase::Receive : ObjectDataBase::Transmit;
-        pgn.mappingcount = signalsPerMessage;
-        db.addPGN(j1939Line, number, pgn);
-        for (int s = 0; s < signalsPerMessage; ++s) {
-            ObjectDataBase::SPN spn;
-            spn.pos = s;
-            spn.name = QStringLiteral("Signal %1").arg(s);
-            spn.datatype = CAN::Unsigned8;
-            spn.bitsize = 8;
-            spn.bitposition = quint16(8 * s);
-            spn.varname = QStringLiteral("pgn%1_%2").arg(i).arg(s);
-            db.addSPN(j1939Line, number, pgn.direction, quint32(10000 + i * signalsPerMessage + s), spn);
-        }
-    }
-}
-
+// Both directions, half each; every data element an application variable of one byte.
 void fillRawCanLine(ObjectDataBase& db)
 {
     db.addNode(rawCanLine, NODE_DATA_T());
@@ -81,8 +59,8 @@ int main(int argc, char** argv)
         return 2;
     }
     cleanproject::addProjectSettings(*db);
+    benchprojects::addJ1939Lines(*db, {j1939Line}, messagesPerLine, signalsPerMessage);
     db->database().transaction();
-    fillJ1939Line(*db);
     fillRawCanLine(*db);
     db->database().commit();
 

@@ -10,7 +10,6 @@
 #include "generators/multiprotocol/multiprogeneratorv4.h"
 
 #include <QCoreApplication>
-#include <QFileInfo>
 #include <QTemporaryDir>
 #include <QTextStream>
 
@@ -48,24 +47,17 @@ int main(int argc, char** argv)
     if (const int saved = benchsupport::saveProjectWhenAsked(app.arguments(), db); saved >= 0)
         return saved;
     benchsupport::cacheAsThePipelineDoes(db);
-    bool withinLimits = true;
-    for (bool core : {false, true}) {
-        const benchsupport::GeneratorTiming timing = benchsupport::timeGenerator(
-            [core] {
-                return std::unique_ptr<MultiProGenerator>(core ? new MultiProGeneratorV4
-                                                               : new MultiProGenerator);
-            },
-            db, dir.path(), rounds);
-        const qint64 size = QFileInfo(dir.filePath(QStringLiteral("gen_mp.c"))).size();
-        out << "gen_mp.c" << (core ? " (V4)" : " (classic)") << " for 2 CANopen lines x " << objectsPerLine
-            << " objects x " << subsPerObject << " subindices and 2 J1939 lines x " << pgnsPerLine
-            << " PGNs x " << spnsPerPgn << " SPNs: " << timing.wallMs << " ms (" << timing.workerMs
-            << " ms processor time of the generator thread, median of " << rounds << ", " << size / 1024
-            << " KB), limit " << limitMs << " ms\n";
-        // The generator's own processor time: the machine may be busy with other work.
-        withinLimits = withinLimits && timing.workerMs < limitMs && size > 0;
-    }
-    const qint64 peak = benchsupport::peakMemoryKb();
-    out << "peak memory of the process: " << peak / 1024 << " MB, limit " << memoryLimitKb / 1024 << " MB\n";
-    return withinLimits && peak >= 0 && peak < memoryLimitKb ? 0 : 1;
+    const bool withinLimits = benchsupport::timeBothForms(
+        out,
+        [](bool core) {
+            return std::unique_ptr<MultiProGenerator>(core ? new MultiProGeneratorV4 : new MultiProGenerator);
+        },
+        db, dir.path(), QStringLiteral("gen_mp.c"),
+        QStringLiteral("2 CANopen lines x %1 objects x %2 subindices and 2 J1939 lines x %3 PGNs x %4 SPNs")
+            .arg(objectsPerLine)
+            .arg(subsPerObject)
+            .arg(pgnsPerLine)
+            .arg(spnsPerPgn),
+        limitMs, memoryLimitKb, rounds);
+    return withinLimits ? 0 : 1;
 }

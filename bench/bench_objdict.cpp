@@ -8,7 +8,6 @@
 #include "generators/canopen/objdictgeneratorv4.h"
 
 #include <QCoreApplication>
-#include <QFileInfo>
 #include <QTemporaryDir>
 #include <QTextStream>
 
@@ -44,22 +43,14 @@ int main(int argc, char** argv)
     if (const int saved = benchsupport::saveProjectWhenAsked(app.arguments(), db); saved >= 0)
         return saved;
     benchsupport::cacheAsThePipelineDoes(db);
-    bool withinLimits = true;
-    for (bool core : {false, true}) {
-        const benchsupport::GeneratorTiming timing = benchsupport::timeGenerator(
-            [core] {
-                return std::unique_ptr<ObjDictGenerator>(core ? new ObjDictGeneratorV4(true, false)
-                                                              : new ObjDictGenerator(true, false));
-            },
-            db, dir.path(), rounds);
-        const qint64 size = QFileInfo(dir.filePath(QStringLiteral("gen_objdict.c"))).size();
-        out << "gen_objdict.c" << (core ? " (V4)" : " (classic)") << " for 4 lines x " << objectsPerLine
-            << " objects x " << subsPerObject << " subindices: " << timing.wallMs << " ms ("
-            << timing.workerMs << " ms processor time of the generator thread, median of " << rounds << ", "
-            << size / 1024 << " KB), limit " << limitMs << " ms\n";
-        withinLimits = withinLimits && timing.wallMs < limitMs && size > 0;
-    }
-    const qint64 peak = benchsupport::peakMemoryKb();
-    out << "peak memory of the process: " << peak / 1024 << " MB, limit " << memoryLimitKb / 1024 << " MB\n";
-    return withinLimits && peak >= 0 && peak < memoryLimitKb ? 0 : 1;
+    const bool withinLimits = benchsupport::timeBothForms(
+        out,
+        [](bool core) {
+            return std::unique_ptr<ObjDictGenerator>(core ? new ObjDictGeneratorV4(true, false)
+                                                          : new ObjDictGenerator(true, false));
+        },
+        db, dir.path(), QStringLiteral("gen_objdict.c"),
+        QStringLiteral("4 lines x %1 objects x %2 subindices").arg(objectsPerLine).arg(subsPerObject),
+        limitMs, memoryLimitKb, rounds);
+    return withinLimits ? 0 : 1;
 }

@@ -1,10 +1,13 @@
 #pragma once
 
+#include <QDir>
 #include <QElapsedTimer>
+#include <QFileInfo>
 #include <QList>
 #include <QProcess>
 #include <QString>
 #include <QStringList>
+#include <QTextStream>
 
 class ObjectDataBase;
 
@@ -70,6 +73,30 @@ GeneratorTiming timeGenerator(const Make& make, ObjectDataBase& db, const QStrin
 
 // The most memory the process has held resident so far, -1 where unknown.
 qint64 peakMemoryKb();
+
+// Times the classic and the V4 form of a generator that `make(core)`
+// creates and prints a line for each, of `file` on the device `device`, and
+// the peak memory of the process. True when each form writes its file within
+// `limitMs` of processor time of its own thread and the process stays below
+// `memoryLimitKb`: the machine may be busy with other work.
+template <typename Make>
+bool timeBothForms(QTextStream& out, const Make& make, ObjectDataBase& db, const QString& dir,
+                   const QString& file, const QString& device, qint64 limitMs, qint64 memoryLimitKb,
+                   int rounds)
+{
+    bool withinLimits = true;
+    for (bool core : {false, true}) {
+        const GeneratorTiming timing = timeGenerator([&] { return make(core); }, db, dir, rounds);
+        const qint64 size = QFileInfo(QDir(dir).filePath(file)).size();
+        out << file << (core ? " (V4)" : " (classic)") << " for " << device << ": " << timing.wallMs
+            << " ms (" << timing.workerMs << " ms processor time of the generator thread, median of "
+            << rounds << ", " << size / 1024 << " KB), limit " << limitMs << " ms\n";
+        withinLimits = withinLimits && timing.workerMs < limitMs && size > 0;
+    }
+    const qint64 peak = peakMemoryKb();
+    out << "peak memory of the process: " << peak / 1024 << " MB, limit " << memoryLimitKb / 1024 << " MB\n";
+    return withinLimits && peak >= 0 && peak < memoryLimitKb;
+}
 
 QString verdict(bool withinLimit);
 

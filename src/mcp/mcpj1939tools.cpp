@@ -383,11 +383,16 @@ void deleteMessage(MCPSession& session, int id, const QJsonObject& arguments, co
     session.sendEditReply(id, messageText(messages, messages.deleted, target, messageNumber));
 }
 
-// Adds the signal that `add` stores to an existing message unless it exists,
-// and keeps the message's count of signals.
+// Adds the signal that the arguments describe to an existing message unless
+// it exists, and keeps the message's count of signals. The record names its
+// message, its own number and its bit position in fields of its own;
+// `takeMore` takes the values that only one family's signals have.
+template <typename Signal>
 void addSignal(MCPSession& session, int id, const QJsonObject& arguments, const Messages& messages,
-               const QString& missingMessage,
-               const std::function<void(ObjectDataBase&, const Target&, quint32, quint32)>& add)
+               const QString& missingMessage, quint32 Signal::*messageField, quint32 Signal::*numberField,
+               quint16 Signal::*bitPosition,
+               bool (ObjectDataBase::*store)(quint8, quint32, quint8, quint32, Signal),
+               const std::function<void(Signal&)>& takeMore = {})
 {
     Target target;
     quint32 messageNumber = 0;
@@ -403,7 +408,14 @@ void addSignal(MCPSession& session, int id, const QJsonObject& arguments, const 
             id, signalText(messages, messages.signalExists, target, messageNumber, signalNumber), true);
         return;
     }
-    add(database, target, messageNumber, signalNumber);
+    Signal signal;
+    signal.*messageField = messageNumber;
+    signal.*numberField = signalNumber;
+    signal.direction = target.direction;
+    takeSignalValues(arguments, signal, signal.*bitPosition);
+    if (takeMore)
+        takeMore(signal);
+    (database.*store)(target.line, messageNumber, target.direction, signalNumber, signal);
     if (!messages.hasSignal(database, target.line, messageNumber, target.direction, signalNumber)) {
         session.sendToolText(
             id, signalText(messages, messages.signalAddFailed, target, messageNumber, signalNumber), true);
@@ -548,19 +560,13 @@ void MCPJ1939Tools::getSpn(MCPSession& session, int id, const QJsonObject& argum
 
 void MCPJ1939Tools::addSpn(MCPSession& session, int id, const QJsonObject& arguments)
 {
-    addSignal(
-        session, id, arguments, pgns(),
-        tr("Missing required argument: line, pgn, direction, spn, name and/or dataType"),
-        [&arguments](ObjectDataBase& database, const Target& target, quint32 pgnNumber, quint32 spnNumber) {
-            SPN spn;
-            spn.pgnnumber = pgnNumber;
-            spn.spnnumber = spnNumber;
-            spn.direction = target.direction;
-            takeSignalValues(arguments, spn, spn.bitposition);
-            if (arguments.contains(QStringLiteral("slotDf")))
-                spn.slot_df = quint16(number(arguments, "slotDf"));
-            database.addSPN(target.line, pgnNumber, target.direction, spnNumber, spn);
-        });
+    addSignal<SPN>(session, id, arguments, pgns(),
+                   tr("Missing required argument: line, pgn, direction, spn, name and/or dataType"),
+                   &SPN::pgnnumber, &SPN::spnnumber, &SPN::bitposition, &ObjectDataBase::addSPN,
+                   [&arguments](SPN& spn) {
+                       if (arguments.contains(QStringLiteral("slotDf")))
+                           spn.slot_df = quint16(number(arguments, "slotDf"));
+                   });
 }
 
 void MCPJ1939Tools::deleteSpn(MCPSession& session, int id, const QJsonObject& arguments)
@@ -635,17 +641,10 @@ void MCPJ1939Tools::deleteCanId(MCPSession& session, int id, const QJsonObject& 
 
 void MCPJ1939Tools::addDataElement(MCPSession& session, int id, const QJsonObject& arguments)
 {
-    addSignal(
+    addSignal<DataElement>(
         session, id, arguments, canIds(),
         tr("Missing required argument: line, canId, direction, number, name and/or dataType"),
-        [&arguments](ObjectDataBase& database, const Target& target, quint32 canId, quint32 elementNumber) {
-            DataElement element;
-            element.canid = canId;
-            element.number = elementNumber;
-            element.direction = target.direction;
-            takeSignalValues(arguments, element, element.bitpos);
-            database.addDataElement(target.line, canId, target.direction, elementNumber, element);
-        });
+        &DataElement::canid, &DataElement::number, &DataElement::bitpos, &ObjectDataBase::addDataElement);
 }
 
 void MCPJ1939Tools::deleteDataElement(MCPSession& session, int id, const QJsonObject& arguments)

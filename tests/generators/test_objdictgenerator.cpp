@@ -396,7 +396,7 @@ TEST_P(CompactLimit, FindsTheRunOfEqualSubindicesAtTheEnd)
     QList<const SUBINDEX_DATA_T*> pointers;
     for (const SUBINDEX_DATA_T& sub : subs)
         pointers << &sub;
-    EXPECT_EQ(ObjDictGenerator::compactLimit(run.subindices, pointers), run.limit);
+    EXPECT_EQ(compactLimit(run.subindices, pointers), run.limit);
 }
 
 namespace {

@@ -47,7 +47,7 @@ ObjDictLayout::Dictionary twoLines()
 
 quint32 key(quint8 line, quint16 index)
 {
-    return ObjDictLayout::objectKey(line, index, 0);
+    return objectKey(line, index, 0);
 }
 
 TEST(ObjDictLayout, SlotsRowsAndSharedReceiveTables)

@@ -1,7 +1,7 @@
 #include "generators/canopen/codefinegenerator.h"
 
 #include "database/objectdatabase.h"
-#include "generators/multiprotocol/commongeneratorhelper.h"
+#include "generators/commongeneratorhelper.h"
 
 #include <QCoreApplication>
 #include <QFile>

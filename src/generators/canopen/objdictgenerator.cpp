@@ -110,7 +110,7 @@ void ObjDictGenerator::doJob()
 {
     beginJob();
     readGenerateML();
-    readProject(true);
+    readProject();
     prepareOutputFile();
     writeDictionaryTables();
     Q_EMIT progress(75);
@@ -125,13 +125,11 @@ void ObjDictGenerator::doJob()
     finishJob();
 }
 
-void ObjDictGenerator::readProject(bool layOut)
+void ObjDictGenerator::readProject()
 {
     readDictionary();
     readSrdoEntries();
     readRunSettings();
-    if (!layOut)
-        return;
     ObjDictLayout::Options options;
     options.multiLine = multiLineForm();
     options.coreForm = coreForm();
@@ -304,23 +302,31 @@ bool ObjDictGenerator::prepareOutputFile()
         for (const QString& header : headers)
             out << "#include \"" << header << "\"\n";
     }
-    out << "/* definition of memory specifier */\n";
-    out << "#ifndef CO_CONST\n";
-    out << "#define CO_CONST const\n";
-    out << "#endif\n\n";
-    out << "/* definition of compiler-specific storage classes */\n";
-    out << "#ifndef CO_STORAGE_CLASS\n";
-    out << "#define CO_STORAGE_CLASS\n";
-    out << "#endif\n";
-    out << "#ifndef CO_CONST_STORAGE_CLASS\n";
-    out << "#define CO_CONST_STORAGE_CLASS\n";
-    out << "#endif\n\n";
+    writeStorageClasses(out);
     out << "/* definition of watchdog handle during initialization */\n";
     out << "#ifndef CO_HANDLE_WATCHDOG\n";
     out << "#define CO_HANDLE_WATCHDOG\n";
     out << "#endif /* CO_HANDLE_WATCHDOG */\n\n";
     writeIndicationsAndCounts(out);
     return true;
+}
+
+void ObjDictGenerator::writeStorageClasses(SectionStream& out)
+{
+    out << R"(/* definition of memory specifier */
+#ifndef CO_CONST
+#define CO_CONST const
+#endif
+
+/* definition of compiler-specific storage classes */
+#ifndef CO_STORAGE_CLASS
+#define CO_STORAGE_CLASS
+#endif
+#ifndef CO_CONST_STORAGE_CLASS
+#define CO_CONST_STORAGE_CLASS
+#endif
+
+)";
 }
 
 // The user header declares the functions that overwrite COB-IDs and string defaults.
@@ -410,11 +416,6 @@ QList<quint16> ObjDictGenerator::indicesIn(quint8 line, quint16 from, quint16 to
             indices << object.index;
     }
     return indices;
-}
-
-bool ObjDictGenerator::isSrdoEntry(quint8 line, quint16 index, quint8 subindex) const
-{
-    return m_srdoEntries.contains(objectKey(line, index, subindex));
 }
 
 QString ObjDictGenerator::variableName(quint8 line, quint16 index, quint8 subindex,

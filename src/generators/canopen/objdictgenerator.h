@@ -39,15 +39,6 @@ public:
     bool canWrite() override;
     GeneratorStatus start() override;
 
-    static quint32 objectKey(quint8 line, quint16 index, quint8 subindex)
-    {
-        return ObjDictLayout::objectKey(line, index, subindex);
-    }
-
-    // The compact array rule: the lowest subindex of the run of equal
-    // subindices at the end of the object, or 255 when nothing is compacted.
-    static quint8 compactLimit(const QList<quint8>& subindices, const QList<const SUBINDEX_DATA_T*>& subs);
-
 protected Q_SLOTS:
     void doJob() override;
 
@@ -58,15 +49,17 @@ protected:
     virtual bool coreForm() const { return false; }
     const StackWords* stackWords() const override;
 
-    // Reads the dictionary and the settings of the run, once per run before
-    // the first section; with layOut also works out the layout of the tables.
-    void readProject(bool layOut);
+    // Reads the dictionary and the settings of the run and works out the
+    // layout of the tables, once per run before the first section.
+    void readProject();
     const ObjDictLayout& layout() const { return m_layout; }
 
     // Pieces of the file head: the user header with its include, the static
     // indication pointers and the object counts.
     void writeUserInclude(SectionStream& out);
     void writeIndicationsAndCounts(SectionStream& out);
+    // The defaults of the memory specifier and the storage classes that the tables are declared with.
+    void writeStorageClasses(SectionStream& out);
     // The data sections, from the managed variables to od_data_variables.
     void writeDictionaryTables();
     // The sections behind the start-up code.
@@ -80,14 +73,13 @@ protected:
     virtual void writeSdoServerInits(SectionStream& out, quint8 line, bool perLine);
     virtual void writeSdoClientInits(SectionStream& out, quint8 line, bool perLine);
     void writeLoadParameter(SectionStream& out);
+    // The function that ends the stack start: it starts PDO routing where the
+    // device routes PDOs and is empty otherwise. The start-up files differ in
+    // the line that declares the result and in the note of an empty function.
+    void writeStackInitFinish(SectionStream& out, const QString& name, bool routing, const char* declaration,
+                              const char* emptyNote);
     // The NMT start of the classic stack or of one line of the multi-line one.
     void writeNmtInit(SectionStream& out, bool master, bool perLine);
-
-    // Pieces of a description row.
-    QString serviceSuffix(quint8 line, quint16 index, quint8 subindex, const SUBINDEX_DATA_T& sub) const;
-    QString attributeWord(quint32 key, const SUBINDEX_DATA_T& sub, bool compactEnd) const;
-    int valueSlot(quint8 line, quint16 index, quint8 subindex, const SUBINDEX_DATA_T& sub) const;
-    static QString objectTypeWord(int objectType);
 
     // Project facts.
     bool multiLineForm() const { return m_multiLine || m_generateML; }
@@ -146,7 +138,6 @@ private:
 
     // The sub-object of a key of the layout, which names only sub-objects that exist.
     const SUBINDEX_DATA_T& subOf(quint32 key) const;
-    bool isSrdoEntry(quint8 line, quint16 index, quint8 subindex) const;
     QString variableName(quint8 line, quint16 index, quint8 subindex, const SUBINDEX_DATA_T& sub) const;
     QString lineMarker(quint8 line) const;
     int constSlotOf(quint8 line, quint16 index, quint8 subindex) const;

@@ -1,8 +1,8 @@
 #include "generators/canopen/objdictgenerator.h"
 
 #include "canopenlib/cohelper.h"
-#include "generators/multiprotocol/commongeneratorhelper.h"
-#include "generators/multiprotocol/commongeneratorhelperv4.h"
+#include "generators/commongeneratorhelper.h"
+#include "generators/commongeneratorhelperv4.h"
 
 #include <memory>
 
@@ -725,17 +725,24 @@ void ObjDictGenerator::writeFinishFunction(SectionStream& out)
         for (quint8 subindex : table->subindices)
             routing = routing || findSub(line, 0x1F2C, subindex)->accesstype == QLatin1String("rw");
     }
-    out << "RET_T coCanOpenStackInit_finish(void)\n";
+    writeStackInitFinish(out, QStringLiteral("coCanOpenStackInit_finish"), routing, "    RET_T retVal;\n",
+                         "     * Without it the function is empty, but may be used later for additional\n");
+}
+
+void ObjDictGenerator::writeStackInitFinish(SectionStream& out, const QString& name, bool routing,
+                                            const char* declaration, const char* emptyNote)
+{
+    out << "RET_T " << name << "(void)\n";
     out << "{\n";
     if (routing) {
-        out << "    RET_T retVal;\n";
+        out << declaration;
         out << "    /* initialize PDO routing */ \n";
         out << "    retVal = coPdoNetworkRouting();\n";
         writeCheck(out);
     } else {
         out << "    /*\n";
         out << "     * Currently this function is only required to initialize PDO Routing.\n";
-        out << "     * Without it the function is empty, but may be used later for additional\n";
+        out << emptyNote;
         out << "     * purposes.\n";
         out << "     */\n";
     }

@@ -11,6 +11,16 @@
 #include <QString>
 #include <QStringList>
 
+// Line in bits 24 to 31, index in bits 8 to 23, subindex in bits 0 to 7.
+inline quint32 objectKey(quint8 line, quint16 index, quint8 subindex)
+{
+    return (quint32(line) << 24) | (quint32(index) << 8) | subindex;
+}
+
+// The compact array rule: the lowest subindex of the run of equal
+// subindices at the end of the object, or 255 when nothing is compacted.
+quint8 compactLimit(const QList<quint8>& subindices, const QList<const SUBINDEX_DATA_T*>& subs);
+
 // Where every piece of an object dictionary lies in the C tables of the
 // stack: the value slots of the sub-objects, the constant tables with their
 // entries, the first description row of each object, the row counts, the
@@ -71,11 +81,6 @@ public:
     ObjDictLayout() = default;
     ObjDictLayout(const Dictionary& dictionary, const Options& options);
 
-    // Line in bits 24 to 31, index in bits 8 to 23, subindex in bits 0 to 7.
-    static quint32 objectKey(quint8 line, quint16 index, quint8 subindex)
-    {
-        return (quint32(line) << 24) | (quint32(index) << 8) | subindex;
-    }
     // The default value of a sub-object as a number, 0 when it has none or it isn't one.
     static quint64 defaultNumber(const SUBINDEX_DATA_T* sub);
     static const QList<Object>& objectsOf(const Dictionary& dictionary, quint8 line);
@@ -123,6 +128,16 @@ public:
     // The first row of a line in the assign table.
     int firstAssignRow(quint8 line) const;
 
+    // The columns of a description row: the service a sub-object belongs to
+    // as the suffix of its type word ("_SYNC", "_VAR", ...), the number of
+    // the object or service instance for sub-objects a service owns and else
+    // the slot of the value, and its access attributes.
+    QString serviceSuffix(quint8 line, quint16 index, quint8 subindex, const SUBINDEX_DATA_T& sub) const;
+    int valueSlot(quint8 line, quint16 index, quint8 subindex, const SUBINDEX_DATA_T& sub) const;
+    QString attributeWord(quint32 key, const SUBINDEX_DATA_T& sub, bool compactEnd) const;
+    // The type word of an object in an assign table.
+    static QString objectTypeWord(int objectType);
+
     const QList<StringDefault>& stringDefaults() const { return m_stringDefaults; }
 
     // The room of a mapping table, the most entries any mapping object has; 0 without any.
@@ -135,7 +150,7 @@ private:
     void layOutManagedVariables(const Dictionary& dictionary);
     void layOutConstants(const Dictionary& dictionary, int limitCheck);
     void layOutStringDefaults(const Dictionary& dictionary);
-    void layOutApplicationVariables(const Dictionary& dictionary, const QSet<quint32>& srdoEntries);
+    void layOutApplicationVariables(const Dictionary& dictionary);
     void countRows(const Dictionary& dictionary);
     void layOutMappingTables(const Dictionary& dictionary, const Options& options);
     QString mappingBody(const Dictionary& dictionary, quint8 line, quint16 mapIndex, quint64 count,
@@ -143,6 +158,7 @@ private:
     QString routingList(const Dictionary& dictionary, quint8 line, quint32 mapping) const;
     QString valuePointer(const Dictionary& dictionary, quint8 line, quint16 index, quint8 subindex) const;
 
+    QSet<quint32> m_srdoEntries;
     QHash<quint32, int> m_varSlot;
     QHash<quint32, int> m_constSlot;
     QHash<quint32, int> m_lowLimitSlot;

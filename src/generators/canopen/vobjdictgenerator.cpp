@@ -95,7 +95,7 @@ void VobjDictGenerator::doJob()
 {
     beginJob();
     readGenerateML();
-    readProject(false);
+    readProject();
     layOut();
     if (openOutputFile(QStringLiteral("gen_vobjdict.c"))) {
         writeHead();
@@ -162,20 +162,7 @@ void VobjDictGenerator::writeHead()
         for (const QString& header : applicationHeader.split(QLatin1Char(' '), Qt::SkipEmptyParts))
             out << "#include \"" << header << "\"\n";
     }
-    out << R"(/* definition of memory specifier */
-#ifndef CO_CONST
-#define CO_CONST const
-#endif
-
-/* definition of compiler-specific storage classes */
-#ifndef CO_STORAGE_CLASS
-#define CO_STORAGE_CLASS
-#endif
-#ifndef CO_CONST_STORAGE_CLASS
-#define CO_CONST_STORAGE_CLASS
-#endif
-
-)";
+    writeStorageClasses(out);
 }
 
 // The stack reaches a virtual value through the application's function in
@@ -220,14 +207,14 @@ QString VobjDictGenerator::rowOf(const VirtualEntry& entry) const
     QString row = QStringLiteral("\t{ (UNSIGNED8)%1u, ").arg(entry.subindex);
     if (coreForm()) {
         row += (QStringLiteral("CORE_DTYPE_") + shortWord).leftJustified(18) + QStringLiteral(", ");
-        row += QStringLiteral("CO_DSPEC") + serviceSuffix(entry.line, entry.index, entry.subindex, sub) +
-               QStringLiteral(", ");
+        row += QStringLiteral("CO_DSPEC") +
+               layout().serviceSuffix(entry.line, entry.index, entry.subindex, sub) + QStringLiteral(", ");
     } else {
         row += (QStringLiteral("CO_DTYPE_") + shortWord + QStringLiteral("_PTR")).leftJustified(18) +
                QStringLiteral(", ");
     }
     // A service's object is found by its number; the application's by its access slot.
-    const int service = valueSlot(entry.line, entry.index, entry.subindex, sub);
+    const int service = layout().valueSlot(entry.line, entry.index, entry.subindex, sub);
     if (service != 0)
         row += QStringLiteral("(UNSIGNED16)0x%1u, ").arg(service, 0, 16);
     else
@@ -237,7 +224,7 @@ QString VobjDictGenerator::rowOf(const VirtualEntry& entry) const
     served.defaultineds = false;
     served.limitineds = false;
     served.nvstorage = false;
-    row += attributeWord(objectKey(entry.line, entry.index, entry.subindex), served, false) +
+    row += layout().attributeWord(objectKey(entry.line, entry.index, entry.subindex), served, false) +
            QStringLiteral(" | CO_ATTR_DYNOD");
     if (entry.compactEnd)
         row += QStringLiteral(" | CO_ATTR_COMPACT");
@@ -267,7 +254,7 @@ void VobjDictGenerator::writeAssignRows()
                    .arg(object.index, 4, 16, QLatin1Char('0'))
                    .arg(found.rows)
                    .arg(object.subindices.isEmpty() ? 0 : object.subindices.last())
-                   .arg(objectTypeWord(object.objectType))
+                   .arg(ObjDictLayout::objectTypeWord(object.objectType))
                    .arg(found.firstRow);
     }
     out << "};\n";

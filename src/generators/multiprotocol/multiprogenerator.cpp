@@ -6,7 +6,7 @@
 
 #include "database/linetypes.h"
 #include "database/objectdatabase.h"
-#include "generators/multiprotocol/commongeneratorhelper.h"
+#include "generators/commongeneratorhelper.h"
 #include "generators/multiprotocol/pgngenerator.h"
 #include "generators/multiprotocol/pgngeneratorv4.h"
 #include "generators/stackwords.h"
@@ -60,7 +60,7 @@ void MultiProGenerator::doJob()
     beginJob();
     readGenerateML();
     readProtocols();
-    readProject(true);
+    readProject();
     if (m_pgn && m_udsOnly && openOutputFile(fileName())) {
         SectionStream out(this);
         writeUdsOnlyFile(out);
@@ -191,21 +191,8 @@ void MultiProGenerator::writeFileHead(SectionStream& out)
     writeWatchdogDefinition(out);
     writeUserInclude(out);
     writePrototypes(out);
-    out << R"(/* definition of memory specifier */
-#ifndef CO_CONST
-#define CO_CONST const
-#endif
-
-/* definition of compiler-specific storage classes */
-#ifndef CO_STORAGE_CLASS
-#define CO_STORAGE_CLASS
-#endif
-#ifndef CO_CONST_STORAGE_CLASS
-#define CO_CONST_STORAGE_CLASS
-#endif
-
-
-)";
+    writeStorageClasses(out);
+    out << "\n";
     writeIndicationsAndCounts(out);
     out << "\n";
 }

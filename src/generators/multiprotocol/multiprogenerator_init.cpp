@@ -6,7 +6,7 @@
 #include "generators/multiprotocol/multiprogenerator.h"
 
 #include "database/linetypes.h"
-#include "generators/multiprotocol/commongeneratorhelper.h"
+#include "generators/commongeneratorhelper.h"
 
 #include <QBuffer>
 
@@ -455,23 +455,8 @@ bool MultiProGenerator::pdoRouting() const
 
 void MultiProGenerator::writeFinishFunction(SectionStream& out)
 {
-    out << "RET_T " << functionName("_finish") << "(void)\n";
-    out << "{\n";
-    if (pdoRouting()) {
-        out << "RET_T retVal;\n";
-        out << "    /* initialize PDO routing */ \n";
-        out << "    retVal = coPdoNetworkRouting();\n";
-        writeCheck(out);
-    } else {
-        out << "    /*\n";
-        out << "     * Currently this function is only required to initialize PDO Routing.\n";
-        if (coreForm())
-            out << "     * Currently the function is empty, but may be used later for additional\n";
-        else
-            out << "     * Without it the function is empty, but may be used later for additional\n";
-        out << "     * purposes.\n";
-        out << "     */\n";
-    }
-    out << "    return(RET_OK);\n";
-    out << "}\n";
+    writeStackInitFinish(
+        out, functionName("_finish"), pdoRouting(), "RET_T retVal;\n",
+        coreForm() ? "     * Currently the function is empty, but may be used later for additional\n"
+                   : "     * Without it the function is empty, but may be used later for additional\n");
 }

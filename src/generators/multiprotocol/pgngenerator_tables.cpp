@@ -6,8 +6,8 @@
 
 #include "canopenlib/cohelper.h"
 #include "database/linetypes.h"
-#include "generators/multiprotocol/commongeneratorhelper.h"
-#include "generators/multiprotocol/commongeneratorhelperv4.h"
+#include "generators/commongeneratorhelper.h"
+#include "generators/commongeneratorhelperv4.h"
 
 #include <memory>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "generators/multiprotocol/commongeneratorhelper.h"
+#include "generators/commongeneratorhelper.h"
 
 // The shared pieces for the V4 stack, whose common layer is called "core".
 class CommonGeneratorHelperV4 : public CommonGeneratorHelper

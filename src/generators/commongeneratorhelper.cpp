@@ -1,4 +1,4 @@
-#include "generators/multiprotocol/commongeneratorhelper.h"
+#include "generators/commongeneratorhelper.h"
 
 #include "canopenlib/cohelper.h"
 #include "canopenlib/udssiddefinitions.h"
